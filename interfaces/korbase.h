@@ -1,0 +1,520 @@
+// What korguibase calls of korbase, the product family's base library: errors, the log, the message
+// catalogue, paths, number and date formatting, file times and sizes, cancel switches, linked lists.
+#pragma once
+
+#include "../compat/afxtempl.h"
+#include "../compat/win32.h"
+#include "korguibase_api.h"
+
+#include <atomic>
+#include <cstdint>
+#include <vector>
+
+#if defined(_WIN32)
+#if defined(KORBASE_BUILD)
+#define KORBASE_API __declspec(dllexport)
+#else
+#define KORBASE_API __declspec(dllimport)
+#endif
+#else
+#define KORBASE_API __attribute__((visibility("default")))
+#endif
+
+// ---------------------------------------------------------------------------------------------------------
+// Severity
+
+class KORBASE_API UVSeverity {
+public:
+    enum Value { GREEN = 0, YELLOW = 1, RED = 2 };
+
+    constexpr UVSeverity() noexcept : m_nValue(GREEN) {}
+    constexpr explicit UVSeverity(int _nValue) noexcept : m_nValue(_nValue) {}
+
+    int mf_isGreen() const noexcept { return m_nValue == GREEN; }
+    int mf_isYellow() const noexcept { return m_nValue == YELLOW; }
+    int mf_isRed() const noexcept { return m_nValue == RED; }
+    int mf_getValue() const noexcept { return m_nValue; }
+    // "Information", "Warning" or "Error"; any other value is named by its number.
+    static CString mf_toString(const UVSeverity& _severity);
+
+protected:
+    int m_nValue;
+};
+
+class KORBASE_API UQSeverity : public UVSeverity {
+public:
+    constexpr UQSeverity() noexcept = default;
+    constexpr UQSeverity(const UVSeverity& _severity) noexcept : UVSeverity(_severity) {}
+    constexpr explicit UQSeverity(int _nValue) noexcept : UVSeverity(_nValue) {}
+    UQSeverity& operator=(const UVSeverity& _severity) noexcept {
+        m_nValue = _severity.mf_getValue();
+        return *this;
+    }
+    void mf_setValue(int _nValue) noexcept { m_nValue = _nValue; }
+
+    static const UQSeverity Info;
+    static const UQSeverity Warning;
+    static const UQSeverity Error;
+};
+
+// ---------------------------------------------------------------------------------------------------------
+// Errors
+
+// An error category: a constant of korbase, compared by identity.
+class KORBASE_API UQErrnoValue {
+public:
+    constexpr UQErrnoValue(wchar_t _cSeverity, const wchar_t* _pszName, unsigned _uMessage) noexcept
+        : m_cSeverity(_cSeverity), m_pszName(_pszName), m_uMessage(_uMessage) {}
+    UQErrnoValue(const UQErrnoValue&) = delete;
+    UQErrnoValue& operator=(const UQErrnoValue&) = delete;
+
+    wchar_t mf_getSeverityLetter() const noexcept { return m_cSeverity; }
+    // "_E_::Parameter" and the like.
+    const wchar_t* mf_getName() const noexcept { return m_pszName; }
+    // Catalogue number of the category's message text.
+    unsigned mf_getMessageNumber() const noexcept { return m_uMessage; }
+    UQSeverity mf_getSeverity() const noexcept;
+
+private:
+    wchar_t m_cSeverity;
+    const wchar_t* m_pszName;
+    unsigned m_uMessage;
+};
+
+class KORBASE_API UQErrnoData {
+public:
+    UQErrnoData() noexcept : m_pValue(nullptr) {}
+    UQErrnoData(const UQErrnoValue& _value) noexcept : m_pValue(&_value) {}
+    UQErrnoData(const UQErrnoData&) noexcept = default;
+    UQErrnoData& operator=(const UQErrnoData&) noexcept = default;
+    ~UQErrnoData() = default;
+
+    int mf_isError() const noexcept { return m_pValue != nullptr; }
+    explicit operator bool() const noexcept { return m_pValue != nullptr; }
+    const UQErrnoValue* mf_getValue() const noexcept { return m_pValue; }
+    int mf_is(const UQErrnoValue& _value) const noexcept { return m_pValue == &_value; }
+
+private:
+    const UQErrnoValue* m_pValue;
+};
+
+// The thrown error: by value, caught by reference.
+class KORBASE_API UQErrno {
+public:
+    struct KORBASE_API _E_ {
+        static const UQErrnoValue Parameter;
+        static const UQErrnoValue ItemNotFound;
+        static const UQErrnoValue Initialization;
+        static const UQErrnoValue AlreadyInitialized;
+        static const UQErrnoValue Range;
+        static const UQErrnoValue Memory;
+        static const UQErrnoValue Gui;
+        static const UQErrnoValue Conversion;
+        static const UQErrnoValue Synchronization;
+        static const UQErrnoValue Internal;
+        static const UQErrnoValue State;
+        static const UQErrnoValue DataCorrupted;
+        static const UQErrnoValue Resource;
+        static const UQErrnoValue System;
+        static const UQErrnoValue NotImplemented;
+        static const UQErrnoValue BufferTooSmall;
+        static const UQErrnoValue File;
+        static const UQErrnoValue Format;
+        static const UQErrnoValue Registry;
+    };
+    struct KORBASE_API _W_ {
+        static const UQErrnoValue ItemNotFound;
+        static const UQErrnoValue UserCanceled;
+    };
+    struct KORBASE_API _I_ {
+        static const UQErrnoValue StubFile;
+    };
+
+    UQErrno(const UQErrnoValue& _value);
+    UQErrno(const UQErrnoData& _data);
+    UQErrno(const UQErrnoData& _data, std::uint32_t _uSystemError);
+    // Adds detail (a file and line, a value) to the text; the category stays what it is.
+    UQErrno(const UQErrnoData& _data, const CString& _sDetail);
+    UQErrno(const UQErrno& _other);
+    UQErrno& operator=(const UQErrno& _other);
+    virtual ~UQErrno();
+
+    const UQErrnoData& mf_getData() const noexcept { return m_data; }
+    std::uint32_t mf_getSystemError() const noexcept { return m_uSystemError; }
+    const CString& mf_getDetail() const noexcept { return m_sDetail; }
+
+    // One line for the log: "[E] _E_::Range: <message>[ (<detail>)][ (system error N: <system message>)]".
+    CString mf_toString() const;
+    // The category's message text alone.
+    CString mf_getString() const;
+    // The text shown to the user: the prefix, the message and, on a new line, the detail.
+    static CString mf_toGuiMessage(const UQErrnoData& _data, const CString& _sPrefix);
+    // The system's message for a Win32 error number, without trailing line breaks.
+    static CString mf_getSystemMessage(std::uint32_t _uSystemError);
+
+private:
+    UQErrnoData m_data;
+    std::uint32_t m_uSystemError;
+    CString m_sDetail;
+};
+
+// A thread's stop result.
+class KORBASE_API UQErrnoNumber {
+public:
+    constexpr UQErrnoNumber(std::uint32_t _uNumber = 0) noexcept : m_uNumber(_uNumber) {}
+    constexpr std::uint32_t mf_getNumber() const noexcept { return m_uNumber; }
+
+private:
+    std::uint32_t m_uNumber;
+};
+
+// ---------------------------------------------------------------------------------------------------------
+// Log
+
+class KORBASE_API UQLogData {
+public:
+    constexpr UQLogData(wchar_t _cLetter, int _nLevel) noexcept : m_cLetter(_cLetter), m_nLevel(_nLevel) {}
+    UQLogData(const UQLogData&) = delete;
+    UQLogData& operator=(const UQLogData&) = delete;
+
+    wchar_t mf_getLetter() const noexcept { return m_cLetter; }
+    int mf_getLevel() const noexcept { return m_nLevel; }
+
+    static const UQLogData LEVEL_E;
+    static const UQLogData LEVEL_W;
+    static const UQLogData LEVEL_I;
+    static const UQLogData LEVEL_D;
+    static const UQLogData LEVEL_T;
+    static const UQLogData LEVEL_G;
+
+private:
+    wchar_t m_cLetter;
+    int m_nLevel;
+};
+
+struct UQLogRecord {
+    const UQLogData* pLevel;
+    const wchar_t* pszFunction;
+    CString sText;
+    DWORD dwThreadId;
+    FILETIME ftTime;
+    // Whether UQThreadContext::mf_setLoggingLanguage ran on this thread since its previous record.
+    int bLanguageSelected;
+};
+
+// Where records go. Sinks must not throw.
+class KORBASE_API UVLogSink {
+public:
+    virtual ~UVLogSink();
+    virtual void mf_write(const UQLogRecord& _record) noexcept = 0;
+};
+
+class KORBASE_API UQThreadContext {
+public:
+    static const int TYPE_WORKER = 1;
+    static const int TYPE_TIMER = 2;
+    // Selects the calling thread's logging language for the records that follow.
+    static void mf_setLoggingLanguage() noexcept;
+    // Reads and clears the mark that mf_setLoggingLanguage left on this thread.
+    static int mf_takeLoggingLanguageMark() noexcept;
+};
+
+class KORBASE_API UQLog {
+public:
+    static constexpr const wchar_t* TAB = L"    ";
+
+    template <class... A>
+    static void mf_writeMessage(const UQLogData& _level, const wchar_t* _pszFunction, const wchar_t* _pszFormat,
+                                const A&... _args) noexcept {
+        try {
+            mf_writeText(_level, _pszFunction, CString(uqfmt::format(_pszFormat, _args...)));
+        } catch (...) {
+            mf_writeText(_level, _pszFunction, CString());
+        }
+    }
+    static void mf_writeText(const UQLogData& _level, const wchar_t* _pszFunction, const CString& _sText) noexcept;
+
+    // Installs a sink and returns the one it replaces; null restores the product log file.
+    static UVLogSink* mf_setSink(UVLogSink* _pSink) noexcept;
+};
+
+// The product log: one UTF-8 text file, a line per record, rotated by size.
+class KORBASE_API UQLogFileSink : public UVLogSink {
+public:
+    // An empty path means mf_getDefaultPath().
+    explicit UQLogFileSink(const CString& _sPath = CString(), std::uint64_t _uMaxBytes = 4u << 20,
+                           int _nKeepFiles = 3);
+    UQLogFileSink(const UQLogFileSink&) = delete;
+    UQLogFileSink& operator=(const UQLogFileSink&) = delete;
+    ~UQLogFileSink() override;
+
+    void mf_write(const UQLogRecord& _record) noexcept override;
+    const CString& mf_getPath() const noexcept { return m_sPath; }
+    // KOR_LOG_FILE if set; else %LOCALAPPDATA%\Corvex\Stormex\Logs\korguibase.log on Windows and
+    // $XDG_STATE_HOME (or ~/.local/state)/korguibase/korguibase.log elsewhere.
+    static CString mf_getDefaultPath();
+    // "2024-03-07 14:05:09.250 E 1234 UQFileTime::operator_add: text", continuation lines indented.
+    static std::string mf_formatLine(const UQLogRecord& _record);
+
+private:
+    struct Impl;
+    Impl* m_pImpl;
+    CString m_sPath;
+};
+
+// Keeps every record in memory; installed for its lifetime. Used by tests.
+class KORBASE_API UQLogCapture : public UVLogSink {
+public:
+    struct Entry {
+        wchar_t cLevel;
+        CString sFunction;
+        CString sText;
+        DWORD dwThreadId;
+        int bLanguageSelected;
+    };
+
+    UQLogCapture();
+    UQLogCapture(const UQLogCapture&) = delete;
+    UQLogCapture& operator=(const UQLogCapture&) = delete;
+    ~UQLogCapture() override;
+
+    void mf_write(const UQLogRecord& _record) noexcept override;
+    std::vector<Entry> mf_getEntries() const;
+    void mf_clear();
+
+private:
+    struct Impl;
+    Impl* m_pImpl;
+    UVLogSink* m_pPrevious;
+};
+
+// ---------------------------------------------------------------------------------------------------------
+// Message catalogue
+
+class KORBASE_API UQString {
+public:
+    // Throws UQErrno::_E_::ItemNotFound for a number the catalogue does not hold.
+    explicit UQString(unsigned _uNumber);
+    operator CString() const { return m_sText; }
+    operator const wchar_t*() const noexcept { return m_sText; }
+    const CString& mf_getText() const noexcept { return m_sText; }
+    static int mf_exists(unsigned _uNumber) noexcept;
+
+private:
+    CString m_sText;
+};
+
+// ---------------------------------------------------------------------------------------------------------
+// File sizes and file times
+
+class KORBASE_API UQFileSize {
+public:
+    constexpr UQFileSize(std::int64_t _nBytes = 0) noexcept : m_nBytes(_nBytes) {}
+    constexpr std::int64_t mf_getValue() const noexcept { return m_nBytes; }
+    // The size as a signed decimal ("%I64d").
+    CString mf_toString() const;
+    // Bytes, KB, MB, GB or TB with one decimal, e.g. "1.5 MB".
+    CString mf_toDisplayString() const;
+    friend bool operator==(const UQFileSize& _a, const UQFileSize& _b) noexcept { return _a.m_nBytes == _b.m_nBytes; }
+
+private:
+    std::int64_t m_nBytes;
+};
+
+// A Win32 FILETIME kept as it is given: no time-zone conversion anywhere.
+class UQFileTime {
+public:
+    static constexpr std::uint64_t TICKS_PER_DAY = 864000000000ull;
+
+    constexpr UQFileTime(std::uint64_t _uTicks = 0) noexcept : m_uTicks(_uTicks) {}
+    UQFileTime(const FILETIME& _ft) noexcept
+        : m_uTicks((static_cast<std::uint64_t>(_ft.dwHighDateTime) << 32) | _ft.dwLowDateTime) {}
+
+    constexpr std::uint64_t mf_getValue() const noexcept { return m_uTicks; }
+    FILETIME mf_getFileTime() const noexcept {
+        FILETIME ft;
+        ft.dwLowDateTime = static_cast<DWORD>(m_uTicks);
+        ft.dwHighDateTime = static_cast<DWORD>(m_uTicks >> 32);
+        return ft;
+    }
+    friend bool operator==(const UQFileTime& _a, const UQFileTime& _b) noexcept { return _a.m_uTicks == _b.m_uTicks; }
+    friend bool operator<(const UQFileTime& _a, const UQFileTime& _b) noexcept { return _a.m_uTicks < _b.m_uTicks; }
+
+    // Carried by korguibase (foundation).
+    KORGUIBASE_API CString mf_toString() const;
+    KORGUIBASE_API CString mf_toFullString() const;
+    KORGUIBASE_API UQFileTime operator+(const UQFileTime& _other) const;
+
+private:
+    std::uint64_t m_uTicks;
+};
+
+// ---------------------------------------------------------------------------------------------------------
+// The array template of the product family
+
+template <class TYPE, class ARG_TYPE = const TYPE&> class UQArray : public CArray<TYPE, ARG_TYPE> {
+public:
+    // Ascending and case-blind; defined for string arrays only (korguibase, foundation).
+    void mf_sortPointerArray();
+};
+
+template <> KORGUIBASE_API void UQArray<CString, const CString&>::mf_sortPointerArray();
+
+// ---------------------------------------------------------------------------------------------------------
+// Paths: backslash-separated on every platform, as the product's paths are Windows paths.
+
+class KORBASE_API UQPath {
+public:
+    UQPath() = default;
+    UQPath(const CString& _sPath) : m_sPath(_sPath) {}
+    UQPath(const wchar_t* _pszPath) : m_sPath(_pszPath) {}
+    operator const CString&() const noexcept { return m_sPath; }
+    const CString& mf_getPath() const noexcept { return m_sPath; }
+
+    // "dir" + "sub" -> "dir\sub\"; the result always ends in one backslash.
+    static CString mf_appendDirectory(const CString& _sDirectory, const CString& _sSubDirectory);
+    // "dir" + "file" -> "dir\file", with exactly one backslash between them.
+    static CString mf_appendFile(const CString& _sDirectory, const CString& _sFile);
+    // Forward slashes become backslashes, runs of backslashes one (a leading "\\" is kept), one trailing
+    // backslash is added.
+    static CString mf_normalizeDirectory(const CString& _sDirectory);
+    // Whether a file or directory of that name exists; an empty path does not.
+    static int mf_exists(const CString& _sPath);
+    // Everything up to and including the last backslash or the drive colon; empty when there is none.
+    static CString mf_getLocationPart(const CString& _sPath);
+    // Everything after the last backslash or drive colon.
+    static CString mf_getFilePart(const CString& _sPath);
+    // The extension in upper case followed by " File" ("TXT File"); empty when the file part has none.
+    static CString mf_getFileTypeName(const CString& _sPath);
+    // "\\?\UNC\server\share\x" and "\\server\share\x" stay UNC ("\\server\share\x"); "\\?\C:\x" -> "C:\x";
+    // other paths come back normalised.
+    static CString mf_getUNCPath(const CString& _sPath);
+    // Case-blind, with '\' ordered before every other character so that a directory sorts before its
+    // siblings' names that extend it.
+    static int mf_compare(const CString& _sA, const CString& _sB) noexcept;
+    int mf_compare(const UQPath& _other) const noexcept { return mf_compare(m_sPath, _other.m_sPath); }
+    friend bool operator!=(const UQPath& _a, const UQPath& _b) noexcept { return _a.mf_compare(_b) != 0; }
+    friend bool operator==(const UQPath& _a, const UQPath& _b) noexcept { return _a.mf_compare(_b) == 0; }
+
+private:
+    CString m_sPath;
+};
+
+// ---------------------------------------------------------------------------------------------------------
+// Numbers, dates and times in the configured formats
+
+class KORBASE_API UQNumberFormatter {
+public:
+    // 1234567 -> "1,234,567" with the configured group separator.
+    static CString mf_formatNumber(std::int64_t _nNumber);
+    // Takes away group separators and blanks: "1,234 567" -> "1234567".
+    static CString mf_normalizeNumber(const CString& _sNumber);
+    // The date part of the file time in the configured date format, "FILETIME ERROR" if it has none.
+    static CString mf_formatDate(const UQFileTime& _time);
+    static CString mf_formatTime(const UQFileTime& _time);
+    // Date-time picker patterns: "yyyy-MM-dd" and "HH:mm:ss" unless configured otherwise.
+    static CString mf_getConfiguredDateFormat();
+    static CString mf_getConfiguredTimeFormat();
+    // Patterns use yyyy, yy, MM, M, dd, d, HH, H, hh, h, mm, ss, tt; the separator is one character.
+    static void mf_configure(const CString& _sDateFormat, const CString& _sTimeFormat, wchar_t _cGroupSeparator);
+    // Back to the defaults (or the KOR_DATE_FORMAT, KOR_TIME_FORMAT environment variables).
+    static void mf_resetConfiguration();
+};
+
+// ---------------------------------------------------------------------------------------------------------
+// Cancellation
+
+// A shared cancel flag. Copies share the flag.
+class KORBASE_API UQCancelSwitch {
+public:
+    UQCancelSwitch();
+    UQCancelSwitch(const UQCancelSwitch& _other) noexcept;
+    UQCancelSwitch& operator=(const UQCancelSwitch& _other) noexcept;
+    virtual ~UQCancelSwitch();
+
+    // Marks the switch cancelled and wakes every waiter; answers 1 if this call cancelled it.
+    virtual int mf_implTryCancel() noexcept;
+    int mf_isCancelled() const noexcept;
+    // Waits until cancelled or the time-out (ms) passes; answers 1 when cancelled.
+    int mf_waitCancelled(DWORD _dwMilliseconds) const noexcept;
+    void mf_reset() noexcept;
+
+private:
+    struct Shared;
+    Shared* m_pShared;
+};
+
+// Base interface of everything that can be cancelled through a UQCancelSwitch.
+class UVCancelObject {
+public:
+    virtual ~UVCancelObject() = default;
+    virtual void mf_installCancelSwitch(UQCancelSwitch* _pSwitch) = 0;
+    virtual UQCancelSwitch* mf_getCancelSwitch() const noexcept = 0;
+    // Trips the installed switch; nothing happens without one.
+    virtual void mf_cancel() noexcept = 0;
+};
+
+// Allocation that tests can make fail: the library allocates its items through it.
+class KORBASE_API UQAllocation {
+public:
+    // malloc, unless a failure was injected into this thread and its count has run out.
+    static void* mf_allocate(std::size_t _nBytes) noexcept;
+    static void mf_free(void* _p) noexcept;
+    // The calling thread's allocation number _nAfter + 1 (counted from now) fails, once; -1 disarms.
+    static void mf_injectFailure(int _nAfter) noexcept;
+};
+
+// ---------------------------------------------------------------------------------------------------------
+// Intrusive list
+
+class KORBASE_API UQLinkedListItem {
+public:
+    UQLinkedListItem() noexcept : m_pNext(this), m_pPrevious(this) {}
+    UQLinkedListItem(const UQLinkedListItem&) noexcept : m_pNext(this), m_pPrevious(this) {}
+    UQLinkedListItem& operator=(const UQLinkedListItem&) noexcept { return *this; }
+    virtual ~UQLinkedListItem();
+
+    UQLinkedListItem* mf_getNext() const noexcept { return m_pNext; }
+    UQLinkedListItem* mf_getPrevious() const noexcept { return m_pPrevious; }
+    int mf_isLinked() const noexcept { return m_pNext != this; }
+
+private:
+    friend class UQLinkedList;
+    UQLinkedListItem* m_pNext;
+    UQLinkedListItem* m_pPrevious;
+};
+
+// A circular list around a sentinel. A list created with ownership deletes its items on
+// mf_clearList(1) and in its destructor. Copies hold copies of the items, made by the clone function the
+// list was given; copying a non-empty list that has none throws UQErrno::_E_::NotImplemented.
+class KORBASE_API UQLinkedList {
+public:
+    typedef UQLinkedListItem* (*CloneItem)(const UQLinkedListItem& _item);
+
+    explicit UQLinkedList(int _bOwner = 1, CloneItem _pfnClone = nullptr) noexcept;
+    UQLinkedList(const UQLinkedList& _other);
+    UQLinkedList& operator=(const UQLinkedList& _other);
+    virtual ~UQLinkedList();
+
+    void mf_addTail(UQLinkedListItem* _pItem) noexcept;
+    void mf_addHead(UQLinkedListItem* _pItem) noexcept;
+    void mf_insertAfter(UQLinkedListItem* _pPosition, UQLinkedListItem* _pItem) noexcept;
+    void mf_remove(UQLinkedListItem* _pItem) noexcept;
+    // Null at the ends.
+    UQLinkedListItem* mf_getHead() const noexcept;
+    UQLinkedListItem* mf_getTail() const noexcept;
+    UQLinkedListItem* mf_getNext(const UQLinkedListItem* _pItem) const noexcept;
+    UQLinkedListItem* mf_getPrevious(const UQLinkedListItem* _pItem) const noexcept;
+    int mf_getCount() const noexcept { return m_nCount; }
+    int mf_isEmpty() const noexcept { return m_nCount == 0; }
+    // Unlinks every item, deleting them when _bDelete is non-zero.
+    void mf_clearList(int _bDelete) noexcept;
+
+private:
+    void mf_implCopyFrom(const UQLinkedList& _other);
+
+    UQLinkedListItem m_sentinel;
+    int m_nCount;
+    int m_bOwner;
+    CloneItem m_pfnClone;
+};

@@ -1,0 +1,18 @@
+#include "interfaces/korbase.h"
+
+const UQSeverity UQSeverity::Info(UVSeverity::GREEN);
+const UQSeverity UQSeverity::Warning(UVSeverity::YELLOW);
+const UQSeverity UQSeverity::Error(UVSeverity::RED);
+
+CString UVSeverity::mf_toString(const UVSeverity& severity) {
+    switch (severity.mf_getValue()) {
+    case GREEN: return UQString(1100);
+    case YELLOW: return UQString(1101);
+    case RED: return UQString(1102);
+    default: {
+        CString s;
+        s.Format(L"Severity %d", severity.mf_getValue());
+        return s;
+    }
+    }
+}
