@@ -221,18 +221,20 @@ public:
 
 class KORBASE_API UQLog {
 public:
-    static constexpr const wchar_t* TAB = L"    ";
+    // Four blanks: the indent of a continuation line.
+    static const wchar_t* const TAB;
 
     template <class... A>
-    static void mf_writeMessage(const UQLogData& _level, const wchar_t* _pszFunction, const wchar_t* _pszFormat,
-                                const A&... _args) noexcept {
+    static void mf_writeMessage(const UQLogData& _level, const wchar_t* _pszFunction,
+                                const wchar_t* _pszFormat, const A&... _args) noexcept {
         try {
             mf_writeText(_level, _pszFunction, CString(uqfmt::format(_pszFormat, _args...)));
         } catch (...) {
             mf_writeText(_level, _pszFunction, CString());
         }
     }
-    static void mf_writeText(const UQLogData& _level, const wchar_t* _pszFunction, const CString& _sText) noexcept;
+    static void mf_writeText(const UQLogData& _level, const wchar_t* _pszFunction,
+                             const CString& _sText) noexcept;
 
     // Installs a sink and returns the one it replaces; null restores the product log file.
     static UVLogSink* mf_setSink(UVLogSink* _pSink) noexcept;
@@ -315,7 +317,9 @@ public:
     CString mf_toString() const;
     // Bytes, KB, MB, GB or TB with one decimal, e.g. "1.5 MB".
     CString mf_toDisplayString() const;
-    friend bool operator==(const UQFileSize& _a, const UQFileSize& _b) noexcept { return _a.m_nBytes == _b.m_nBytes; }
+    friend bool operator==(const UQFileSize& _a, const UQFileSize& _b) noexcept {
+        return _a.m_nBytes == _b.m_nBytes;
+    }
 
 private:
     std::int64_t m_nBytes;
@@ -337,8 +341,12 @@ public:
         ft.dwHighDateTime = static_cast<DWORD>(m_uTicks >> 32);
         return ft;
     }
-    friend bool operator==(const UQFileTime& _a, const UQFileTime& _b) noexcept { return _a.m_uTicks == _b.m_uTicks; }
-    friend bool operator<(const UQFileTime& _a, const UQFileTime& _b) noexcept { return _a.m_uTicks < _b.m_uTicks; }
+    friend bool operator==(const UQFileTime& _a, const UQFileTime& _b) noexcept {
+        return _a.m_uTicks == _b.m_uTicks;
+    }
+    friend bool operator<(const UQFileTime& _a, const UQFileTime& _b) noexcept {
+        return _a.m_uTicks < _b.m_uTicks;
+    }
 
     // Carried by korguibase (foundation).
     KORGUIBASE_API CString mf_toString() const;
@@ -416,7 +424,8 @@ public:
     static CString mf_getConfiguredDateFormat();
     static CString mf_getConfiguredTimeFormat();
     // Patterns use yyyy, yy, MM, M, dd, d, HH, H, hh, h, mm, ss, tt; the separator is one character.
-    static void mf_configure(const CString& _sDateFormat, const CString& _sTimeFormat, wchar_t _cGroupSeparator);
+    static void mf_configure(const CString& _sDateFormat, const CString& _sTimeFormat,
+                             wchar_t _cGroupSeparator);
     // Back to the defaults (or the KOR_DATE_FORMAT, KOR_TIME_FORMAT environment variables).
     static void mf_resetConfiguration();
 };
@@ -454,14 +463,20 @@ public:
     virtual void mf_cancel() noexcept = 0;
 };
 
-// Allocation that tests can make fail: the library allocates its items through it.
+// Allocation that tests can make fail: the library allocates its list items, versions and sort buffers
+// through it.
 class KORBASE_API UQAllocation {
 public:
-    // malloc, unless a failure was injected into this thread and its count has run out.
-    static void* mf_allocate(std::size_t _nBytes) noexcept;
+    // malloc; null when it fails or when an injected failure comes due on this thread. An injected error
+    // comes out as a thrown UQErrno of its category instead.
+    static void* mf_allocate(std::size_t _nBytes);
     static void mf_free(void* _p) noexcept;
-    // The calling thread's allocation number _nAfter + 1 (counted from now) fails, once; -1 disarms.
+    // The calling thread's allocation number _nAfter + 1, counted from now, yields null; once.
     static void mf_injectFailure(int _nAfter) noexcept;
+    // The same, but that allocation throws UQErrno(_value).
+    static void mf_injectError(int _nAfter, const UQErrnoValue& _value) noexcept;
+    // Cancels whatever was injected on this thread.
+    static void mf_clearInjection() noexcept;
 };
 
 // ---------------------------------------------------------------------------------------------------------

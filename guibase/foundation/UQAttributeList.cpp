@@ -15,7 +15,9 @@ UQAttributeList& UQAttributeList::operator=(const UQAttributeList& other) {
     return *this;
 }
 
-UQAttributeList::~UQAttributeList() { mf_clear(); }
+UQAttributeList::~UQAttributeList() {
+    mf_clear();
+}
 
 void UQAttributeList::mf_addAttribute(const CString& key, const CString& value) {
     UQAttribute* record = new UQAttribute{key, value};

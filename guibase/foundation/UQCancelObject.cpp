@@ -17,13 +17,16 @@ UQCancelObject::~UQCancelObject() = default;
 void UQCancelObject::mf_installCancelSwitch(UQCancelSwitch* pSwitch) {
     static const wchar_t* const _sFunction_ = L"UQCancelObject::mf_installCancelSwitch";
     if (pSwitch == nullptr)
-        UQReport::mf_fail(UQErrno::_E_::Parameter, _sFunction_, L"Resetting cancel switch to NULL is not allowed");
+        UQReport::mf_fail(UQErrno::_E_::Parameter, _sFunction_,
+                          L"Resetting cancel switch to NULL is not allowed");
     if (m_pCancelSwitch.load() != nullptr)
         UQReport::mf_fail(UQErrno::_E_::AlreadyInitialized, _sFunction_, L"Cancel switch is already set");
     m_pCancelSwitch.exchange(pSwitch);
 }
 
-UQCancelSwitch* UQCancelObject::mf_getCancelSwitch() const noexcept { return m_pCancelSwitch.load(); }
+UQCancelSwitch* UQCancelObject::mf_getCancelSwitch() const noexcept {
+    return m_pCancelSwitch.load();
+}
 
 void UQCancelObject::mf_cancel() noexcept {
     UQCancelSwitch* pSwitch = m_pCancelSwitch.load();
@@ -37,6 +40,7 @@ void UQCancelObject::mf_implPropagateCancelSwitch(UQCancelObject& target, int bO
     if (pSwitch == nullptr)
         UQReport::mf_fail(UQErrno::_E_::Initialization, _sFunction_, L"No cancel switch to propagate");
     if (bOverwrite == 0 && target.m_pCancelSwitch.load() != nullptr)
-        UQReport::mf_fail(UQErrno::_E_::AlreadyInitialized, _sFunction_, L"Target cancle switch is already initialized");
+        UQReport::mf_fail(UQErrno::_E_::AlreadyInitialized, _sFunction_,
+                          L"Target cancle switch is already initialized");
     target.m_pCancelSwitch.exchange(pSwitch);
 }

@@ -28,8 +28,8 @@ CString UQFileTime::mf_toString() const {
         if (!toSystemTime(*this, st, _sFunction_))
             return kFileTimeError;
         CString s;
-        s.Format(L"%4.4u-%2.2u-%2.2u%c%2.2u:%2.2u:%2.2u", st.wYear, st.wMonth, st.wDay, L' ', st.wHour, st.wMinute,
-                 st.wSecond);
+        s.Format(L"%4.4u-%2.2u-%2.2u%c%2.2u:%2.2u:%2.2u", st.wYear, st.wMonth, st.wDay, L' ', st.wHour,
+                 st.wMinute, st.wSecond);
         return s;
     } catch (...) {
         return kFileTimeError;
@@ -43,8 +43,8 @@ CString UQFileTime::mf_toFullString() const {
         if (!toSystemTime(*this, st, _sFunction_))
             return kFileTimeError;
         CString s;
-        s.Format(L"%4.4u-%2.2u-%2.2u %2.2u:%2.2u:%2.2u.%3.3u", st.wYear, st.wMonth, st.wDay, st.wHour, st.wMinute,
-                 st.wSecond, st.wMilliseconds);
+        s.Format(L"%4.4u-%2.2u-%2.2u %2.2u:%2.2u:%2.2u.%3.3u", st.wYear, st.wMonth, st.wDay, st.wHour,
+                 st.wMinute, st.wSecond, st.wMilliseconds);
         return s;
     } catch (...) {
         return kFileTimeError;
@@ -58,5 +58,6 @@ UQFileTime UQFileTime::operator+(const UQFileTime& other) const {
     const std::int64_t headroom = static_cast<std::int64_t>(max - m_uTicks);
     if (headroom >= static_cast<std::int64_t>(other.m_uTicks))
         return UQFileTime(m_uTicks + other.m_uTicks);
-    UQReport::mf_fail(UQErrno::_E_::Range, _sFunction_, L"%s + %s > MAX", mf_toFullString(), other.mf_toFullString());
+    UQReport::mf_fail(UQErrno::_E_::Range, _sFunction_, L"%s + %s > MAX", mf_toFullString(),
+                      other.mf_toFullString());
 }

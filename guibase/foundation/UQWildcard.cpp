@@ -4,7 +4,8 @@
 
 UQWildcard::UQWildcard(int bCaseSensitive) noexcept : m_bWildcard(0), m_bCaseSensitive(bCaseSensitive) {}
 
-UQWildcard::UQWildcard(const CString& pattern, int bCaseSensitive) : m_bWildcard(0), m_bCaseSensitive(bCaseSensitive) {
+UQWildcard::UQWildcard(const CString& pattern, int bCaseSensitive)
+    : m_bWildcard(0), m_bCaseSensitive(bCaseSensitive) {
     mf_implInitialize(pattern);
 }
 

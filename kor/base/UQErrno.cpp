@@ -41,25 +41,44 @@ CString catalogueText(unsigned number) {
 #if !defined(_WIN32)
 const wchar_t* nativeSystemMessage(std::uint32_t n) {
     switch (n) {
-    case 0: return L"The operation completed successfully.";
-    case 1: return L"Incorrect function.";
-    case 2: return L"The system cannot find the file specified.";
-    case 3: return L"The system cannot find the path specified.";
-    case 5: return L"Access is denied.";
-    case 6: return L"The handle is invalid.";
-    case 8: return L"Not enough memory resources are available to process this command.";
-    case 14: return L"Not enough memory resources are available to complete this operation.";
-    case 32: return L"The process cannot access the file because it is being used by another process.";
-    case 80: return L"The file exists.";
-    case 87: return L"The parameter is incorrect.";
-    case 122: return L"The data area passed to a system call is too small.";
-    case 183: return L"Cannot create a file when that file already exists.";
-    case 234: return L"More data is available.";
-    case 259: return L"No more data is available.";
-    case 1223: return L"The operation was canceled by the user.";
-    case 1400: return L"Invalid window handle.";
-    case 1421: return L"Control ID not found.";
-    default: return nullptr;
+    case 0:
+        return L"The operation completed successfully.";
+    case 1:
+        return L"Incorrect function.";
+    case 2:
+        return L"The system cannot find the file specified.";
+    case 3:
+        return L"The system cannot find the path specified.";
+    case 5:
+        return L"Access is denied.";
+    case 6:
+        return L"The handle is invalid.";
+    case 8:
+        return L"Not enough memory resources are available to process this command.";
+    case 14:
+        return L"Not enough memory resources are available to complete this operation.";
+    case 32:
+        return L"The process cannot access the file because it is being used by another process.";
+    case 80:
+        return L"The file exists.";
+    case 87:
+        return L"The parameter is incorrect.";
+    case 122:
+        return L"The data area passed to a system call is too small.";
+    case 183:
+        return L"Cannot create a file when that file already exists.";
+    case 234:
+        return L"More data is available.";
+    case 259:
+        return L"No more data is available.";
+    case 1223:
+        return L"The operation was canceled by the user.";
+    case 1400:
+        return L"Invalid window handle.";
+    case 1421:
+        return L"Control ID not found.";
+    default:
+        return nullptr;
     }
 }
 #endif
@@ -67,12 +86,14 @@ const wchar_t* nativeSystemMessage(std::uint32_t n) {
 } // namespace
 
 UQSeverity UQErrnoValue::mf_getSeverity() const noexcept {
-    return m_cSeverity == L'E' ? UQSeverity::Error : (m_cSeverity == L'W' ? UQSeverity::Warning : UQSeverity::Info);
+    return m_cSeverity == L'E' ? UQSeverity::Error
+                               : (m_cSeverity == L'W' ? UQSeverity::Warning : UQSeverity::Info);
 }
 
 UQErrno::UQErrno(const UQErrnoValue& value) : m_data(value), m_uSystemError(0) {}
 UQErrno::UQErrno(const UQErrnoData& data) : m_data(data), m_uSystemError(0) {}
-UQErrno::UQErrno(const UQErrnoData& data, std::uint32_t systemError) : m_data(data), m_uSystemError(systemError) {}
+UQErrno::UQErrno(const UQErrnoData& data, std::uint32_t systemError)
+    : m_data(data), m_uSystemError(systemError) {}
 UQErrno::UQErrno(const UQErrnoData& data, const CString& detail)
     : m_data(data), m_uSystemError(0), m_sDetail(detail) {}
 UQErrno::UQErrno(const UQErrno& other) = default;

@@ -10,6 +10,8 @@ const UQLogData UQLogData::LEVEL_D(L'D', 4);
 const UQLogData UQLogData::LEVEL_T(L'T', 5);
 const UQLogData UQLogData::LEVEL_G(L'G', 6);
 
+const wchar_t* const UQLog::TAB = L"    ";
+
 namespace {
 
 thread_local int t_languageSelected = 0;
@@ -18,7 +20,7 @@ std::atomic<UVLogSink*> g_sink{nullptr};
 UVLogSink* productLog() noexcept {
     // Created on first use and kept for the life of the process: records may be written from static
     // destructors of other modules.
-    static UVLogSink* s_sink = [] () noexcept -> UVLogSink* {
+    static UVLogSink* s_sink = []() noexcept -> UVLogSink* {
         try {
             return new UQLogFileSink();
         } catch (...) {
@@ -32,7 +34,9 @@ UVLogSink* productLog() noexcept {
 
 UVLogSink::~UVLogSink() = default;
 
-void UQThreadContext::mf_setLoggingLanguage() noexcept { t_languageSelected = 1; }
+void UQThreadContext::mf_setLoggingLanguage() noexcept {
+    t_languageSelected = 1;
+}
 
 int UQThreadContext::mf_takeLoggingLanguageMark() noexcept {
     const int mark = t_languageSelected;
@@ -42,8 +46,8 @@ int UQThreadContext::mf_takeLoggingLanguageMark() noexcept {
 
 void UQLog::mf_writeText(const UQLogData& level, const wchar_t* function, const CString& text) noexcept {
     try {
-        UQLogRecord record{&level, function != nullptr ? function : L"", text, GetCurrentThreadId(), {0, 0},
-                           UQThreadContext::mf_takeLoggingLanguageMark()};
+        UQLogRecord record{&level, function != nullptr ? function : L"",         text, GetCurrentThreadId(),
+                           {0, 0}, UQThreadContext::mf_takeLoggingLanguageMark()};
         GetSystemTimeAsFileTime(&record.ftTime);
         UVLogSink* sink = g_sink.load(std::memory_order_acquire);
         if (sink == nullptr)
@@ -55,4 +59,6 @@ void UQLog::mf_writeText(const UQLogData& level, const wchar_t* function, const 
     }
 }
 
-UVLogSink* UQLog::mf_setSink(UVLogSink* sink) noexcept { return g_sink.exchange(sink, std::memory_order_acq_rel); }
+UVLogSink* UQLog::mf_setSink(UVLogSink* sink) noexcept {
+    return g_sink.exchange(sink, std::memory_order_acq_rel);
+}

@@ -6,9 +6,12 @@ const UQSeverity UQSeverity::Error(UVSeverity::RED);
 
 CString UVSeverity::mf_toString(const UVSeverity& severity) {
     switch (severity.mf_getValue()) {
-    case GREEN: return UQString(1100);
-    case YELLOW: return UQString(1101);
-    case RED: return UQString(1102);
+    case GREEN:
+        return UQString(1100);
+    case YELLOW:
+        return UQString(1101);
+    case RED:
+        return UQString(1102);
     default: {
         CString s;
         s.Format(L"Severity %d", severity.mf_getValue());

@@ -28,10 +28,13 @@ UQString::UQString(unsigned number) {
     const CatalogueEntry* e = find(number);
     if (e == nullptr) {
         UQThreadContext::mf_setLoggingLanguage();
-        UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_, L"Message %u not found in the catalogue", number);
+        UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_, L"Message %u not found in the catalogue",
+                               number);
         throw UQErrno(UQErrno::_E_::ItemNotFound);
     }
     m_sText = e->text;
 }
 
-int UQString::mf_exists(unsigned number) noexcept { return find(number) != nullptr; }
+int UQString::mf_exists(unsigned number) noexcept {
+    return find(number) != nullptr;
+}

@@ -1,7 +1,11 @@
 #include "LogCheck.h"
 
-std::string utf8(const CString& s) { return s.ToUtf8(); }
-std::string utf8(const wchar_t* s) { return CString(s).ToUtf8(); }
+std::string utf8(const CString& s) {
+    return s.ToUtf8();
+}
+std::string utf8(const wchar_t* s) {
+    return CString(s).ToUtf8();
+}
 
 std::vector<LogLine> LogCheck::lines() const {
     std::vector<LogLine> out;
@@ -13,4 +17,6 @@ std::vector<LogLine> LogCheck::lines() const {
     return out;
 }
 
-void PrintTo(const CString& s, std::ostream* os) { *os << "L\"" << s.ToUtf8() << "\""; }
+void PrintTo(const CString& s, std::ostream* os) {
+    *os << "L\"" << s.ToUtf8() << "\"";
+}

@@ -1,0 +1,262 @@
+#include "guibase/filelist/UQFileListItem.h"
+
+#include "guibase/foundation/UQReport.h"
+
+#include <cstdlib>
+
+namespace {
+
+const UQFileListItem* itemAt(const void* p) {
+    return *static_cast<const UQFileListItem* const*>(p);
+}
+
+int pathAscending(const void* a, const void* b) {
+    return itemAt(a)->mf_getPath().Compare(itemAt(b)->mf_getPath());
+}
+int pathDescending(const void* a, const void* b) {
+    return itemAt(b)->mf_getPath().Compare(itemAt(a)->mf_getPath());
+}
+
+int resultAscending(const void* a, const void* b) {
+    const int r = itemAt(a)->mf_getResult().Compare(itemAt(b)->mf_getResult());
+    return r != 0 ? r : pathAscending(a, b);
+}
+
+// Equal results stay in ascending path order in both directions.
+int resultDescending(const void* a, const void* b) {
+    const int r = itemAt(b)->mf_getResult().Compare(itemAt(a)->mf_getResult());
+    return r != 0 ? r : pathAscending(a, b);
+}
+
+void sortItems(UQFileListItem::Array& items, int (*compare)(const void*, const void*),
+               const wchar_t* function) {
+    if (items.GetData() == nullptr) {
+        UQReport::mf_log(UQLogData::LEVEL_W, function, L"No file list items to sort");
+        return;
+    }
+    std::qsort(items.GetData(), static_cast<std::size_t>(items.GetSize()), sizeof(UQFileListItem*), compare);
+}
+
+} // namespace
+
+UQFileListItem::UQFileListItem(const CString& path, std::uint32_t version, const UQFileSize& size,
+                               const UQFileTime& lastWriteTime, const CString& result,
+                               const UQSeverity& severity)
+    : m_sPath(path), m_sResult(result), m_severity(severity), m_bSelected(0), m_nSelectedVersion(-1) {
+    static const wchar_t* const _sFunction_ = L"UQFileListItem::UQFileListItem::1";
+    try {
+        mf_implAddVersion(version, size, lastWriteTime);
+    } catch (const UQErrno& e) {
+        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
+                         L"Failure adding version to file list: %s\r\n%sFile-version=%lu, file-size=%s, "
+                         L"last-write-time=%s",
+                         e.mf_toString(), UQLog::TAB, version, size.mf_toString(),
+                         lastWriteTime.mf_toString());
+        mf_implDeleteVersions();
+        throw UQErrno(e);
+    }
+}
+
+UQFileListItem::UQFileListItem(const CString& path, int bCompleteUsingFilesystem, const CString& result,
+                               const UQSeverity& severity)
+    : m_sPath(path), m_sResult(result), m_severity(severity), m_bSelected(0), m_nSelectedVersion(-1) {
+    static const wchar_t* const _sFunction_ = L"UQFileListItem::UQFileListItem::2";
+    if (bCompleteUsingFilesystem != 0)
+        UQReport::mf_fail(UQErrno::_E_::NotImplemented, _sFunction_,
+                          L"Option _bCompleteUsingFilesystem not yet implemented");
+}
+
+UQFileListItem::UQFileListItem(const UQFileListItem& other)
+    : m_sPath(other.m_sPath), m_sResult(other.m_sResult), m_severity(other.m_severity), m_bSelected(0),
+      m_nSelectedVersion(-1) {
+    static const wchar_t* const _sFunction_ = L"UQFileListItem::UQFileListItem::3";
+    UQErrnoData error;
+    try {
+        for (INT_PTR i = 0; i < other.m_versions.GetSize(); ++i) {
+            const UQFileListItemVersion* v = other.m_versions[i];
+            mf_implAddVersion(v->mf_getVersion(), v->mf_getSize(), v->mf_getLastWriteTime());
+        }
+    } catch (const UQErrno& e) {
+        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure adding file list item version: %s",
+                         e.mf_toString());
+        error = e.mf_getData();
+    }
+    if (error) {
+        try {
+            mf_implDeleteVersions();
+        } catch (const UQErrno& e) {
+            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
+                             L"Failure cleaning up file list item versions: %s", e.mf_toString());
+        }
+        throw UQErrno(error);
+    }
+}
+
+UQFileListItem::~UQFileListItem() {
+    static const wchar_t* const _sFunction_ = L"UQFileListItem::~UQFileListItem";
+    try {
+        mf_implDeleteVersions();
+    } catch (const UQErrno& e) {
+        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure deleting file item versions: %s",
+                         e.mf_toString());
+    }
+}
+
+void UQFileListItem::mf_implDeleteVersions() noexcept {
+    for (INT_PTR i = 0; i < m_versions.GetSize(); ++i)
+        UQFileListItemVersion::mf_implDestroy(m_versions[i]);
+    m_versions.RemoveAll();
+    m_nSelectedVersion = -1;
+}
+
+void UQFileListItem::mf_implAddVersion(std::uint32_t version, const UQFileSize& size,
+                                       const UQFileTime& lastWriteTime) {
+    static const wchar_t* const _sFunction_ = L"UQFileListItem::mf_implAddVersion";
+    UQFileListItemVersion* pVersion = nullptr;
+    try {
+        pVersion = UQFileListItemVersion::mf_implCreate(version, size, lastWriteTime);
+    } catch (const UQErrno& e) {
+        UQReport::mf_log(
+            UQLogData::LEVEL_E, _sFunction_,
+            L"Failure adding file item version: %s\r\n%sVersion=%lu, size=%s, last write time=%s",
+            e.mf_toString(), UQLog::TAB, version, size.mf_toString(), lastWriteTime.mf_toString());
+        throw;
+    }
+    if (pVersion == nullptr) {
+        UQReport::mf_fail(
+            UQErrno::_E_::Memory, _sFunction_,
+            L"No memory for adding file item version\r\n%sVersion=%lu, size=%s, last write time=%s",
+            UQLog::TAB, version, size.mf_toString(), lastWriteTime.mf_toString());
+    }
+    try {
+        m_versions.Add(pVersion);
+    } catch (...) {
+        UQFileListItemVersion::mf_implDestroy(pVersion);
+        throw;
+    }
+    // Only a greater number takes the selection: of equal numbers the first added stays selected.
+    if (m_nSelectedVersion == -1 || version > m_versions[m_nSelectedVersion]->mf_getVersion())
+        m_nSelectedVersion = static_cast<int>(m_versions.GetSize() - 1);
+}
+
+void UQFileListItem::mf_addVersion(std::uint32_t version, const UQFileSize& size,
+                                   const UQFileTime& lastWriteTime) {
+    static const wchar_t* const _sFunction_ = L"UQFileListItem::mf_addVersion";
+    try {
+        mf_implAddVersion(version, size, lastWriteTime);
+    } catch (const UQErrno& e) {
+        // The record carries the second text as it stands, placeholders and all: the log readers expect
+        // this shape.
+        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure adding file list entry version: %s\r\n",
+                         L"%sVersion=%lu, size=%s, last write time=%s", e.mf_toString(), UQLog::TAB, version,
+                         size.mf_toString(), lastWriteTime.mf_toString());
+        throw UQErrno(e);
+    }
+}
+
+void UQFileListItem::mf_setVersionIndex(int index) {
+    static const wchar_t* const _sFunction_ = L"UQFileListItem::mf_setVersionIndex";
+    if (index < 0 || index >= m_versions.GetSize())
+        UQReport::mf_fail(UQErrno::_E_::Range, _sFunction_, L"Index %d out of range", index);
+    m_nSelectedVersion = index;
+}
+
+const UQFileListItemVersion* UQFileListItem::mf_implGetSelectedVersionItem() const {
+    static const wchar_t* const _sFunction_ = L"UQFileListItem::mf_implGetSelectedVersionItem";
+    if (m_nSelectedVersion < 0 || m_nSelectedVersion >= m_versions.GetSize())
+        UQReport::mf_fail(UQErrno::_E_::Range, _sFunction_, L"Index %d out of range", m_nSelectedVersion);
+    return m_versions[m_nSelectedVersion];
+}
+
+std::uint32_t UQFileListItem::mf_getVersion() const {
+    return mf_implGetSelectedVersionItem()->mf_getVersion();
+}
+const UQFileSize& UQFileListItem::mf_getSize() const {
+    return mf_implGetSelectedVersionItem()->mf_getSize();
+}
+const UQFileTime& UQFileListItem::mf_getLastWriteTime() const {
+    return mf_implGetSelectedVersionItem()->mf_getLastWriteTime();
+}
+
+void UQFileListItem::mf_sortVersions(int bAscending) {
+    static const wchar_t* const _sFunction_ = L"UQFileListItem::mf_sortVersions";
+    try {
+        UQFileListItemVersion::mf_sort(m_versions, bAscending);
+    } catch (const UQErrno& e) {
+        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure sorting file list item versions: %s",
+                         e.mf_toString());
+        throw UQErrno(e);
+    }
+    m_nSelectedVersion = bAscending ? static_cast<int>(m_versions.GetSize() - 1) : 0;
+}
+
+void UQFileListItem::mf_getVersions(VersionArray& versions) const {
+    static const wchar_t* const _sFunction_ = L"UQFileListItem::mf_getVersions";
+    if (versions.GetSize() != 0)
+        UQReport::mf_fail(UQErrno::_E_::Parameter, _sFunction_, L"Parameter list is not empty");
+    for (INT_PTR i = 0; i < m_versions.GetSize(); ++i)
+        versions.Add(m_versions[i]);
+}
+
+CString UQFileListItem::mf_getRangesDisplayString() const {
+    CString text;
+    std::uint32_t start = 0;
+    std::uint32_t previous = 0;
+    // A run is closed by its last number only: the start of every later run is not written.
+    auto closeRun = [&]() {
+        if (previous > start + 1u)
+            text.AppendFormat(L" - %lu", previous);
+        else if (previous == start + 1u)
+            text.AppendFormat(L", %lu", previous);
+    };
+    const INT_PTR count = m_versions.GetSize();
+    for (INT_PTR i = count - 1; i >= 0; --i) {
+        const std::uint32_t n = m_versions[i]->mf_getVersion();
+        if (i == count - 1) {
+            text.AppendFormat(L"%lu", n);
+            start = previous = n;
+        } else if (n == previous + 1u) {
+            previous = n;
+        } else {
+            closeRun();
+            start = previous = n;
+        }
+    }
+    if (count > 0)
+        closeRun();
+    return text;
+}
+
+CString UQFileListItem::mf_getSelectedVersionDisplayString() const {
+    const UQFileTime& time = mf_implGetSelectedVersionItem()->mf_getLastWriteTime();
+    CString text;
+    text.Format(L"%s - %s - %s", UQPath::mf_getFilePart(m_sPath), UQNumberFormatter::mf_formatDate(time),
+                UQNumberFormatter::mf_formatTime(time));
+    return text;
+}
+
+void UQFileListItem::mf_reset() noexcept {
+    m_sResult.Empty();
+    m_severity.mf_setValue(0);
+    m_bSelected = 0;
+}
+
+void UQFileListItem::mf_sortByPath(Array& items, int bAscending) {
+    static const wchar_t* const _sFunction_ = L"UQFileListItem::mf_sortByPath";
+    sortItems(items, bAscending ? pathAscending : pathDescending, _sFunction_);
+}
+
+void UQFileListItem::mf_sortByResult(Array& items, int bAscending) {
+    static const wchar_t* const _sFunction_ = L"UQFileListItem::mf_sortByResult";
+    sortItems(items, bAscending ? resultAscending : resultDescending, _sFunction_);
+}
+
+const UQFileListItem* UQFileListItem::mf_findByPath(const CString& path, Array& items, int bAscending) {
+    if (items.GetData() == nullptr)
+        return nullptr;
+    const UQFileListItem key(path, 0, CString(), UQSeverity());
+    const UQFileListItem* pKey = &key;
+    void* found = std::bsearch(&pKey, items.GetData(), static_cast<std::size_t>(items.GetSize()),
+                               sizeof(UQFileListItem*), bAscending ? pathAscending : pathDescending);
+    return found != nullptr ? *static_cast<UQFileListItem* const*>(found) : nullptr;
+}
