@@ -17,13 +17,15 @@ foreach(dll libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
   file(COPY ${dll_path} DESTINATION ${CMAKE_BINARY_DIR}/bin)
 endforeach()
 
-# kor_wine_fixtures(TEST...): the tests boot the prefix first and stop the server after the last one.
+# kor_wine_fixture_tests(): the two tests that boot the prefix before the first windows test and stop
+# the server after the last one. kor_wine_fixtures(TEST...) makes tests depend on them.
+function(kor_wine_fixture_tests)
+  add_test(NAME wine_boot COMMAND ${CMAKE_BINARY_DIR}/wine-run.sh --boot)
+  set_tests_properties(wine_boot PROPERTIES FIXTURES_SETUP wine TIMEOUT 120)
+  add_test(NAME wine_shutdown COMMAND ${CMAKE_BINARY_DIR}/wine-run.sh --shutdown)
+  set_tests_properties(wine_shutdown PROPERTIES FIXTURES_CLEANUP wine TIMEOUT 60)
+endfunction()
+
 function(kor_wine_fixtures)
-  if(NOT TEST wine_boot)
-    add_test(NAME wine_boot COMMAND ${CMAKE_BINARY_DIR}/wine-run.sh --boot)
-    set_tests_properties(wine_boot PROPERTIES FIXTURES_SETUP wine TIMEOUT 120)
-    add_test(NAME wine_shutdown COMMAND ${CMAKE_BINARY_DIR}/wine-run.sh --shutdown)
-    set_tests_properties(wine_shutdown PROPERTIES FIXTURES_CLEANUP wine TIMEOUT 60)
-  endif()
   set_tests_properties(${ARGN} PROPERTIES FIXTURES_REQUIRED wine)
 endfunction()

@@ -1,0 +1,26 @@
+# The two commands of README.md: `make run` and `make test`. Both install what they lack first.
+JOBS ?= $(shell nproc)
+RELEASE := build/native-release
+
+.PHONY: run test bench deps-native deps-windows clean
+
+run: deps-native
+	@mkdir -p build
+	@cmake -S . -B $(RELEASE) -DCMAKE_BUILD_TYPE=Release -DKOR_BUILD_TESTS=OFF >$(RELEASE).configure.log 2>&1 || (cat $(RELEASE).configure.log; false)
+	@cmake --build $(RELEASE) -j$(JOBS) --target korfiles >$(RELEASE).build.log 2>&1 || (grep -E 'error|Error' $(RELEASE).build.log; false)
+	@$(RELEASE)/bin/korfiles $(ARGS)
+
+test: deps-native deps-windows
+	@./cmake/run-tests.sh
+
+bench: deps-native
+	@./bench/run.sh
+
+deps-native:
+	@./cmake/install-deps.sh native
+
+deps-windows:
+	@./cmake/install-deps.sh windows
+
+clean:
+	rm -rf build
