@@ -27,12 +27,16 @@ class KORBASE_API UVSeverity {
 public:
     enum Value { GREEN = 0, YELLOW = 1, RED = 2 };
 
-    constexpr UVSeverity() noexcept : m_nValue(GREEN) {}
-    constexpr explicit UVSeverity(int _nValue) noexcept : m_nValue(_nValue) {}
+    UVSeverity() noexcept : m_nValue(GREEN) {}
+    explicit UVSeverity(int _nValue) noexcept : m_nValue(_nValue) {}
+    UVSeverity(const UVSeverity&) noexcept = default;
+    UVSeverity& operator=(const UVSeverity&) noexcept = default;
+    virtual ~UVSeverity();
 
-    int mf_isGreen() const noexcept { return m_nValue == GREEN; }
-    int mf_isYellow() const noexcept { return m_nValue == YELLOW; }
-    int mf_isRed() const noexcept { return m_nValue == RED; }
+    // The three tests, in this order in the table of virtual operations.
+    virtual int mf_isGreen() const noexcept { return m_nValue == GREEN; }
+    virtual int mf_isYellow() const noexcept { return m_nValue == YELLOW; }
+    virtual int mf_isRed() const noexcept { return m_nValue == RED; }
     int mf_getValue() const noexcept { return m_nValue; }
     // "Information", "Warning" or "Error"; any other value is named by its number.
     static CString mf_toString(const UVSeverity& _severity);
@@ -43,13 +47,16 @@ protected:
 
 class KORBASE_API UQSeverity : public UVSeverity {
 public:
-    constexpr UQSeverity() noexcept = default;
-    constexpr UQSeverity(const UVSeverity& _severity) noexcept : UVSeverity(_severity) {}
-    constexpr explicit UQSeverity(int _nValue) noexcept : UVSeverity(_nValue) {}
+    UQSeverity() noexcept = default;
+    UQSeverity(const UVSeverity& _severity) noexcept : UVSeverity(_severity) {}
+    explicit UQSeverity(int _nValue) noexcept : UVSeverity(_nValue) {}
+    UQSeverity(const UQSeverity&) noexcept = default;
+    UQSeverity& operator=(const UQSeverity&) noexcept = default;
     UQSeverity& operator=(const UVSeverity& _severity) noexcept {
         m_nValue = _severity.mf_getValue();
         return *this;
     }
+    ~UQSeverity() override;
     void mf_setValue(int _nValue) noexcept { m_nValue = _nValue; }
 
     static const UQSeverity Info;

@@ -3,6 +3,7 @@
 #include "guibase/foundation/UQReport.h"
 
 #include <cstdlib>
+#include <new>
 
 namespace {
 
@@ -38,6 +39,17 @@ void sortItems(UQFileListItem::Array& items, int (*compare)(const void*, const v
 }
 
 } // namespace
+
+void* UQFileListItem::operator new(std::size_t bytes) {
+    void* memory = UQAllocation::mf_allocate(bytes);
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    return memory;
+}
+
+void UQFileListItem::operator delete(void* p) noexcept {
+    UQAllocation::mf_free(p);
+}
 
 UQFileListItem::UQFileListItem(const CString& path, std::uint32_t version, const UQFileSize& size,
                                const UQFileTime& lastWriteTime, const CString& result,

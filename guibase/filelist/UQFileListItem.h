@@ -22,6 +22,13 @@ public:
     UQFileListItem& operator=(const UQFileListItem&) = delete;
     virtual ~UQFileListItem();
 
+    // Items live in memory from UQAllocation so that lists can be tested for allocation failures; a plain
+    // `new` still throws std::bad_alloc when memory is short.
+    static void* operator new(std::size_t _nBytes);
+    static void* operator new(std::size_t, void* _pPlace) noexcept { return _pPlace; }
+    static void operator delete(void* _p) noexcept;
+    static void operator delete(void*, void*) noexcept {}
+
     const CString& mf_getPath() const noexcept { return m_sPath; }
     const CString& mf_getResult() const noexcept { return m_sResult; }
     const UQSeverity& mf_getSeverity() const noexcept { return m_severity; }

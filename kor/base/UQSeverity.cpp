@@ -1,5 +1,8 @@
 #include "interfaces/korbase.h"
 
+UVSeverity::~UVSeverity() = default;
+UQSeverity::~UQSeverity() = default;
+
 const UQSeverity UQSeverity::Info(UVSeverity::GREEN);
 const UQSeverity UQSeverity::Warning(UVSeverity::YELLOW);
 const UQSeverity UQSeverity::Error(UVSeverity::RED);
