@@ -247,10 +247,14 @@ public:
     static UVLogSink* mf_setSink(UVLogSink* _pSink) noexcept;
 };
 
-// The product log: one UTF-8 text file, a line per record, rotated by size.
+// The product log: one UTF-8 text file, a line per record, rotated by size. The file and its directories
+// are created by the first record; records from several threads never mix. When the file cannot be
+// written the record is lost and the next one tries again: writing never throws.
 class KORBASE_API UQLogFileSink : public UVLogSink {
 public:
-    // An empty path means mf_getDefaultPath().
+    // An empty path means mf_getDefaultPath(). A record that would take the file beyond _uMaxBytes (0: no
+    // limit) first moves it to path.1 (path.1 to path.2 and so on; path._nKeepFiles is dropped); with
+    // _nKeepFiles 0 the file starts afresh instead. A record larger than the limit gets a file of its own.
     explicit UQLogFileSink(const CString& _sPath = CString(), std::uint64_t _uMaxBytes = 4u << 20,
                            int _nKeepFiles = 3);
     UQLogFileSink(const UQLogFileSink&) = delete;
@@ -262,7 +266,10 @@ public:
     // KOR_LOG_FILE if set; else %LOCALAPPDATA%\Corvex\Stormex\Logs\korguibase.log on Windows and
     // $XDG_STATE_HOME (or ~/.local/state)/korguibase/korguibase.log elsewhere.
     static CString mf_getDefaultPath();
-    // "2024-03-07 14:05:09.250 E 1234 UQFileTime::operator_add: text", continuation lines indented.
+    // "2024-03-07 14:05:09.250 E 1234 UQFileTime::operator_add: text" (UTC, the level letter, the thread
+    // id, the operation or "-"), then each further line of the text (split at CR LF, LF or CR; trailing
+    // breaks dropped) indented by 24 blanks, so that only a record's first line starts with a digit. Other
+    // control characters but TAB become U+FFFD. Lines end in CR LF on Windows and LF elsewhere.
     static std::string mf_formatLine(const UQLogRecord& _record);
 
 private:
@@ -322,7 +329,8 @@ public:
     constexpr std::int64_t mf_getValue() const noexcept { return m_nBytes; }
     // The size as a signed decimal ("%I64d").
     CString mf_toString() const;
-    // Bytes, KB, MB, GB or TB with one decimal, e.g. "1.5 MB".
+    // Below 1024 "N Bytes" ("1 Byte"); above, KB, MB, GB or TB (1024-based) with one decimal rounded half
+    // up, e.g. "1.5 MB"; a value that rounds to 1024.0 of a unit is shown in the next one.
     CString mf_toDisplayString() const;
     friend bool operator==(const UQFileSize& _a, const UQFileSize& _b) noexcept {
         return _a.m_nBytes == _b.m_nBytes;
@@ -376,7 +384,8 @@ public:
 template <> KORGUIBASE_API void UQArray<CString, const CString&>::mf_sortPointerArray();
 
 // ---------------------------------------------------------------------------------------------------------
-// Paths: backslash-separated on every platform, as the product's paths are Windows paths.
+// Paths: backslash-separated on every platform, as the product's paths are Windows paths. A forward slash
+// is taken as a separator wherever a path is split or compared, as Windows does.
 
 class KORBASE_API UQPath {
 public:
@@ -386,26 +395,31 @@ public:
     operator const CString&() const noexcept { return m_sPath; }
     const CString& mf_getPath() const noexcept { return m_sPath; }
 
-    // "dir" + "sub" -> "dir\sub\"; the result always ends in one backslash.
+    // "dir" + "sub" -> "dir\sub\"; the result always ends in one backslash, whatever separators the two
+    // sides had at the joint. Either side may be empty; both empty give an empty result.
     static CString mf_appendDirectory(const CString& _sDirectory, const CString& _sSubDirectory);
-    // "dir" + "file" -> "dir\file", with exactly one backslash between them.
+    // "dir" + "file" -> "dir\file", with exactly one backslash between them; an empty directory gives the
+    // file alone.
     static CString mf_appendFile(const CString& _sDirectory, const CString& _sFile);
     // Forward slashes become backslashes, runs of backslashes one (a leading "\\" is kept), one trailing
-    // backslash is added.
+    // backslash is added. An empty path stays empty.
     static CString mf_normalizeDirectory(const CString& _sDirectory);
-    // Whether a file or directory of that name exists; an empty path does not.
+    // Whether a file or directory of that name exists; an empty path does not. Outside Windows the
+    // backslashes are read as slashes.
     static int mf_exists(const CString& _sPath);
-    // Everything up to and including the last backslash or the drive colon; empty when there is none.
+    // Everything up to and including the last backslash or the drive colon ("C:" at the start; a stream
+    // colon belongs to the file part); empty when there is none.
     static CString mf_getLocationPart(const CString& _sPath);
     // Everything after the last backslash or drive colon.
     static CString mf_getFilePart(const CString& _sPath);
-    // The extension in upper case followed by " File" ("TXT File"); empty when the file part has none.
+    // The extension (after the file part's last dot) in upper case followed by " File" ("TXT File"); empty
+    // when the file part has none or ends in the dot.
     static CString mf_getFileTypeName(const CString& _sPath);
     // "\\?\UNC\server\share\x" and "\\server\share\x" stay UNC ("\\server\share\x"); "\\?\C:\x" -> "C:\x";
-    // other paths come back normalised.
+    // other paths come back normalised (slashes turned, runs collapsed, no trailing backslash added).
     static CString mf_getUNCPath(const CString& _sPath);
-    // Case-blind, with '\' ordered before every other character so that a directory sorts before its
-    // siblings' names that extend it.
+    // Case-blind, with '\' (and '/', which compares equal to it) ordered before every other character so
+    // that a directory's contents sort before its siblings' names that extend it; a prefix sorts first.
     static int mf_compare(const CString& _sA, const CString& _sB) noexcept;
     int mf_compare(const UQPath& _other) const noexcept { return mf_compare(m_sPath, _other.m_sPath); }
     friend bool operator!=(const UQPath& _a, const UQPath& _b) noexcept { return _a.mf_compare(_b) != 0; }
@@ -418,29 +432,38 @@ private:
 // ---------------------------------------------------------------------------------------------------------
 // Numbers, dates and times in the configured formats
 
+// The configuration is one for the process; changing it while other threads format is safe.
 class KORBASE_API UQNumberFormatter {
 public:
-    // 1234567 -> "1,234,567" with the configured group separator.
+    // 1234567 -> "1,234,567" with the configured group separator; no grouping without a separator.
     static CString mf_formatNumber(std::int64_t _nNumber);
-    // Takes away group separators and blanks: "1,234 567" -> "1234567".
+    // Takes away the configured group separator and blanks (also no-break spaces): "1,234 567" -> "1234567".
     static CString mf_normalizeNumber(const CString& _sNumber);
-    // The date part of the file time in the configured date format, "FILETIME ERROR" if it has none.
+    // The date part of the file time (UTC, as kept) in the configured date format. A time that
+    // FileTimeToSystemTime refuses gives "FILETIME ERROR" and a LEVEL_E record
+    // "Failure converting FILETIME to SYSTEMTIME: %s" with the error's text; nothing is thrown.
     static CString mf_formatDate(const UQFileTime& _time);
+    // The time of day, as mf_formatDate does the date.
     static CString mf_formatTime(const UQFileTime& _time);
     // Date-time picker patterns: "yyyy-MM-dd" and "HH:mm:ss" unless configured otherwise.
     static CString mf_getConfiguredDateFormat();
     static CString mf_getConfiguredTimeFormat();
-    // Patterns use yyyy, yy, MM, M, dd, d, HH, H, hh, h, mm, ss, tt; the separator is one character.
+    // Patterns use yyyy, yy, y, MM, M, dd, d, HH, H, hh, h, mm, m, ss, s, tt ("AM"/"PM"), t ("A"/"P");
+    // text in single quotes is copied ('' is a quote), as are other characters. The group separator is one
+    // character, 0 for none. An empty pattern, or a digit or '-' as separator: _E_::Parameter, logged,
+    // and the configuration stays as it was.
     static void mf_configure(const CString& _sDateFormat, const CString& _sTimeFormat,
                              wchar_t _cGroupSeparator);
-    // Back to the defaults (or the KOR_DATE_FORMAT, KOR_TIME_FORMAT environment variables).
+    // Back to the defaults, or to the KOR_DATE_FORMAT, KOR_TIME_FORMAT and KOR_GROUP_SEPARATOR (one
+    // character, or "none") environment variables where they are set; also what the first use reads.
     static void mf_resetConfiguration();
 };
 
 // ---------------------------------------------------------------------------------------------------------
 // Cancellation
 
-// A shared cancel flag. Copies share the flag.
+// A shared cancel flag. Copies share the flag, which lives until the last copy goes; all operations are
+// safe from any thread.
 class KORBASE_API UQCancelSwitch {
 public:
     UQCancelSwitch();
@@ -451,8 +474,9 @@ public:
     // Marks the switch cancelled and wakes every waiter; answers 1 if this call cancelled it.
     virtual int mf_implTryCancel() noexcept;
     int mf_isCancelled() const noexcept;
-    // Waits until cancelled or the time-out (ms) passes; answers 1 when cancelled.
+    // Waits until cancelled or the time-out (ms, or INFINITE) passes; answers 1 when cancelled.
     int mf_waitCancelled(DWORD _dwMilliseconds) const noexcept;
+    // Clears the flag for every copy, so that the switch can be tripped again.
     void mf_reset() noexcept;
 
 private:
@@ -494,6 +518,8 @@ public:
     UQLinkedListItem() noexcept : m_pNext(this), m_pPrevious(this) {}
     UQLinkedListItem(const UQLinkedListItem&) noexcept : m_pNext(this), m_pPrevious(this) {}
     UQLinkedListItem& operator=(const UQLinkedListItem&) noexcept { return *this; }
+    // An item still in a list takes itself out of the chain; the list's count is then stale, so remove
+    // items before deleting them.
     virtual ~UQLinkedListItem();
 
     UQLinkedListItem* mf_getNext() const noexcept { return m_pNext; }
@@ -508,7 +534,11 @@ private:
 
 // A circular list around a sentinel. A list created with ownership deletes its items on
 // mf_clearList(1) and in its destructor. Copies hold copies of the items, made by the clone function the
-// list was given; copying a non-empty list that has none throws UQErrno::_E_::NotImplemented.
+// list was given, and own them; copying a non-empty list that has none throws
+// UQErrno::_E_::NotImplemented, a clone that comes back null _E_::Memory (both logged under
+// "UQLinkedList::mf_implCopyFrom"). A failed copy leaves no clones behind, and a failed assignment leaves
+// the target as it was. An item is in one list at a time: inserting a null or linked item, or after a
+// position in no list, is logged and ignored; removing an item in no list is logged as a warning.
 class KORBASE_API UQLinkedList {
 public:
     typedef UQLinkedListItem* (*CloneItem)(const UQLinkedListItem& _item);
@@ -520,16 +550,17 @@ public:
 
     void mf_addTail(UQLinkedListItem* _pItem) noexcept;
     void mf_addHead(UQLinkedListItem* _pItem) noexcept;
+    // A null position inserts at the head.
     void mf_insertAfter(UQLinkedListItem* _pPosition, UQLinkedListItem* _pItem) noexcept;
     void mf_remove(UQLinkedListItem* _pItem) noexcept;
-    // Null at the ends.
+    // Null at the ends, and for a null item.
     UQLinkedListItem* mf_getHead() const noexcept;
     UQLinkedListItem* mf_getTail() const noexcept;
     UQLinkedListItem* mf_getNext(const UQLinkedListItem* _pItem) const noexcept;
     UQLinkedListItem* mf_getPrevious(const UQLinkedListItem* _pItem) const noexcept;
     int mf_getCount() const noexcept { return m_nCount; }
     int mf_isEmpty() const noexcept { return m_nCount == 0; }
-    // Unlinks every item, deleting them when _bDelete is non-zero.
+    // Unlinks every item, deleting them when _bDelete is non-zero and the list owns its items.
     void mf_clearList(int _bDelete) noexcept;
 
 private:

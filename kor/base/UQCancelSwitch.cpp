@@ -1,0 +1,80 @@
+#include "interfaces/korbase.h"
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+
+// One flag for a switch and all its copies; the last copy to go deletes it.
+struct UQCancelSwitch::Shared {
+    std::atomic<long> nRefs{1};
+    std::atomic<bool> bCancelled{false};
+    std::mutex mutex;
+    std::condition_variable cond;
+
+    Shared* retain() noexcept {
+        nRefs.fetch_add(1, std::memory_order_relaxed);
+        return this;
+    }
+    void release() noexcept {
+        if (nRefs.fetch_sub(1, std::memory_order_acq_rel) == 1)
+            delete this;
+    }
+};
+
+UQCancelSwitch::UQCancelSwitch() : m_pShared(new Shared) {}
+
+UQCancelSwitch::UQCancelSwitch(const UQCancelSwitch& other) noexcept : m_pShared(other.m_pShared->retain()) {}
+
+UQCancelSwitch& UQCancelSwitch::operator=(const UQCancelSwitch& other) noexcept {
+    Shared* previous = m_pShared;
+    m_pShared = other.m_pShared->retain();
+    previous->release();
+    return *this;
+}
+
+UQCancelSwitch::~UQCancelSwitch() {
+    m_pShared->release();
+}
+
+int UQCancelSwitch::mf_implTryCancel() noexcept {
+    try {
+        {
+            std::lock_guard<std::mutex> lock(m_pShared->mutex);
+            if (m_pShared->bCancelled.load(std::memory_order_relaxed))
+                return 0;
+            m_pShared->bCancelled.store(true, std::memory_order_release);
+        }
+        m_pShared->cond.notify_all();
+        return 1;
+    } catch (...) {
+        // The mutex could not be taken: still mark the switch, the waiters see it at their time-out.
+        return m_pShared->bCancelled.exchange(true) ? 0 : 1;
+    }
+}
+
+int UQCancelSwitch::mf_isCancelled() const noexcept {
+    return m_pShared->bCancelled.load(std::memory_order_acquire);
+}
+
+int UQCancelSwitch::mf_waitCancelled(DWORD milliseconds) const noexcept {
+    try {
+        std::unique_lock<std::mutex> lock(m_pShared->mutex);
+        const auto cancelled = [this] { return m_pShared->bCancelled.load(std::memory_order_acquire); };
+        if (milliseconds == INFINITE)
+            m_pShared->cond.wait(lock, cancelled);
+        else
+            m_pShared->cond.wait_for(lock, std::chrono::milliseconds(milliseconds), cancelled);
+    } catch (...) {
+    }
+    return mf_isCancelled();
+}
+
+void UQCancelSwitch::mf_reset() noexcept {
+    try {
+        std::lock_guard<std::mutex> lock(m_pShared->mutex);
+        m_pShared->bCancelled.store(false, std::memory_order_release);
+    } catch (...) {
+        m_pShared->bCancelled.store(false, std::memory_order_release);
+    }
+}

@@ -1,0 +1,317 @@
+#include "interfaces/korbase.h"
+
+#include "compat/utf8.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <mutex>
+#include <string>
+
+#if !defined(_WIN32)
+#include <cerrno>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <sys/types.h>
+#include <unistd.h>
+#endif
+
+namespace {
+
+#if defined(_WIN32)
+const char* const kLineEnd = "\r\n";
+#else
+const char* const kLineEnd = "\n";
+#endif
+
+// Continuation lines start under the level letter, so that only a record's first line starts with a digit.
+const char* const kContinuation = "                        ";
+
+bool isSeparator(wchar_t c) noexcept {
+    return c == L'\\' || c == L'/';
+}
+
+// The value of an environment variable; empty when it is not set.
+CString environment(const wchar_t* name) {
+#if defined(_WIN32)
+    // GetEnvironmentVariableW sees changes that SetEnvironmentVariableW made after the CRT copied the block.
+    wchar_t buffer[1024];
+    const DWORD n = GetEnvironmentVariableW(name, buffer, 1024);
+    if (n == 0)
+        return CString();
+    if (n < 1024)
+        return CString(buffer, static_cast<int>(n));
+    CString value;
+    const DWORD m = GetEnvironmentVariableW(name, value.GetBuffer(static_cast<int>(n)), n);
+    value.ReleaseBuffer(m < n ? static_cast<int>(m) : 0);
+    return value;
+#else
+    const char* value = std::getenv(CString(name).ToUtf8().c_str());
+    return value != nullptr ? CString::FromUtf8(value) : CString();
+#endif
+}
+
+void appendUtf8Line(std::string& out, const wchar_t* text, int length) {
+    std::wstring clean(text, static_cast<std::size_t>(length));
+    for (wchar_t& c : clean) {
+        // Other control characters would break the one-line-per-record layout or confuse terminals.
+        if ((c < 0x20 && c != L'\t') || c == 0x7F)
+            c = 0xFFFD;
+    }
+    out += uqfmt::wideToUtf8(clean.data(), clean.size());
+}
+
+#if defined(_WIN32)
+typedef HANDLE FileHandle;
+const FileHandle kNoFile = INVALID_HANDLE_VALUE;
+
+void createDirectory(const CString& path) {
+    CreateDirectoryW(path, nullptr);
+}
+
+const DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+FileHandle openFile(const CString& path, bool truncate, std::uint64_t& size) {
+    if (truncate) {
+        // Emptying the file needs write access; the handle that is kept may only append.
+        const HANDLE t = CreateFileW(path, GENERIC_WRITE, kShareAll, nullptr, CREATE_ALWAYS,
+                                     FILE_ATTRIBUTE_NORMAL, nullptr);
+        if (t == INVALID_HANDLE_VALUE)
+            return kNoFile;
+        CloseHandle(t);
+    }
+    // Append-only access: every write lands at the end, even with other writers of the same file.
+    const HANDLE h = CreateFileW(path, FILE_APPEND_DATA | FILE_READ_ATTRIBUTES | SYNCHRONIZE, kShareAll,
+                                 nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (h == INVALID_HANDLE_VALUE)
+        return kNoFile;
+    LARGE_INTEGER li;
+    size = GetFileSizeEx(h, &li) ? static_cast<std::uint64_t>(li.QuadPart) : 0;
+    return h;
+}
+
+void closeFile(FileHandle h) {
+    CloseHandle(h);
+}
+
+bool writeFile(FileHandle h, const std::string& data) {
+    const char* p = data.data();
+    std::size_t rest = data.size();
+    while (rest > 0) {
+        DWORD written = 0;
+        const DWORD chunk = rest > 0x40000000u ? 0x40000000u : static_cast<DWORD>(rest);
+        if (!WriteFile(h, p, chunk, &written, nullptr) || written == 0)
+            return false;
+        p += written;
+        rest -= written;
+    }
+    return true;
+}
+
+void removeFile(const CString& path) {
+    DeleteFileW(path);
+}
+
+bool renameFile(const CString& from, const CString& to) {
+    return MoveFileExW(from, to, MOVEFILE_REPLACE_EXISTING) != FALSE ||
+           GetLastError() == ERROR_FILE_NOT_FOUND;
+}
+#else
+typedef std::FILE* FileHandle;
+FileHandle const kNoFile = nullptr;
+
+void createDirectory(const CString& path) {
+    ::mkdir(path.ToUtf8().c_str(), 0777);
+}
+
+FileHandle openFile(const CString& path, bool truncate, std::uint64_t& size) {
+    // "e": the descriptor does not leak into programs that this process starts.
+    std::FILE* f = std::fopen(path.ToUtf8().c_str(), truncate ? "wbe" : "abe");
+    if (f == nullptr)
+        return kNoFile;
+    std::fseek(f, 0, SEEK_END);
+    const long end = std::ftell(f);
+    size = end > 0 ? static_cast<std::uint64_t>(end) : 0;
+    return f;
+}
+
+void closeFile(FileHandle f) {
+    std::fclose(f);
+}
+
+bool writeFile(FileHandle f, const std::string& data) {
+    const bool ok = std::fwrite(data.data(), 1, data.size(), f) == data.size();
+    return std::fflush(f) == 0 && ok;
+}
+
+void removeFile(const CString& path) {
+    std::remove(path.ToUtf8().c_str());
+}
+
+bool renameFile(const CString& from, const CString& to) {
+    return std::rename(from.ToUtf8().c_str(), to.ToUtf8().c_str()) == 0 || errno == ENOENT;
+}
+#endif
+
+// Creates every directory above the file; failures show when the file itself cannot be opened.
+void createParents(const CString& path) {
+    for (int i = 1; i < path.GetLength(); ++i) {
+        if (isSeparator(path[i]) && !isSeparator(path[i - 1]))
+            createDirectory(path.Left(i));
+    }
+}
+
+CString numbered(const CString& path, int n) {
+    CString s;
+    s.Format(L"%s.%d", path, n);
+    return s;
+}
+
+} // namespace
+
+struct UQLogFileSink::Impl {
+    std::mutex mutex;
+    FileHandle file = kNoFile;
+    std::uint64_t size = 0;
+    std::uint64_t maxBytes = 0;
+    int keepFiles = 0;
+
+    bool open(const CString& path, bool truncate) {
+        file = openFile(path, truncate, size);
+        if (file == kNoFile) {
+            createParents(path);
+            file = openFile(path, truncate, size);
+        }
+        return file != kNoFile;
+    }
+
+    void close() {
+        if (file != kNoFile)
+            closeFile(file);
+        file = kNoFile;
+    }
+
+    // path.N is dropped, path.1 .. path.N-1 move up by one, the current file becomes path.1.
+    void rotate(const CString& path) {
+        close();
+        bool moved = true;
+        if (keepFiles > 0) {
+            removeFile(numbered(path, keepFiles));
+            for (int i = keepFiles - 1; i >= 1; --i)
+                renameFile(numbered(path, i), numbered(path, i + 1));
+            moved = renameFile(path, numbered(path, 1));
+        }
+        if (!open(path, keepFiles == 0))
+            return;
+        // When the file could not move (another program holds it without sharing), it goes on growing and
+        // the move is tried again after another maxBytes.
+        if (!moved)
+            size = 0;
+    }
+};
+
+UQLogFileSink::UQLogFileSink(const CString& path, std::uint64_t maxBytes, int keepFiles)
+    : m_pImpl(new Impl), m_sPath(path.IsEmpty() ? mf_getDefaultPath() : path) {
+    m_pImpl->maxBytes = maxBytes;
+    m_pImpl->keepFiles = keepFiles > 0 ? keepFiles : 0;
+}
+
+UQLogFileSink::~UQLogFileSink() {
+    m_pImpl->close();
+    delete m_pImpl;
+}
+
+void UQLogFileSink::mf_write(const UQLogRecord& record) noexcept {
+    try {
+        const std::string line = mf_formatLine(record);
+        std::lock_guard<std::mutex> lock(m_pImpl->mutex);
+        if (m_pImpl->file == kNoFile && !m_pImpl->open(m_sPath, false))
+            return; // the next record tries again
+        if (m_pImpl->maxBytes > 0 && m_pImpl->size > 0 && m_pImpl->size + line.size() > m_pImpl->maxBytes) {
+            m_pImpl->rotate(m_sPath);
+            if (m_pImpl->file == kNoFile)
+                return;
+        }
+        if (writeFile(m_pImpl->file, line)) {
+            m_pImpl->size += line.size();
+        } else {
+            // A broken handle (the volume went away, say) is reopened for the next record.
+            m_pImpl->close();
+        }
+    } catch (...) {
+        // Losing a record is all that may happen here.
+    }
+}
+
+CString UQLogFileSink::mf_getDefaultPath() {
+    const CString configured = environment(L"KOR_LOG_FILE");
+    if (!configured.IsEmpty())
+        return configured;
+#if defined(_WIN32)
+    CString base = environment(L"LOCALAPPDATA");
+    if (base.IsEmpty()) {
+        base = environment(L"USERPROFILE");
+        if (!base.IsEmpty()) {
+            base.TrimRight(L"\\/");
+            base += L"\\AppData\\Local";
+        }
+    }
+    if (base.IsEmpty()) {
+        wchar_t temp[MAX_PATH + 1];
+        const DWORD n = GetTempPathW(MAX_PATH + 1, temp);
+        base = n > 0 && n <= MAX_PATH ? CString(temp, static_cast<int>(n)) : CString(L"C:\\");
+    }
+    base.TrimRight(L"\\/");
+    return base + L"\\Corvex\\Stormex\\Logs\\korguibase.log";
+#else
+    CString base = environment(L"XDG_STATE_HOME");
+    // The XDG rules ignore a relative location.
+    if (base.IsEmpty() || base[0] != L'/') {
+        base = environment(L"HOME");
+        if (base.IsEmpty()) {
+            const passwd* pw = ::getpwuid(::getuid());
+            if (pw != nullptr && pw->pw_dir != nullptr)
+                base = CString::FromUtf8(pw->pw_dir);
+        }
+        if (base.IsEmpty())
+            base = L"/tmp";
+        base.TrimRight(L'/');
+        base += L"/.local/state";
+    }
+    base.TrimRight(L'/');
+    return base + L"/korguibase/korguibase.log";
+#endif
+}
+
+std::string UQLogFileSink::mf_formatLine(const UQLogRecord& record) {
+    SYSTEMTIME st;
+    const FILETIME ft = record.ftTime;
+    if (!FileTimeToSystemTime(&ft, &st))
+        st = SYSTEMTIME{0, 0, 0, 0, 0, 0, 0, 0};
+    const wchar_t* function =
+        record.pszFunction != nullptr && record.pszFunction[0] != 0 ? record.pszFunction : L"-";
+    const wchar_t level = record.pLevel != nullptr ? record.pLevel->mf_getLetter() : L'?';
+    const std::wstring head =
+        uqfmt::format(L"%4.4u-%2.2u-%2.2u %2.2u:%2.2u:%2.2u.%3.3u %c %lu %s: ", st.wYear, st.wMonth, st.wDay,
+                      st.wHour, st.wMinute, st.wSecond, st.wMilliseconds, level, record.dwThreadId, function);
+    std::string out;
+    appendUtf8Line(out, head.data(), static_cast<int>(head.size()));
+
+    // Line breaks of any kind (CR LF, LF, CR) end a line; trailing ones carry nothing.
+    const wchar_t* text = record.sText;
+    int length = record.sText.GetLength();
+    while (length > 0 && (text[length - 1] == L'\r' || text[length - 1] == L'\n'))
+        --length;
+    int start = 0;
+    for (int i = 0; i <= length; ++i) {
+        if (i < length && text[i] != L'\r' && text[i] != L'\n')
+            continue;
+        if (start > 0)
+            out += kContinuation;
+        appendUtf8Line(out, text + start, i - start);
+        out += kLineEnd;
+        if (i < length && text[i] == L'\r' && i + 1 < length && text[i + 1] == L'\n')
+            ++i;
+        start = i + 1;
+    }
+    return out;
+}

@@ -1,0 +1,252 @@
+#include "interfaces/korbase.h"
+
+#include <cstdlib>
+#include <mutex>
+
+namespace {
+
+const wchar_t* const kDefaultDateFormat = L"yyyy-MM-dd";
+const wchar_t* const kDefaultTimeFormat = L"HH:mm:ss";
+const wchar_t kDefaultGroupSeparator = L',';
+const wchar_t* const kFileTimeError = L"FILETIME ERROR";
+
+struct Configuration {
+    CString sDate;
+    CString sTime;
+    wchar_t cGroup = kDefaultGroupSeparator;
+    bool bLoaded = false;
+};
+
+std::mutex& configurationMutex() {
+    static std::mutex s_mutex;
+    return s_mutex;
+}
+
+Configuration& configuration() {
+    static Configuration s_configuration;
+    return s_configuration;
+}
+
+CString environment(const wchar_t* name) {
+#if defined(_WIN32)
+    wchar_t buffer[256];
+    const DWORD n = GetEnvironmentVariableW(name, buffer, 256);
+    return n > 0 && n < 256 ? CString(buffer, static_cast<int>(n)) : CString();
+#else
+    const char* value = std::getenv(CString(name).ToUtf8().c_str());
+    return value != nullptr ? CString::FromUtf8(value) : CString();
+#endif
+}
+
+// A digit or a minus sign would make formatted numbers ambiguous.
+bool isUsableSeparator(wchar_t c) noexcept {
+    return !(c >= L'0' && c <= L'9') && c != L'-';
+}
+
+// The defaults, or what KOR_DATE_FORMAT, KOR_TIME_FORMAT and KOR_GROUP_SEPARATOR say. Called under the lock.
+void loadDefaults(Configuration& c) {
+    c.sDate = environment(L"KOR_DATE_FORMAT");
+    if (c.sDate.IsEmpty())
+        c.sDate = kDefaultDateFormat;
+    c.sTime = environment(L"KOR_TIME_FORMAT");
+    if (c.sTime.IsEmpty())
+        c.sTime = kDefaultTimeFormat;
+    const CString group = environment(L"KOR_GROUP_SEPARATOR");
+    if (group.GetLength() == 1 && isUsableSeparator(group[0]))
+        c.cGroup = group[0];
+    else if (group == L"none")
+        c.cGroup = 0;
+    else
+        c.cGroup = kDefaultGroupSeparator;
+    c.bLoaded = true;
+}
+
+Configuration snapshot() {
+    std::lock_guard<std::mutex> lock(configurationMutex());
+    Configuration& c = configuration();
+    if (!c.bLoaded)
+        loadDefaults(c);
+    return c;
+}
+
+void appendNumber(CString& out, unsigned value, int digits) {
+    out.AppendFormat(L"%0*u", digits, value);
+}
+
+// Expands a date or time pattern with the fields of st. Text in single quotes is copied as it stands
+// ('' is one quote); characters that are no field letters are copied too.
+CString expandPattern(const CString& pattern, const SYSTEMTIME& st) {
+    CString out;
+    const int n = pattern.GetLength();
+    int i = 0;
+    while (i < n) {
+        const wchar_t c = pattern[i];
+        if (c == L'\'') {
+            ++i;
+            while (i < n) {
+                if (pattern[i] == L'\'') {
+                    if (i + 1 < n && pattern[i + 1] == L'\'') {
+                        out += L'\'';
+                        i += 2;
+                        continue;
+                    }
+                    ++i;
+                    break;
+                }
+                out += pattern[i++];
+            }
+            continue;
+        }
+        int run = 1;
+        while (i + run < n && pattern[i + run] == c)
+            ++run;
+        int used = run;
+        switch (c) {
+        case L'y':
+            if (run >= 4) {
+                appendNumber(out, st.wYear, 4);
+                used = 4;
+            } else if (run >= 2) {
+                appendNumber(out, st.wYear % 100, 2);
+                used = 2;
+            } else {
+                appendNumber(out, st.wYear % 10, 1);
+            }
+            break;
+        case L'M':
+            used = run >= 2 ? 2 : 1;
+            appendNumber(out, st.wMonth, used);
+            break;
+        case L'd':
+            used = run >= 2 ? 2 : 1;
+            appendNumber(out, st.wDay, used);
+            break;
+        case L'H':
+            used = run >= 2 ? 2 : 1;
+            appendNumber(out, st.wHour, used);
+            break;
+        case L'h':
+            used = run >= 2 ? 2 : 1;
+            appendNumber(out, st.wHour % 12 == 0 ? 12u : st.wHour % 12u, used);
+            break;
+        case L'm':
+            used = run >= 2 ? 2 : 1;
+            appendNumber(out, st.wMinute, used);
+            break;
+        case L's':
+            used = run >= 2 ? 2 : 1;
+            appendNumber(out, st.wSecond, used);
+            break;
+        case L't':
+            used = run >= 2 ? 2 : 1;
+            out += used == 2 ? (st.wHour < 12 ? L"AM" : L"PM") : (st.wHour < 12 ? L"A" : L"P");
+            break;
+        default:
+            used = 1;
+            out += c;
+            break;
+        }
+        i += used;
+    }
+    return out;
+}
+
+// Converts with FileTimeToSystemTime; a failure is logged under the caller's name.
+bool toSystemTime(const UQFileTime& time, SYSTEMTIME& st, const wchar_t* function) {
+    const FILETIME ft = time.mf_getFileTime();
+    SetLastError(0);
+    if (FileTimeToSystemTime(&ft, &st))
+        return true;
+    const UQErrno error(UQErrno::_E_::Conversion, static_cast<std::uint32_t>(GetLastError()));
+    UQThreadContext::mf_setLoggingLanguage();
+    UQLog::mf_writeMessage(UQLogData::LEVEL_E, function, L"Failure converting FILETIME to SYSTEMTIME: %s",
+                           error.mf_toString());
+    return false;
+}
+
+} // namespace
+
+CString UQNumberFormatter::mf_formatNumber(std::int64_t number) {
+    const wchar_t group = snapshot().cGroup;
+    // Through the unsigned magnitude, so that the smallest value has one too.
+    std::uint64_t magnitude = number < 0 ? static_cast<std::uint64_t>(0) - static_cast<std::uint64_t>(number)
+                                         : static_cast<std::uint64_t>(number);
+    wchar_t buffer[40];
+    int pos = 40;
+    int digits = 0;
+    do {
+        if (digits > 0 && digits % 3 == 0 && group != 0)
+            buffer[--pos] = group;
+        buffer[--pos] = static_cast<wchar_t>(L'0' + magnitude % 10);
+        magnitude /= 10;
+        ++digits;
+    } while (magnitude != 0);
+    if (number < 0)
+        buffer[--pos] = L'-';
+    return CString(buffer + pos, 40 - pos);
+}
+
+CString UQNumberFormatter::mf_normalizeNumber(const CString& number) {
+    const wchar_t group = snapshot().cGroup;
+    CString out;
+    for (int i = 0; i < number.GetLength(); ++i) {
+        const wchar_t c = number[i];
+        // No-break spaces are the group separators of many locales.
+        if ((group != 0 && c == group) || c == L' ' || c == L'\t' || c == 0x00A0 || c == 0x202F)
+            continue;
+        out += c;
+    }
+    return out;
+}
+
+CString UQNumberFormatter::mf_formatDate(const UQFileTime& time) {
+    static const wchar_t* const _sFunction_ = L"UQNumberFormatter::mf_formatDate";
+    SYSTEMTIME st;
+    if (!toSystemTime(time, st, _sFunction_))
+        return kFileTimeError;
+    return expandPattern(snapshot().sDate, st);
+}
+
+CString UQNumberFormatter::mf_formatTime(const UQFileTime& time) {
+    static const wchar_t* const _sFunction_ = L"UQNumberFormatter::mf_formatTime";
+    SYSTEMTIME st;
+    if (!toSystemTime(time, st, _sFunction_))
+        return kFileTimeError;
+    return expandPattern(snapshot().sTime, st);
+}
+
+CString UQNumberFormatter::mf_getConfiguredDateFormat() {
+    return snapshot().sDate;
+}
+
+CString UQNumberFormatter::mf_getConfiguredTimeFormat() {
+    return snapshot().sTime;
+}
+
+void UQNumberFormatter::mf_configure(const CString& dateFormat, const CString& timeFormat,
+                                     wchar_t groupSeparator) {
+    static const wchar_t* const _sFunction_ = L"UQNumberFormatter::mf_configure";
+    if (dateFormat.IsEmpty() || timeFormat.IsEmpty()) {
+        UQThreadContext::mf_setLoggingLanguage();
+        UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_, L"Empty format: date='%s', time='%s'",
+                               dateFormat, timeFormat);
+        throw UQErrno(UQErrno::_E_::Parameter);
+    }
+    if (groupSeparator != 0 && !isUsableSeparator(groupSeparator)) {
+        UQThreadContext::mf_setLoggingLanguage();
+        UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_, L"Group separator '%c' is not usable",
+                               groupSeparator);
+        throw UQErrno(UQErrno::_E_::Parameter);
+    }
+    std::lock_guard<std::mutex> lock(configurationMutex());
+    Configuration& c = configuration();
+    c.sDate = dateFormat;
+    c.sTime = timeFormat;
+    c.cGroup = groupSeparator;
+    c.bLoaded = true;
+}
+
+void UQNumberFormatter::mf_resetConfiguration() {
+    std::lock_guard<std::mutex> lock(configurationMutex());
+    loadDefaults(configuration());
+}
