@@ -1,0 +1,63 @@
+#include "FileListTable.h"
+
+#include <vector>
+
+namespace {
+
+const int kColumns = 5;
+const std::size_t kGap = 2;
+
+// Characters as a terminal counts them, near enough: code points, so a UTF-16 surrogate pair is one.
+std::size_t width(const CString& s) {
+    std::size_t n = 0;
+    for (int i = 0; i < s.GetLength(); ++i) {
+        const wchar_t c = s.GetString()[i];
+        if (sizeof(wchar_t) == 2 && c >= 0xDC00 && c <= 0xDFFF)
+            continue;
+        ++n;
+    }
+    return n;
+}
+
+} // namespace
+
+std::string FileListTable::mf_format(const UQFileListItem::Array& items) {
+    std::vector<std::vector<CString>> rows;
+    rows.reserve(static_cast<std::size_t>(items.GetSize()) + 1);
+    rows.push_back({L"Path", L"Versions", L"Selected version", L"Result", L"Severity"});
+    for (INT_PTR i = 0; i < items.GetSize(); ++i) {
+        const UQFileListItem* item = items[i];
+        rows.push_back({item->mf_getPath(), item->mf_getRangesDisplayString(),
+                        item->mf_getSelectedVersionDisplayString(), item->mf_getResult(),
+                        UVSeverity::mf_toString(item->mf_getSeverity())});
+    }
+
+    std::size_t widths[kColumns] = {};
+    for (const auto& row : rows) {
+        for (int c = 0; c < kColumns; ++c) {
+            const std::size_t w = width(row[c]);
+            if (w > widths[c])
+                widths[c] = w;
+        }
+    }
+
+    std::string text;
+    for (const auto& row : rows) {
+        std::string line;
+        std::size_t pending = 0;
+        for (int c = 0; c < kColumns; ++c) {
+            if (c > 0)
+                pending += kGap;
+            // Blanks are written only before further text, so no line ends in blanks.
+            if (!row[c].IsEmpty()) {
+                line.append(pending, ' ');
+                pending = 0;
+                line += row[c].ToUtf8();
+            }
+            pending += widths[c] - width(row[c]);
+        }
+        text += line;
+        text += '\n';
+    }
+    return text;
+}

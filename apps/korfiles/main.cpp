@@ -1,0 +1,71 @@
+// korfiles: prints the file versions of a text file as file list items. See docs/file-versions-format.md.
+#include "ConsoleOutput.h"
+#include "KorFilesTool.h"
+
+#include <algorithm>
+#include <vector>
+
+#if !defined(_WIN32)
+#include <climits>
+#include <unistd.h>
+#endif
+
+namespace {
+
+// Copied beside the program by the build.
+const wchar_t* const kSampleName = L"korfiles-sample.txt";
+
+// The directory of the running program, with its trailing separator; empty if it cannot be found.
+CString programDirectory() {
+#if defined(_WIN32)
+    std::vector<wchar_t> buffer(MAX_PATH);
+    for (;;) {
+        const DWORD n = GetModuleFileNameW(nullptr, buffer.data(), static_cast<DWORD>(buffer.size()));
+        if (n == 0)
+            return CString();
+        if (n < buffer.size()) {
+            const CString path(buffer.data(), static_cast<int>(n));
+            const int slash = std::max(path.ReverseFind(L'\\'), path.ReverseFind(L'/'));
+            return path.Left(slash + 1);
+        }
+        buffer.resize(buffer.size() * 2);
+    }
+#else
+    char buffer[PATH_MAX];
+    const ssize_t n = readlink("/proc/self/exe", buffer, sizeof buffer);
+    if (n <= 0 || static_cast<std::size_t>(n) >= sizeof buffer)
+        return CString();
+    const CString path = CString::FromUtf8(std::string(buffer, static_cast<std::size_t>(n)));
+    return path.Left(path.ReverseFind(L'/') + 1);
+#endif
+}
+
+int runTool(const std::vector<CString>& args) {
+    ConsoleOutput out(ConsoleOutput::STANDARD_OUTPUT);
+    ConsoleOutput err(ConsoleOutput::STANDARD_ERROR);
+    try {
+        return KorFilesTool::mf_run(args, programDirectory() + kSampleName, out, err);
+    } catch (...) {
+        err.mf_write("korfiles: out of memory\n");
+        return KorFilesTool::EXIT_INTERNAL_ERROR;
+    }
+}
+
+} // namespace
+
+#if defined(_WIN32)
+// The wide entry point, so that file names outside the ANSI code page arrive intact.
+int wmain(int argc, wchar_t** argv) {
+    std::vector<CString> args;
+    for (int i = 1; i < argc; ++i)
+        args.emplace_back(argv[i]);
+    return runTool(args);
+}
+#else
+int main(int argc, char** argv) {
+    std::vector<CString> args;
+    for (int i = 1; i < argc; ++i)
+        args.push_back(CString::FromUtf8(argv[i]));
+    return runTool(args);
+}
+#endif
