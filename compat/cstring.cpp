@@ -17,7 +17,9 @@ struct EmptyString {
 };
 EmptyString g_empty;
 
-wchar_t* emptyChars() noexcept { return g_empty.terminator; }
+wchar_t* emptyChars() noexcept {
+    return g_empty.terminator;
+}
 
 int lengthOf(const wchar_t* p) noexcept {
     if (p == nullptr)
@@ -42,6 +44,11 @@ bool isSpace(wchar_t c) noexcept {
            c == 0x3000;
 }
 
+// The ASCII part of AfxFoldLower, inline: sorting file lists spends its time comparing mostly-ASCII names.
+unsigned foldAsciiLower(unsigned u) noexcept {
+    return (u >= 'A' && u <= 'Z') ? u + 32 : u;
+}
+
 } // namespace
 
 static_assert(sizeof(CString) == sizeof(void*), "CString is relocatable as one pointer");
@@ -52,7 +59,8 @@ wchar_t AfxFoldLower(wchar_t c) noexcept {
         return (u >= 'A' && u <= 'Z') ? static_cast<wchar_t>(u + 32) : c;
     if (u >= 0xC0 && u <= 0xDE && u != 0xD7)
         return static_cast<wchar_t>(u + 32);
-    if (u >= 0x100 && u <= 0x137 && (u & 1) == 0)
+    // U+0130 (capital I with dot) is left alone: its lower case is the ASCII i, not U+0131.
+    if (u >= 0x100 && u <= 0x137 && (u & 1) == 0 && u != 0x130)
         return static_cast<wchar_t>(u + 1);
     if (u >= 0x139 && u <= 0x148 && (u & 1) == 1)
         return static_cast<wchar_t>(u + 1);
@@ -97,7 +105,9 @@ wchar_t AfxFoldUpper(wchar_t c) noexcept {
 }
 
 namespace uqfmt {
-Arg makeArg(const CString& s) { return makeArg(s.GetString()); }
+Arg makeArg(const CString& s) {
+    return makeArg(s.GetString());
+}
 } // namespace uqfmt
 
 CString::Data* CString::allocate(int n) {
@@ -131,9 +141,13 @@ CString::CString(const CString& s) noexcept : m_pszData(s.m_pszData) {
         d->nRefs.fetch_add(1, std::memory_order_relaxed);
 }
 
-CString::CString(CString&& s) noexcept : m_pszData(s.m_pszData) { s.m_pszData = emptyChars(); }
+CString::CString(CString&& s) noexcept : m_pszData(s.m_pszData) {
+    s.m_pszData = emptyChars();
+}
 
-CString::CString(PCXSTR psz) : m_pszData(emptyChars()) { assign(psz, lengthOf(psz)); }
+CString::CString(PCXSTR psz) : m_pszData(emptyChars()) {
+    assign(psz, lengthOf(psz));
+}
 
 CString::CString(PCXSTR pch, int n) : m_pszData(emptyChars()) {
     if (n < 0 || (pch == nullptr && n > 0))
@@ -155,7 +169,9 @@ CString::CString(const std::wstring& s) : m_pszData(emptyChars()) {
     assign(s.data(), static_cast<int>(s.size()));
 }
 
-CString::~CString() { release(header()); }
+CString::~CString() {
+    release(header());
+}
 
 CString& CString::operator=(const CString& s) noexcept {
     if (m_pszData != s.m_pszData) {
@@ -274,7 +290,9 @@ void CString::SetAt(int i, wchar_t ch) {
     m_pszData[i] = ch;
 }
 
-CString::PXSTR CString::GetBuffer() { return GetBuffer(0); }
+CString::PXSTR CString::GetBuffer() {
+    return GetBuffer(0);
+}
 
 CString::PXSTR CString::GetBuffer(int nMin) {
     if (nMin < 0)
@@ -330,12 +348,23 @@ int CString::CompareNoCase(PCXSTR psz) const noexcept {
     const wchar_t* a = m_pszData;
     const wchar_t* b = psz != nullptr ? psz : L"";
     for (;; ++a, ++b) {
-        const unsigned ca = static_cast<unsigned>(AfxFoldLower(*a));
-        const unsigned cb = static_cast<unsigned>(AfxFoldLower(*b));
+        unsigned ca = static_cast<unsigned>(*a);
+        unsigned cb = static_cast<unsigned>(*b);
+        if (ca == cb) {
+            // Equal code units fold alike: the long common prefixes of paths cost no folding.
+            if (ca == 0)
+                return 0;
+            continue;
+        }
+        if ((ca | cb) < 0x80) {
+            ca = foldAsciiLower(ca);
+            cb = foldAsciiLower(cb);
+        } else {
+            ca = static_cast<unsigned>(AfxFoldLower(*a));
+            cb = static_cast<unsigned>(AfxFoldLower(*b));
+        }
         if (ca != cb)
             return ca < cb ? -1 : 1;
-        if (ca == 0)
-            return 0;
     }
 }
 
@@ -426,9 +455,15 @@ CString& CString::TrimRight(PCXSTR set) {
     return *this;
 }
 
-CString& CString::Trim() { return TrimRight().TrimLeft(); }
-CString& CString::Trim(wchar_t ch) { return TrimRight(ch).TrimLeft(ch); }
-CString& CString::Trim(PCXSTR set) { return TrimRight(set).TrimLeft(set); }
+CString& CString::Trim() {
+    return TrimRight().TrimLeft();
+}
+CString& CString::Trim(wchar_t ch) {
+    return TrimRight(ch).TrimLeft(ch);
+}
+CString& CString::Trim(PCXSTR set) {
+    return TrimRight(set).TrimLeft(set);
+}
 
 int CString::Find(wchar_t ch, int start) const noexcept {
     if (start < 0 || start >= GetLength())
@@ -474,7 +509,9 @@ CString CString::Left(int n) const {
     return CString(m_pszData, n);
 }
 
-CString CString::Mid(int first) const { return Mid(first, GetLength()); }
+CString CString::Mid(int first) const {
+    return Mid(first, GetLength());
+}
 
 CString CString::Mid(int first, int count) const {
     if (first < 0)
@@ -500,6 +537,8 @@ CString CString::Right(int n) const {
 }
 
 int CString::Replace(wchar_t from, wchar_t to) {
+    if (from == to)
+        return 0; // MFC answers 0 without counting
     int count = 0;
     const int n = GetLength();
     for (int i = 0; i < n; ++i) {
@@ -547,7 +586,9 @@ int CString::Remove(wchar_t ch) {
     return n - w;
 }
 
-int CString::Insert(int i, wchar_t ch) { return Insert(i, CString(ch, 1)); }
+int CString::Insert(int i, wchar_t ch) {
+    return Insert(i, CString(ch, 1));
+}
 
 int CString::Insert(int i, PCXSTR psz) {
     const int n = GetLength();
@@ -570,7 +611,8 @@ int CString::Delete(int i, int count) {
     if (count > n - i)
         count = n - i;
     makeUnique(n);
-    std::memmove(m_pszData + i, m_pszData + i + count, static_cast<std::size_t>(n - i - count) * sizeof(wchar_t));
+    std::memmove(m_pszData + i, m_pszData + i + count,
+                 static_cast<std::size_t>(n - i - count) * sizeof(wchar_t));
     setLength(n - count);
     return GetLength();
 }
@@ -582,13 +624,23 @@ CString operator+(const CString& a, const CString& b) {
     r += b;
     return r;
 }
-CString operator+(const CString& a, CString::PCXSTR b) { return a + CString(b); }
-CString operator+(CString::PCXSTR a, const CString& b) { return CString(a) + b; }
-CString operator+(const CString& a, wchar_t b) { return a + CString(b, 1); }
-CString operator+(wchar_t a, const CString& b) { return CString(a, 1) + b; }
+CString operator+(const CString& a, CString::PCXSTR b) {
+    return a + CString(b);
+}
+CString operator+(CString::PCXSTR a, const CString& b) {
+    return CString(a) + b;
+}
+CString operator+(const CString& a, wchar_t b) {
+    return a + CString(b, 1);
+}
+CString operator+(wchar_t a, const CString& b) {
+    return CString(a, 1) + b;
+}
 
 std::string CString::ToUtf8() const {
     return uqfmt::wideToUtf8(m_pszData, static_cast<std::size_t>(GetLength()));
 }
 
-CString CString::FromUtf8(const std::string& s) { return CString(uqfmt::utf8ToWide(s.data(), s.size())); }
+CString CString::FromUtf8(const std::string& s) {
+    return CString(uqfmt::utf8ToWide(s.data(), s.size()));
+}

@@ -2,6 +2,7 @@
 
 #include "utf8.h"
 
+#include <climits>
 #include <cstdio>
 #include <cstring>
 #include <cwchar>
@@ -13,7 +14,7 @@ struct Spec {
     bool left = false, plus = false, space = false, alt = false, zero = false;
     int width = -1;
     int precision = -1;
-    int bits = 32; // integer width in bits: 16, 32 or 64
+    int bits = 32; // integer width in bits: 8, 16, 32 or 64
     bool narrowText = false;
     wchar_t conv = 0;
 };
@@ -22,16 +23,40 @@ const Arg* nextArg(const Arg* _pArgs, std::size_t _nArgs, std::size_t& _rIndex) 
     return _rIndex < _nArgs ? &_pArgs[_rIndex++] : nullptr;
 }
 
+// A floating-point value given to an integer conversion: cut toward zero, saturated at the 64-bit limits, NaN
+// as 0 (a plain cast would be undefined out of range).
+long long truncated(double d) {
+    if (d != d)
+        return 0;
+    if (d >= 9223372036854775807.0)
+        return LLONG_MAX;
+    if (d <= -9223372036854775808.0)
+        return LLONG_MIN;
+    return static_cast<long long>(d);
+}
+
 long long signedValue(const Arg& a, int bits) {
     unsigned long long raw = 0;
     switch (a.kind) {
-    case Arg::SIGNED: raw = static_cast<unsigned long long>(a.i); break;
+    case Arg::SIGNED:
+        raw = static_cast<unsigned long long>(a.i);
+        break;
     case Arg::UNSIGNED:
-    case Arg::WIDE_CHAR: raw = a.u; break;
-    case Arg::POINTER: raw = reinterpret_cast<std::uintptr_t>(a.p); break;
-    case Arg::FLOAT: raw = static_cast<unsigned long long>(static_cast<long long>(a.d)); break;
-    default: raw = 0; break;
+    case Arg::WIDE_CHAR:
+        raw = a.u;
+        break;
+    case Arg::POINTER:
+        raw = reinterpret_cast<std::uintptr_t>(a.p);
+        break;
+    case Arg::FLOAT:
+        raw = static_cast<unsigned long long>(truncated(a.d));
+        break;
+    default:
+        raw = 0;
+        break;
     }
+    if (bits == 8)
+        return static_cast<signed char>(raw & 0xFFu);
     if (bits == 16)
         return static_cast<short>(raw & 0xFFFFu);
     if (bits == 32)
@@ -41,6 +66,8 @@ long long signedValue(const Arg& a, int bits) {
 
 unsigned long long unsignedValue(const Arg& a, int bits) {
     const unsigned long long raw = static_cast<unsigned long long>(signedValue(a, 64));
+    if (bits == 8)
+        return raw & 0xFFu;
     if (bits == 16)
         return raw & 0xFFFFu;
     if (bits == 32)
@@ -157,21 +184,33 @@ void emitText(std::wstring& out, const Spec& s, const Arg* a) {
 }
 
 void emitChar(std::wstring& out, const Spec& s, const Arg* a) {
+    // %C and %hc take a narrow character, %c and %lc a wide one.
+    const bool narrow = s.conv == L'C' || s.narrowText;
     wchar_t c = 0;
     if (a != nullptr) {
         if (a->kind == Arg::WIDE_TEXT)
             c = a->ws != nullptr ? a->ws[0] : 0;
         else if (a->kind == Arg::NARROW_TEXT)
             c = a->s != nullptr ? static_cast<wchar_t>(static_cast<unsigned char>(a->s[0])) : 0;
+        else if (narrow)
+            c = static_cast<wchar_t>(unsignedValue(*a, 8));
+        else if (a->kind == Arg::WIDE_CHAR)
+            c = static_cast<wchar_t>(a->u); // already a wchar_t of this platform
         else
-            c = static_cast<wchar_t>(unsignedValue(*a, s.conv == L'C' ? 16 : 32) & (s.conv == L'C' ? 0xFFu : 0xFFFFu));
+            c = static_cast<wchar_t>(unsignedValue(*a, 16)); // a number is cut to a Windows wchar_t
     }
     const std::wstring body(1, c);
     emitField(out, s, std::wstring(), body, false);
 }
 
 void emitPointer(std::wstring& out, const Spec& s, const Arg* a) {
-    const unsigned long long v = a ? unsignedValue(*a, 64) : 0;
+    unsigned long long v = 0;
+    if (a != nullptr && a->kind == Arg::WIDE_TEXT)
+        v = reinterpret_cast<std::uintptr_t>(a->ws); // the address of the text, as Windows shows it
+    else if (a != nullptr && a->kind == Arg::NARROW_TEXT)
+        v = reinterpret_cast<std::uintptr_t>(a->s);
+    else if (a != nullptr)
+        v = unsignedValue(*a, 64);
     wchar_t buf[24];
     std::swprintf(buf, 24, L"%016llX", v);
     emitField(out, s, std::wstring(), buf, false);
@@ -217,14 +256,17 @@ void emitFloat(std::wstring& out, const Spec& s, const Arg* a) {
         out += static_cast<wchar_t>(static_cast<unsigned char>(buf[i]));
 }
 
+// Widths and precisions are limited to kMaxField, written or taken from an argument alike.
+constexpr int kMaxField = 100000;
+
 int readNumber(const wchar_t*& p) {
     long long n = 0;
     while (*p >= L'0' && *p <= L'9') {
-        if (n < 100000)
+        if (n <= kMaxField)
             n = n * 10 + (*p - L'0');
         ++p;
     }
-    return static_cast<int>(n);
+    return static_cast<int>(n > kMaxField ? kMaxField : n);
 }
 
 } // namespace
@@ -271,7 +313,7 @@ void formatInto(std::wstring& out, const wchar_t* fmt, const Arg* args, std::siz
                 s.left = true;
                 v = -v;
             }
-            s.width = static_cast<int>(v > 100000 ? 100000 : v);
+            s.width = static_cast<int>(v > kMaxField ? kMaxField : v);
         } else {
             if (*p >= L'1' && *p <= L'9')
                 s.width = readNumber(p);
@@ -282,7 +324,7 @@ void formatInto(std::wstring& out, const wchar_t* fmt, const Arg* args, std::siz
                 ++p;
                 const Arg* w = nextArg(args, nArgs, argIndex);
                 const long long v = w ? signedValue(*w, 32) : 0;
-                s.precision = v < 0 ? -1 : static_cast<int>(v > 100000 ? 100000 : v);
+                s.precision = v < 0 ? -1 : static_cast<int>(v > kMaxField ? kMaxField : v);
             } else {
                 s.precision = readNumber(p);
             }
@@ -301,7 +343,7 @@ void formatInto(std::wstring& out, const wchar_t* fmt, const Arg* args, std::siz
             s.bits = 64;
             p += 2;
         } else if (p[0] == L'h' && p[1] == L'h') {
-            s.bits = 16;
+            s.bits = 8;
             s.narrowText = true;
             p += 2;
         } else if (p[0] == L'l' || p[0] == L'w') {
@@ -324,7 +366,8 @@ void formatInto(std::wstring& out, const wchar_t* fmt, const Arg* args, std::siz
         ++p;
         const bool takesArg = std::wcschr(L"diuxXosScCpfFeEgGaAn", s.conv) != nullptr;
         if (!takesArg) {
-            out.append(start, static_cast<std::size_t>(p - start)); // an unknown conversion is written as it stands
+            out.append(start,
+                       static_cast<std::size_t>(p - start)); // an unknown conversion is written as it stands
             continue;
         }
         const Arg* a = nextArg(args, nArgs, argIndex);

@@ -1,0 +1,117 @@
+// UTF-8 <-> wide text. wchar_t is UTF-16 on Windows and UTF-32 elsewhere; the UTF-8 side is the same.
+#include "compat/afx.h"
+#include "compat/utf8.h"
+
+#include "support/LogCheck.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+std::wstring toWide(const std::string& s) {
+    return uqfmt::utf8ToWide(s.data(), s.size());
+}
+std::string toUtf8(const std::wstring& s) {
+    return uqfmt::wideToUtf8(s.data(), s.size());
+}
+
+const std::wstring kReplacement(1, static_cast<wchar_t>(0xFFFD));
+
+} // namespace
+
+TEST(Utf8Decode, AsciiIsUnchanged) {
+    EXPECT_EQ(L"plain text 123", toWide("plain text 123"));
+    EXPECT_EQ(L"", toWide(""));
+}
+
+TEST(Utf8Decode, TwoThreeAndFourByteSequences) {
+    EXPECT_EQ(L"\u00e4", toWide("\xC3\xA4"));
+    EXPECT_EQ(L"\u20ac", toWide("\xE2\x82\xAC"));
+    EXPECT_EQ(L"\U0001F600", toWide("\xF0\x9F\x98\x80")); // a surrogate pair on Windows, one unit elsewhere
+    EXPECT_EQ(L"\U0010FFFF", toWide("\xF4\x8F\xBF\xBF"));
+}
+
+TEST(Utf8Decode, EmbeddedZeroIsKept) {
+    const std::string in("a\0b", 3);
+    EXPECT_EQ(std::wstring(L"a\0b", 3), toWide(in));
+}
+
+TEST(Utf8Decode, EveryInvalidByteBecomesOneReplacementCharacter) {
+    // A continuation byte with no lead.
+    EXPECT_EQ(L"a" + kReplacement + L"b", toWide("a\x80"
+                                                 "b"));
+    // Bytes that never occur in UTF-8.
+    EXPECT_EQ(kReplacement + kReplacement, toWide("\xFE\xFF"));
+    // An overlong encoding of '/': the lead and then the continuation byte.
+    EXPECT_EQ(kReplacement + kReplacement, toWide("\xC0\xAF"));
+    // An encoded surrogate.
+    EXPECT_EQ(kReplacement + kReplacement + kReplacement, toWide("\xED\xA0\x80"));
+    // Beyond U+10FFFF.
+    EXPECT_EQ(std::wstring(4, static_cast<wchar_t>(0xFFFD)), toWide("\xF4\x90\x80\x80"));
+    // A lead byte whose sequence is cut by the next character.
+    EXPECT_EQ(kReplacement + L"A", toWide("\xE2"
+                                          "A"));
+}
+
+TEST(Utf8Decode, ASequenceCutByTheEndOfTheText) {
+    EXPECT_EQ(L"x" + kReplacement + kReplacement, toWide("x\xE2\x82"));
+    EXPECT_EQ(L"x" + kReplacement, toWide("x\xC3"));
+}
+
+TEST(Utf8Decode, CountedTextStopsAtTheCount) {
+    const char text[] = "abc\xC3\xA4zzz";
+    EXPECT_EQ(L"abc\u00e4", uqfmt::utf8ToWide(text, 5));
+}
+
+TEST(Utf8Encode, AsciiTwoThreeAndFourBytes) {
+    EXPECT_EQ("plain", toUtf8(L"plain"));
+    EXPECT_EQ("\xC3\xA4", toUtf8(L"\u00e4"));
+    EXPECT_EQ("\xDF\xBF", toUtf8(L"\u07ff"));
+    EXPECT_EQ("\xE0\xA0\x80", toUtf8(L"\u0800"));
+    EXPECT_EQ("\xE2\x82\xAC", toUtf8(L"\u20ac"));
+    EXPECT_EQ("\xEF\xBF\xBF", toUtf8(L"\uffff"));
+    EXPECT_EQ("\xF0\x9F\x98\x80", toUtf8(L"\U0001F600"));
+}
+
+TEST(Utf8Encode, ALoneSurrogateBecomesTheReplacementCharacter) {
+    const std::wstring high(1, static_cast<wchar_t>(0xD83D));
+    const std::wstring low(1, static_cast<wchar_t>(0xDE00));
+    EXPECT_EQ("\xEF\xBF\xBD", toUtf8(high));
+    EXPECT_EQ("a\xEF\xBF\xBD"
+              "b",
+              toUtf8(L"a" + low + L"b"));
+    EXPECT_EQ("\xEF\xBF\xBD"
+              "b",
+              toUtf8(high + L"b"));
+}
+
+TEST(Utf8Encode, EmbeddedZeroIsKept) {
+    EXPECT_EQ(std::string("a\0b", 3), toUtf8(std::wstring(L"a\0b", 3)));
+}
+
+TEST(Utf8RoundTrip, EveryBasicPlaneCharacterOutsideTheSurrogates) {
+    std::wstring all;
+    for (unsigned c = 1; c < 0x10000; ++c)
+        if (c < 0xD800 || c > 0xDFFF)
+            all += static_cast<wchar_t>(c);
+    const std::string encoded = toUtf8(all);
+    EXPECT_EQ(all, toWide(encoded));
+}
+
+TEST(Utf8RoundTrip, SupplementaryPlaneCharacters) {
+    const std::wstring text(L"\U00010000 \U0001F600 \U0010FFFF");
+    EXPECT_EQ(text, toWide(toUtf8(text)));
+}
+
+TEST(Utf8CString, ToUtf8AndFromUtf8) {
+    const CString s(L"Gr\u00fc\u00dfe \u20ac");
+    EXPECT_EQ("Gr\xC3\xBC\xC3\x9F"
+              "e \xE2\x82\xAC",
+              s.ToUtf8());
+    EXPECT_EQ(s, CString::FromUtf8("Gr\xC3\xBC\xC3\x9F"
+                                   "e \xE2\x82\xAC"));
+    EXPECT_TRUE(CString::FromUtf8("").IsEmpty());
+    EXPECT_EQ("", CString().ToUtf8());
+}
