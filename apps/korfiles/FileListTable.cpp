@@ -4,7 +4,6 @@
 
 namespace {
 
-const int kColumns = 5;
 const std::size_t kGap = 2;
 
 // Characters as a terminal counts them, near enough: code points, so a UTF-16 surrogate pair is one.
@@ -19,22 +18,14 @@ std::size_t width(const CString& s) {
     return n;
 }
 
-} // namespace
+using Row = std::vector<CString>;
 
-std::string FileListTable::mf_format(const UQFileListItem::Array& items) {
-    std::vector<std::vector<CString>> rows;
-    rows.reserve(static_cast<std::size_t>(items.GetSize()) + 1);
-    rows.push_back({L"Path", L"Versions", L"Selected version", L"Result", L"Severity"});
-    for (INT_PTR i = 0; i < items.GetSize(); ++i) {
-        const UQFileListItem* item = items[i];
-        rows.push_back({item->mf_getPath(), item->mf_getRangesDisplayString(),
-                        item->mf_getSelectedVersionDisplayString(), item->mf_getResult(),
-                        UVSeverity::mf_toString(item->mf_getSeverity())});
-    }
-
-    std::size_t widths[kColumns] = {};
-    for (const auto& row : rows) {
-        for (int c = 0; c < kColumns; ++c) {
+// Every row has the header's number of columns.
+std::string alignColumns(const std::vector<Row>& rows) {
+    const std::size_t columns = rows.front().size();
+    std::vector<std::size_t> widths(columns, 0);
+    for (const Row& row : rows) {
+        for (std::size_t c = 0; c < columns; ++c) {
             const std::size_t w = width(row[c]);
             if (w > widths[c])
                 widths[c] = w;
@@ -42,10 +33,10 @@ std::string FileListTable::mf_format(const UQFileListItem::Array& items) {
     }
 
     std::string text;
-    for (const auto& row : rows) {
+    for (const Row& row : rows) {
         std::string line;
         std::size_t pending = 0;
-        for (int c = 0; c < kColumns; ++c) {
+        for (std::size_t c = 0; c < columns; ++c) {
             if (c > 0)
                 pending += kGap;
             // Blanks are written only before further text, so no line ends in blanks.
@@ -60,4 +51,31 @@ std::string FileListTable::mf_format(const UQFileListItem::Array& items) {
         text += '\n';
     }
     return text;
+}
+
+} // namespace
+
+std::string FileListTable::mf_format(const UQFileListItem::Array& items) {
+    std::vector<Row> rows;
+    rows.reserve(static_cast<std::size_t>(items.GetSize()) + 1);
+    rows.push_back({L"Path", L"Versions", L"Selected version", L"Result", L"Severity"});
+    for (INT_PTR i = 0; i < items.GetSize(); ++i) {
+        const UQFileListItem* item = items[i];
+        rows.push_back({item->mf_getPath(), item->mf_getRangesDisplayString(),
+                        item->mf_getSelectedVersionDisplayString(), item->mf_getResult(),
+                        UVSeverity::mf_toString(item->mf_getSeverity())});
+    }
+    return alignColumns(rows);
+}
+
+std::string FileListTable::mf_formatListing(const UQFileListItem::Array& items) {
+    std::vector<Row> rows;
+    rows.reserve(static_cast<std::size_t>(items.GetSize()) + 1);
+    rows.push_back({L"Path", L"Versions", L"Result", L"Severity"});
+    for (INT_PTR i = 0; i < items.GetSize(); ++i) {
+        const UQFileListItem* item = items[i];
+        rows.push_back({item->mf_getPath(), item->mf_getRangesDisplayString(), item->mf_getResult(),
+                        UVSeverity::mf_toString(item->mf_getSeverity())});
+    }
+    return alignColumns(rows);
 }

@@ -45,13 +45,8 @@ const UQFileListItem* FileVersionList::mf_find(const CString& path) {
     return UQFileListItem::mf_findByPath(path, m_items, 1);
 }
 
-void FileVersionList::mf_getSorted(UQFileListItem::Array& items, SortKey key, int bAscending) const {
+void FileVersionList::mf_getSorted(UQFileListItem::Array& items, FileListOrder::Key key,
+                                   int bAscending) const {
     items.Copy(m_items);
-    // An empty array would only earn a warning in the log.
-    if (items.IsEmpty())
-        return;
-    if (key == BY_RESULT)
-        UQFileListItem::mf_sortByResult(items, bAscending);
-    else
-        UQFileListItem::mf_sortByPath(items, bAscending);
+    FileListOrder::mf_sort(items, key, bAscending);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "FileListOrder.h"
 #include "FileVersionRecord.h"
 
 #include "guibase/filelist/UQFileListItem.h"
@@ -12,8 +13,6 @@
 // The list owns its items.
 class FileVersionList {
 public:
-    enum SortKey { BY_PATH, BY_RESULT };
-
     FileVersionList() = default;
     FileVersionList(const FileVersionList&) = delete;
     FileVersionList& operator=(const FileVersionList&) = delete;
@@ -28,7 +27,7 @@ public:
     // The item of exactly that path (case-sensitive), or null.
     const UQFileListItem* mf_find(const CString& _sPath);
     // Replaces what _rItems holds with the items in the asked order; the list keeps ownership.
-    void mf_getSorted(UQFileListItem::Array& _rItems, SortKey _key, int _bAscending) const;
+    void mf_getSorted(UQFileListItem::Array& _rItems, FileListOrder::Key _key, int _bAscending) const;
 
 private:
     // Ascending by path at all times, so that a path is found by halving.

@@ -4,6 +4,7 @@
 #include "FileVersionList.h"
 #include "FileVersionReader.h"
 #include "MalformedLines.h"
+#include "MigrationListing.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -12,15 +13,52 @@
 
 namespace {
 
-const char* const kUsage = "Usage: korfiles [--sort=path|result] [--descending] [FILE]\n";
+const char* const kUsage =
+    "Usage: korfiles [--sort=path|result] [--descending] [FILE]\n"
+    "       korfiles --listing[=FILE] [--no-stubs] [--skip=info,warning,error] [--sort=path|result]\n"
+    "                [--descending]\n";
 
 struct Options {
-    FileVersionList::SortKey key = FileVersionList::BY_PATH;
+    FileListOrder::Key key = FileListOrder::BY_PATH;
     int bAscending = 1;
     bool bHelp = false;
+    bool bListing = false;
+    MigrationListing::Filter filter;
+    // The first option that filters a listing, to name it when no listing is read.
+    CString sFilterOption;
     CString sInput;
     bool bHasInput = false;
 };
+
+// Answers an empty string when the input is taken, else what is wrong.
+std::string takeInput(const CString& input, Options& options) {
+    if (options.bHasInput)
+        return "only one file may be given, not both '" + options.sInput.ToUtf8() + "' and '" +
+               input.ToUtf8() + "'";
+    options.sInput = input;
+    options.bHasInput = true;
+    return std::string();
+}
+
+// The severities of a --skip option: one or more of info, warning and error, separated by commas.
+int parseSkip(const CString& list, MigrationListing::Filter& filter) {
+    int start = 0;
+    for (;;) {
+        const int comma = list.Find(L',', start);
+        const CString word = comma < 0 ? list.Mid(start) : list.Mid(start, comma - start);
+        if (word == L"info")
+            filter.bSkipInformation = 1;
+        else if (word == L"warning")
+            filter.bSkipWarning = 1;
+        else if (word == L"error")
+            filter.bSkipError = 1;
+        else
+            return 0;
+        if (comma < 0)
+            return 1;
+        start = comma + 1;
+    }
+}
 
 // Answers an empty string when the arguments are good, else the one line that says what is wrong.
 std::string parseOptions(const std::vector<CString>& args, Options& options) {
@@ -34,46 +72,47 @@ std::string parseOptions(const std::vector<CString>& args, Options& options) {
             } else if (arg == L"--descending") {
                 options.bAscending = 0;
             } else if (arg == L"--sort=path") {
-                options.key = FileVersionList::BY_PATH;
+                options.key = FileListOrder::BY_PATH;
             } else if (arg == L"--sort=result") {
-                options.key = FileVersionList::BY_RESULT;
+                options.key = FileListOrder::BY_RESULT;
             } else if (arg == L"--sort" || arg.Left(7) == L"--sort=") {
                 return "--sort needs path or result, as in --sort=result, not '" + arg.ToUtf8() + "'";
+            } else if (arg == L"--listing") {
+                options.bListing = true;
+            } else if (arg.Left(10) == L"--listing=") {
+                if (arg.GetLength() == 10)
+                    return "--listing= needs a file name, as in --listing=listing.txt";
+                options.bListing = true;
+                const std::string problem = takeInput(arg.Mid(10), options);
+                if (!problem.empty())
+                    return problem;
+            } else if (arg == L"--no-stubs") {
+                options.filter.bSkipStubFiles = 1;
+                if (options.sFilterOption.IsEmpty())
+                    options.sFilterOption = arg;
+            } else if (arg == L"--skip" || arg.Left(7) == L"--skip=") {
+                if (arg.GetLength() <= 7 || !parseSkip(arg.Mid(7), options.filter))
+                    return "--skip needs info, warning or error, several separated by commas, as in "
+                           "--skip=info,warning, not '" +
+                           arg.ToUtf8() + "'";
+                if (options.sFilterOption.IsEmpty())
+                    options.sFilterOption = arg;
             } else {
                 return "unknown option '" + arg.ToUtf8() + "'";
             }
             continue;
         }
-        if (options.bHasInput)
-            return "only one file may be given, not both '" + options.sInput.ToUtf8() + "' and '" +
-                   arg.ToUtf8() + "'";
-        options.sInput = arg;
-        options.bHasInput = true;
+        const std::string problem = takeInput(arg, options);
+        if (!problem.empty())
+            return problem;
     }
+    if (!options.bListing && !options.sFilterOption.IsEmpty())
+        return "'" + options.sFilterOption.ToUtf8() + "' filters a listing and needs --listing";
     return std::string();
 }
 
-int run(const std::vector<CString>& args, const CString& defaultInput, TextOutput& out, TextOutput& err) {
-    Options options;
-    const std::string usageError = parseOptions(args, options);
-    if (!usageError.empty()) {
-        err.mf_write("korfiles: " + usageError + "\n" + kUsage);
-        return KorFilesTool::EXIT_BAD_USAGE;
-    }
-    if (options.bHelp) {
-        out.mf_write(KorFilesTool::mf_getHelp(defaultInput));
-        return KorFilesTool::EXIT_ALL_READ;
-    }
-
-    const CString input = options.bHasInput ? options.sInput : defaultInput;
-    const std::string inputName = input.ToUtf8();
-    std::string text;
-    std::string reason;
-    if (!KorFilesTool::mf_readFile(input, text, reason)) {
-        err.mf_write("korfiles: cannot read '" + inputName + "': " + reason + "\n");
-        return KorFilesTool::EXIT_UNREADABLE;
-    }
-
+int runFileVersions(const std::string& text, const Options& options, const std::string& inputName,
+                    TextOutput& out, TextOutput& err) {
     MalformedLines problems;
     std::vector<FileVersionRecord> records;
     FileVersionReader::mf_read(text, records, problems);
@@ -91,12 +130,54 @@ int run(const std::vector<CString>& args, const CString& defaultInput, TextOutpu
     return problems.mf_getCount() > 0 ? KorFilesTool::EXIT_LINES_SKIPPED : KorFilesTool::EXIT_ALL_READ;
 }
 
+int runListing(const std::string& text, const Options& options, const CString& input, TextOutput& out,
+               TextOutput& err) {
+    MigrationListing listing;
+    const std::vector<UQErrno> skipped = listing.mf_read(text, input);
+    // The reader's own words, which already name the file and the line.
+    for (const UQErrno& e : skipped)
+        err.mf_write(e.mf_getDetail().ToUtf8() + "\n");
+
+    UQFileListItem::Array items;
+    listing.mf_getItems(items, options.filter, options.key, options.bAscending);
+    out.mf_write(FileListTable::mf_formatListing(items));
+    return skipped.empty() ? KorFilesTool::EXIT_ALL_READ : KorFilesTool::EXIT_LINES_SKIPPED;
+}
+
+int run(const std::vector<CString>& args, const CString& defaultInput, const CString& defaultListing,
+        TextOutput& out, TextOutput& err) {
+    Options options;
+    const std::string usageError = parseOptions(args, options);
+    if (!usageError.empty()) {
+        err.mf_write("korfiles: " + usageError + "\n" + kUsage);
+        return KorFilesTool::EXIT_BAD_USAGE;
+    }
+    if (options.bHelp) {
+        out.mf_write(KorFilesTool::mf_getHelp(defaultInput, defaultListing));
+        return KorFilesTool::EXIT_ALL_READ;
+    }
+
+    const CString input = options.bHasInput  ? options.sInput
+                          : options.bListing ? defaultListing
+                                             : defaultInput;
+    const std::string inputName = input.ToUtf8();
+    std::string text;
+    std::string reason;
+    if (!KorFilesTool::mf_readFile(input, text, reason)) {
+        err.mf_write("korfiles: cannot read '" + inputName + "': " + reason + "\n");
+        return KorFilesTool::EXIT_UNREADABLE;
+    }
+    if (options.bListing)
+        return runListing(text, options, input, out, err);
+    return runFileVersions(text, options, inputName, out, err);
+}
+
 } // namespace
 
-int KorFilesTool::mf_run(const std::vector<CString>& args, const CString& defaultInput, TextOutput& out,
-                         TextOutput& err) noexcept {
+int KorFilesTool::mf_run(const std::vector<CString>& args, const CString& defaultInput,
+                         const CString& defaultListing, TextOutput& out, TextOutput& err) noexcept {
     try {
-        return run(args, defaultInput, out, err);
+        return run(args, defaultInput, defaultListing, out, err);
     } catch (const UQErrno& e) {
         err.mf_write("korfiles: " + e.mf_toString().ToUtf8() + "\n");
     } catch (const std::bad_alloc&) {
@@ -137,7 +218,7 @@ int KorFilesTool::mf_readFile(const CString& path, std::string& text, std::strin
     return 1;
 }
 
-std::string KorFilesTool::mf_getHelp(const CString& defaultInput) {
+std::string KorFilesTool::mf_getHelp(const CString& defaultInput, const CString& defaultListing) {
     return std::string(kUsage) +
            "\n"
            "Lists the file versions in FILE, one line per file: its path, the ranges of its version\n"
@@ -152,12 +233,28 @@ std::string KorFilesTool::mf_getHelp(const CString& defaultInput) {
            defaultInput.ToUtf8() +
            "\n"
            "\n"
+           "With --listing, FILE is a migration listing instead: UTF-8 text with one migrated version per\n"
+           "line, path, version, status (migrated, stub, warning or failed) and optionally the result,\n"
+           "separated by tabs, paths in ascending order. korfiles then lists one line per file with its\n"
+           "path, version ranges, result and severity; a listing has no file times. Lines the listing\n"
+           "reader does not take are reported on standard error in its words (FILE:LINE: PROBLEM) and\n"
+           "skipped. Without FILE, korfiles reads the sample listing beside it:\n"
+           "  " +
+           defaultListing.ToUtf8() +
+           "\n"
+           "\n"
            "Options:\n"
-           "  --sort=path     sort by path (the default)\n"
-           "  --sort=result   sort by result text, equal results by path\n"
-           "  --descending    sort in descending order (equal results stay by path ascending)\n"
-           "  -h, --help      print this help and exit\n"
-           "  --              take the next argument as FILE even if it starts with '-'\n"
+           "  --sort=path         sort by path (the default)\n"
+           "  --sort=result       sort by result text, equal results by path\n"
+           "  --descending        sort in descending order (equal results stay by path ascending)\n"
+           "  --listing           read FILE as a migration listing\n"
+           "  --listing=FILE      read FILE as a migration listing\n"
+           "  --no-stubs          leave out stub files: files whose result is exactly the stub-file\n"
+           "                      message (listings only)\n"
+           "  --skip=SEVERITIES   leave out files of these severities: info, warning, error, several\n"
+           "                      separated by commas, as in --skip=info,warning (listings only)\n"
+           "  -h, --help          print this help and exit\n"
+           "  --                  take the next argument as FILE even if it starts with '-'\n"
            "\n"
            "Exit status: 0 every line was read, 1 malformed lines were skipped, 2 bad usage,\n"
            "3 FILE cannot be read, 4 internal error.\n";

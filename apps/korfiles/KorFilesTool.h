@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-// The korfiles command: reads a file versions file, merges its lines into file list items and prints
-// them as a table.
+// The korfiles command: reads a file versions file or a migration listing, merges its lines into file
+// list items and prints them as a table.
 class KorFilesTool {
 public:
     static const int EXIT_ALL_READ = 0;
@@ -17,15 +17,15 @@ public:
     static const int EXIT_UNREADABLE = 3;
     static const int EXIT_INTERNAL_ERROR = 4;
 
-    // _args are the arguments after the program name; _sDefaultInput is read when none names a file.
-    // The table goes to _rOut; malformed lines ("<file>:<line>: <what is wrong>"), usage errors and
-    // read errors go to _rErr. Answers the exit code.
-    static int mf_run(const std::vector<CString>& _args, const CString& _sDefaultInput, TextOutput& _rOut,
-                      TextOutput& _rErr) noexcept;
+    // _args are the arguments after the program name; when none names a file, _sDefaultInput is read, or
+    // _sDefaultListing with --listing. The table goes to _rOut; malformed lines ("<file>:<line>: <what is
+    // wrong>"), usage errors and read errors go to _rErr. Answers the exit code.
+    static int mf_run(const std::vector<CString>& _args, const CString& _sDefaultInput,
+                      const CString& _sDefaultListing, TextOutput& _rOut, TextOutput& _rErr) noexcept;
 
     // The whole file as bytes. Answers 0 with the system's reason when it cannot be opened or read.
     static int mf_readFile(const CString& _sPath, std::string& _rText, std::string& _rReason);
 
     // The --help text.
-    static std::string mf_getHelp(const CString& _sDefaultInput);
+    static std::string mf_getHelp(const CString& _sDefaultInput, const CString& _sDefaultListing);
 };

@@ -1,4 +1,5 @@
-// korfiles: prints the file versions of a text file as file list items. See docs/file-versions-format.md.
+// korfiles: prints the file versions of a text file, or the files of a migration listing, as file list
+// items. See docs/korfiles.md.
 #include "ConsoleOutput.h"
 #include "KorFilesTool.h"
 
@@ -14,6 +15,7 @@ namespace {
 
 // Copied beside the program by the build.
 const wchar_t* const kSampleName = L"korfiles-sample.txt";
+const wchar_t* const kListingName = L"korfiles-listing.txt";
 
 // The directory of the running program, with its trailing separator; empty if it cannot be found.
 CString programDirectory() {
@@ -44,7 +46,8 @@ int runTool(const std::vector<CString>& args) {
     ConsoleOutput out(ConsoleOutput::STANDARD_OUTPUT);
     ConsoleOutput err(ConsoleOutput::STANDARD_ERROR);
     try {
-        return KorFilesTool::mf_run(args, programDirectory() + kSampleName, out, err);
+        const CString directory = programDirectory();
+        return KorFilesTool::mf_run(args, directory + kSampleName, directory + kListingName, out, err);
     } catch (...) {
         err.mf_write("korfiles: out of memory\n");
         return KorFilesTool::EXIT_INTERNAL_ERROR;

@@ -1,9 +1,11 @@
-# Runs PROGRAM (through EMULATOR when cross-built) without arguments and compares what it prints with
-# EXPECTED; line ends are compared without their carriage returns, as Windows writes CRLF to a pipe.
+# Runs PROGRAM (through EMULATOR when cross-built) with ARGS (blank-separated, none by default) and
+# compares what it prints with EXPECTED; line ends are compared without their carriage returns, as Windows
+# writes CRLF to a pipe.
+separate_arguments(args UNIX_COMMAND "${ARGS}")
 if(EMULATOR)
-  set(command ${EMULATOR} ${PROGRAM})
+  set(command ${EMULATOR} ${PROGRAM} ${args})
 else()
-  set(command ${PROGRAM})
+  set(command ${PROGRAM} ${args})
 endif()
 execute_process(COMMAND ${command} RESULT_VARIABLE code OUTPUT_VARIABLE output ERROR_VARIABLE errors
                 INPUT_FILE /dev/null)

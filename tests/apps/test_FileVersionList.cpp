@@ -110,10 +110,10 @@ TEST(FileVersionList, SortsByPathInEitherDirection) {
     for (const wchar_t* path : {L"C:\\b", L"D:\\a", L"C:\\a", L"C:\\B"})
         add(list, record(path, 1, 1));
     UQFileListItem::Array ascending;
-    list.mf_getSorted(ascending, FileVersionList::BY_PATH, 1);
+    list.mf_getSorted(ascending, FileListOrder::BY_PATH, 1);
     EXPECT_EQ((std::vector<std::string>{"C:\\B", "C:\\a", "C:\\b", "D:\\a"}), paths(ascending));
     UQFileListItem::Array descending;
-    list.mf_getSorted(descending, FileVersionList::BY_PATH, 0);
+    list.mf_getSorted(descending, FileListOrder::BY_PATH, 0);
     EXPECT_EQ((std::vector<std::string>{"D:\\a", "C:\\b", "C:\\a", "C:\\B"}), paths(descending));
 }
 
@@ -125,10 +125,10 @@ TEST(FileVersionList, SortsByResultWithEqualResultsByPathAscending) {
     add(list, record(L"C:\\a", 1, 4, L"Migrated"));
     add(list, record(L"C:\\e", 1, 5, L""));
     UQFileListItem::Array ascending;
-    list.mf_getSorted(ascending, FileVersionList::BY_RESULT, 1);
+    list.mf_getSorted(ascending, FileListOrder::BY_RESULT, 1);
     EXPECT_EQ((std::vector<std::string>{"C:\\e", "C:\\a", "C:\\c", "C:\\b", "C:\\d"}), paths(ascending));
     UQFileListItem::Array descending;
-    list.mf_getSorted(descending, FileVersionList::BY_RESULT, 0);
+    list.mf_getSorted(descending, FileListOrder::BY_RESULT, 0);
     EXPECT_EQ((std::vector<std::string>{"C:\\b", "C:\\d", "C:\\a", "C:\\c", "C:\\e"}), paths(descending));
 }
 
@@ -136,8 +136,8 @@ TEST(FileVersionList, AnEmptyListSortsToNothingWithoutAWarning) {
     LogCheck log;
     FileVersionList list;
     UQFileListItem::Array items;
-    list.mf_getSorted(items, FileVersionList::BY_RESULT, 1);
-    list.mf_getSorted(items, FileVersionList::BY_PATH, 0);
+    list.mf_getSorted(items, FileListOrder::BY_RESULT, 1);
+    list.mf_getSorted(items, FileListOrder::BY_PATH, 0);
     EXPECT_EQ(0, items.GetSize());
     EXPECT_EQ(nullptr, list.mf_find(L"C:\\a"));
     EXPECT_EQ(std::vector<LogLine>{}, log.lines());

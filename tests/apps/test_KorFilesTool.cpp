@@ -1,63 +1,12 @@
+#include "KorFilesTestSupport.h"
 #include "KorFilesTool.h"
-
-#include "support/LogCheck.h"
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <cstdio>
-#include <filesystem>
 #include <string>
 #include <vector>
 
 namespace {
-
-struct StringOutput : TextOutput {
-    void mf_write(const std::string& s) noexcept override { text += s; }
-    std::string text;
-};
-
-CString fromPath(const std::filesystem::path& p) {
-#if defined(_WIN32)
-    return CString(p.wstring());
-#else
-    return CString::FromUtf8(p.string());
-#endif
-}
-
-// A file of the given bytes in the temporary directory, removed again at the end of the test.
-class TempFile {
-public:
-    explicit TempFile(const std::string& content) {
-        static std::atomic<int> s_counter{0};
-        m_path = std::filesystem::temp_directory_path() /
-                 ("korfiles-test-" + std::to_string(GetCurrentProcessId()) + "-" +
-                  std::to_string(++s_counter) + ".txt");
-#if defined(_WIN32)
-        std::FILE* f = _wfopen(m_path.wstring().c_str(), L"wb");
-#else
-        std::FILE* f = std::fopen(m_path.string().c_str(), "wb");
-#endif
-        EXPECT_NE(nullptr, f);
-        if (f != nullptr) {
-            EXPECT_EQ(content.size(), std::fwrite(content.data(), 1, content.size(), f));
-            std::fclose(f);
-        }
-    }
-    ~TempFile() {
-        std::error_code ignored;
-        std::filesystem::remove(m_path, ignored);
-    }
-    CString path() const {
-        return fromPath(m_path);
-    }
-    std::string name() const {
-        return utf8(path());
-    }
-
-private:
-    std::filesystem::path m_path;
-};
 
 class KorFilesToolTest : public ::testing::Test {
 protected:
@@ -65,7 +14,7 @@ protected:
     void TearDown() override { UQNumberFormatter::mf_resetConfiguration(); }
 
     int run(const std::vector<CString>& args, const CString& defaultInput = L"no-default-input.txt") {
-        return KorFilesTool::mf_run(args, defaultInput, out, err);
+        return KorFilesTool::mf_run(args, defaultInput, L"no-default-listing.txt", out, err);
     }
 
     StringOutput out;
@@ -180,7 +129,10 @@ TEST_F(KorFilesToolTest, ADirectoryCannotBeReadEither) {
 }
 
 TEST_F(KorFilesToolTest, BadUsageGivesOneLineAndTheUsageWithCode2) {
-    const std::string usage = "Usage: korfiles [--sort=path|result] [--descending] [FILE]\n";
+    const std::string usage =
+        "Usage: korfiles [--sort=path|result] [--descending] [FILE]\n"
+        "       korfiles --listing[=FILE] [--no-stubs] [--skip=info,warning,error] [--sort=path|result]\n"
+        "                [--descending]\n";
     struct Case {
         std::vector<CString> args;
         std::string error;
@@ -195,23 +147,31 @@ TEST_F(KorFilesToolTest, BadUsageGivesOneLineAndTheUsageWithCode2) {
     for (const Case& c : cases) {
         StringOutput caseOut;
         StringOutput caseErr;
-        EXPECT_EQ(2, KorFilesTool::mf_run(c.args, L"unused.txt", caseOut, caseErr));
+        EXPECT_EQ(2, KorFilesTool::mf_run(c.args, L"unused.txt", L"unused-listing.txt", caseOut, caseErr));
         EXPECT_EQ(c.error + usage, caseErr.text);
         EXPECT_EQ("", caseOut.text);
     }
 }
 
-TEST_F(KorFilesToolTest, HelpGoesToStandardOutputAndNamesTheDefaultInput) {
-    EXPECT_EQ(0, run({L"--help"}, L"C:\\korfiles\\korfiles-sample.txt"));
-    EXPECT_EQ(KorFilesTool::mf_getHelp(L"C:\\korfiles\\korfiles-sample.txt"), out.text);
-    EXPECT_EQ(0u, out.text.find("Usage: korfiles [--sort=path|result] [--descending] [FILE]\n"));
+TEST_F(KorFilesToolTest, HelpGoesToStandardOutputAndNamesBothDefaultInputs) {
+    EXPECT_EQ(0, KorFilesTool::mf_run({L"--help"}, L"C:\\korfiles\\korfiles-sample.txt",
+                                      L"C:\\korfiles\\korfiles-listing.txt", out, err));
+    EXPECT_EQ(
+        KorFilesTool::mf_getHelp(L"C:\\korfiles\\korfiles-sample.txt", L"C:\\korfiles\\korfiles-listing.txt"),
+        out.text);
+    EXPECT_EQ(0u, out.text.find("Usage: korfiles [--sort=path|result] [--descending] [FILE]\n"
+                                "       korfiles --listing[=FILE] [--no-stubs] [--skip=info,warning,error]"));
     EXPECT_NE(std::string::npos, out.text.find("\n  C:\\korfiles\\korfiles-sample.txt\n"));
+    EXPECT_NE(std::string::npos, out.text.find("\n  C:\\korfiles\\korfiles-listing.txt\n"));
+    for (const char* option :
+         {"\n  --listing ", "\n  --listing=FILE ", "\n  --no-stubs ", "\n  --skip=SEVERITIES "})
+        EXPECT_NE(std::string::npos, out.text.find(option)) << option;
     EXPECT_EQ("", err.text);
 
     StringOutput shortOut;
     StringOutput shortErr;
-    EXPECT_EQ(0, KorFilesTool::mf_run({L"-h"}, L"x", shortOut, shortErr));
-    EXPECT_EQ(KorFilesTool::mf_getHelp(L"x"), shortOut.text);
+    EXPECT_EQ(0, KorFilesTool::mf_run({L"-h"}, L"x", L"y", shortOut, shortErr));
+    EXPECT_EQ(KorFilesTool::mf_getHelp(L"x", L"y"), shortOut.text);
 }
 
 TEST_F(KorFilesToolTest, DoubleDashMakesTheNextArgumentTheFile) {
