@@ -268,7 +268,21 @@ const UQFileListItem* UQFileListItem::mf_findByPath(const CString& path, Array& 
         return nullptr;
     const UQFileListItem key(path, 0, CString(), UQSeverity());
     const UQFileListItem* pKey = &key;
-    void* found = std::bsearch(&pKey, items.GetData(), static_cast<std::size_t>(items.GetSize()),
-                               sizeof(UQFileListItem*), bAscending ? pathAscending : pathDescending);
-    return found != nullptr ? *static_cast<UQFileListItem* const*>(found) : nullptr;
+    // The C libraries' bsearch probe different elements of an unsorted array (msvcrt merges b, a, b where
+    // glibc does not), so the halving is done here, the same on every platform: middle = (low + high) / 2.
+    int (*compare)(const void*, const void*) = bAscending ? pathAscending : pathDescending;
+    std::size_t low = 0;
+    std::size_t high = static_cast<std::size_t>(items.GetSize());
+    UQFileListItem* const* data = items.GetData();
+    while (low < high) {
+        const std::size_t middle = (low + high) / 2;
+        const int c = compare(&pKey, &data[middle]);
+        if (c < 0)
+            high = middle;
+        else if (c > 0)
+            low = middle + 1;
+        else
+            return data[middle];
+    }
+    return nullptr;
 }
