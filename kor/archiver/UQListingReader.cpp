@@ -6,11 +6,6 @@
 
 namespace {
 
-struct Line {
-    std::string text;
-    std::uint32_t number;
-};
-
 std::vector<std::string> splitTabs(const std::string& line) {
     std::vector<std::string> fields;
     std::size_t start = 0;
@@ -23,27 +18,88 @@ std::vector<std::string> splitTabs(const std::string& line) {
     }
 }
 
+// Blanks around a field are not part of it.
 std::string trim(const std::string& s) {
     std::size_t a = 0, b = s.size();
-    while (a < b && (s[a] == ' ' || s[a] == '\r'))
+    while (a < b && s[a] == ' ')
         ++a;
-    while (b > a && (s[b - 1] == ' ' || s[b - 1] == '\r'))
+    while (b > a && s[b - 1] == ' ')
         --b;
     return s.substr(a, b - a);
 }
 
-bool parseVersion(const std::string& text, std::uint32_t& version) {
-    if (text.empty() || text.size() > 10)
-        return false;
+// The first character that is neither a blank nor a tab; 0 for a blank line.
+char firstNonBlank(const std::string& line) {
+    const std::size_t i = line.find_first_not_of(" \t");
+    return i == std::string::npos ? '\0' : line[i];
+}
+
+// Control characters other than the tab (a lone CR among them) have no place in a listing line: the
+// position of the first one, or npos.
+std::size_t findControlCharacter(const std::string& line) {
+    for (std::size_t i = 0; i < line.size(); ++i) {
+        const unsigned char u = static_cast<unsigned char>(line[i]);
+        if ((u < 0x20 && u != '\t') || u == 0x7F)
+            return i;
+    }
+    return std::string::npos;
+}
+
+enum class VersionParse { Ok, NotANumber, TooLarge };
+
+// Decimal digits only; leading zeros are allowed, values above 2^32 - 1 are not.
+VersionParse parseVersion(const std::string& text, std::uint32_t& version) {
+    if (text.empty())
+        return VersionParse::NotANumber;
     std::uint64_t v = 0;
+    bool tooLarge = false;
     for (char c : text) {
         if (c < '0' || c > '9')
-            return false;
-        v = v * 10 + static_cast<unsigned>(c - '0');
+            return VersionParse::NotANumber;
+        if (!tooLarge) {
+            v = v * 10 + static_cast<unsigned>(c - '0');
+            tooLarge = v > 0xFFFFFFFFull;
+        }
     }
-    if (v > 0xFFFFFFFFull)
-        return false;
+    if (tooLarge)
+        return VersionParse::TooLarge;
     version = static_cast<std::uint32_t>(v);
+    return VersionParse::Ok;
+}
+
+// Well-formed UTF-8: no stray continuation bytes, no overlong forms, no surrogates, nothing above U+10FFFF.
+bool isUtf8(const std::string& text) {
+    const auto* s = reinterpret_cast<const unsigned char*>(text.data());
+    const std::size_t n = text.size();
+    std::size_t i = 0;
+    while (i < n) {
+        const unsigned char c = s[i];
+        if (c < 0x80) {
+            ++i;
+            continue;
+        }
+        std::size_t extra;
+        std::uint32_t cp, min;
+        if ((c & 0xE0) == 0xC0) {
+            extra = 1, cp = c & 0x1Fu, min = 0x80;
+        } else if ((c & 0xF0) == 0xE0) {
+            extra = 2, cp = c & 0x0Fu, min = 0x800;
+        } else if ((c & 0xF8) == 0xF0) {
+            extra = 3, cp = c & 0x07u, min = 0x10000;
+        } else {
+            return false;
+        }
+        if (n - i <= extra)
+            return false;
+        for (std::size_t k = 1; k <= extra; ++k) {
+            if ((s[i + k] & 0xC0) != 0x80)
+                return false;
+            cp = (cp << 6) | (s[i + k] & 0x3Fu);
+        }
+        if (cp < min || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF))
+            return false;
+        i += extra + 1;
+    }
     return true;
 }
 
@@ -72,8 +128,26 @@ UQListingReader::Result UQListingReader::mf_readText(const std::string& text, co
         ++lineNumber;
         if (!line.empty() && line.back() == '\r')
             line.pop_back();
-        if (trim(line).empty() || line[0] == '#')
+        const char first = firstNonBlank(line);
+        if (first == '\0' || first == '#')
             continue;
+        // A listing written in another encoding would give paths that name no file.
+        if (!isUtf8(line)) {
+            result.errors.push_back(lineError(name, lineNumber, L"invalid UTF-8 in", line));
+            continue;
+        }
+        const std::size_t control = findControlCharacter(line);
+        if (control != std::string::npos) {
+            // Named by code and column: the character itself would not show in the log.
+            CString what;
+            what.Format(L"control character 0x%02X at column %lu of line",
+                        static_cast<unsigned>(line[control]), static_cast<std::uint32_t>(control + 1));
+            std::string shown = line;
+            for (std::size_t i = control; i < shown.size(); i = findControlCharacter(shown))
+                shown[i] = '?';
+            result.errors.push_back(lineError(name, lineNumber, what, shown));
+            continue;
+        }
         const std::vector<std::string> fields = splitTabs(line);
         if (fields.size() < 3 || fields.size() > 4) {
             result.errors.push_back(
@@ -86,8 +160,12 @@ UQListingReader::Result UQListingReader::mf_readText(const std::string& text, co
             result.errors.push_back(lineError(name, lineNumber, L"empty path in", line));
             continue;
         }
-        if (!parseVersion(trim(fields[1]), version)) {
-            result.errors.push_back(lineError(name, lineNumber, L"bad version number", fields[1]));
+        const VersionParse parsed = parseVersion(trim(fields[1]), version);
+        if (parsed != VersionParse::Ok) {
+            result.errors.push_back(lineError(
+                name, lineNumber,
+                parsed == VersionParse::TooLarge ? L"version number out of range" : L"bad version number",
+                fields[1]));
             continue;
         }
         const std::string status = trim(fields[2]);
