@@ -73,6 +73,12 @@ typedef struct _CRITICAL_SECTION {
 
 typedef struct _SECURITY_ATTRIBUTES SECURITY_ATTRIBUTES, *LPSECURITY_ATTRIBUTES;
 
+// The two registry hives the product uses, as opaque handles with Windows' values, so that code passes
+// and compares them alike on every platform. korbase's UQRegistry maps them onto its own store.
+typedef struct HKEY__* HKEY;
+#define HKEY_CURRENT_USER ((HKEY)(std::intptr_t)(LONG)0x80000001u)
+#define HKEY_LOCAL_MACHINE ((HKEY)(std::intptr_t)(LONG)0x80000002u)
+
 extern "C" {
 KORCOMPAT_API void SetLastError(DWORD _dwErrCode);
 KORCOMPAT_API DWORD GetLastError(void);

@@ -430,6 +430,72 @@ private:
 };
 
 // ---------------------------------------------------------------------------------------------------------
+// Registry
+
+// The product's settings: named values under key paths in two hives, HKEY_LOCAL_MACHINE and
+// HKEY_CURRENT_USER. Three types: strings (REG_SZ, or REG_EXPAND_SZ whose %NAME% references are expanded
+// when read), 32-bit numbers (REG_DWORD) and lists of strings (REG_MULTI_SZ). On Windows this is the
+// registry itself; elsewhere one SQLite database with the same hives, key paths, names and types
+// (docs/registry.md). Key paths and value names are case-blind; a key path's leading, trailing and doubled
+// backslashes do not count. In HKEY_CURRENT_USER an empty key path is the product's per-user key,
+// mf_getRegistryRoot(""). Writing creates the key and its parents.
+//
+// Every operation that touches the store reports a failure as the library does: one LEVEL_E record under
+// its own name ("UQRegistry::mf_getValue::1"), then a thrown UQErrno whose detail is the record's text and
+// names the hive, the key and the value. A missing key or value, a value of another type, a store that
+// cannot be opened or written: UQErrno::_E_::Registry; an unknown hive or a list with an empty entry:
+// UQErrno::_E_::Parameter.
+class KORBASE_API UQRegistry {
+public:
+    // "SOFTWARE\Corvex\Stormex\CurrentVersion\HSMClient" followed by a backslash and the sub key
+    // ("Migration", "Backup", "Retrieve", "Options"); an empty sub key gives the root itself.
+    static CString mf_getRegistryRoot(const CString& _sSubKey);
+
+    // A string value (REG_SZ or REG_EXPAND_SZ).
+    static void mf_getValue(const CString& _sName, CString& _rsValue, const CString& _sKey, HKEY _hHive);
+    // A number (REG_DWORD), its 32 bits taken as int.
+    static void mf_getValue(const CString& _sName, int& _rnValue, const CString& _sKey, HKEY _hHive);
+    // A list of strings (REG_MULTI_SZ); the array is emptied first.
+    static void mf_getValues(const CString& _sName, UQArray<CString>& _rasValues, const CString& _sKey,
+                             HKEY _hHive);
+    // Writes a string: REG_SZ when _bExpandable is 0, else REG_EXPAND_SZ.
+    static void mf_setValue(const CString& _sName, const CString& _sValue, int _bExpandable,
+                            const CString& _sKey, HKEY _hHive);
+    static void mf_setValue(const CString& _sName, int _nValue, const CString& _sKey, HKEY _hHive);
+    // Writes a list of strings. An empty entry cannot be kept in a REG_MULTI_SZ (it would end the list),
+    // so a list holding one is refused with UQErrno::_E_::Parameter and nothing is written.
+    static void mf_setValues(const CString& _sName, const UQArray<CString>& _asValues, const CString& _sKey,
+                             HKEY _hHive);
+    // Reads the number into the in/out argument; when the value does not exist, writes the argument's
+    // value (the caller's default) and leaves it. Answers 1 when the value existed, 0 when it was written.
+    // A value of another type is an error, not replaced.
+    static int mf_getOrSetValue(const CString& _sName, int& _rnValue, const CString& _sKey, HKEY _hHive);
+    static int mf_getOrSetValue(const CString& _sName, DWORD& _rdwValue, const CString& _sKey, HKEY _hHive);
+    // Whether the value exists (of any type); a missing key answers 0.
+    static int mf_exists(const CString& _sName, const CString& _sKey, HKEY _hHive);
+    // Whether the key exists; the hive itself always does.
+    static int mf_PathExists(const CString& _sKey, HKEY _hHive);
+
+    // Test seam: of the calling thread's next operations that touch the store (all of the above but
+    // mf_getRegistryRoot), the ones numbered _nAfter + 1 to _nAfter + _nCount fail as a store failure
+    // would: logged, and thrown as UQErrno::_E_::Registry with the detail "Injected failure (...)". Other
+    // threads are not affected. A new injection replaces the previous one.
+    static void mf_injectFailure(int _nAfter, int _nCount = 1) noexcept;
+    // Cancels whatever was injected on this thread.
+    static void mf_clearInjection() noexcept;
+
+#if !defined(_WIN32)
+    // The database file of the store: the file set here, else KOR_REGISTRY_FILE when set, else
+    // mf_getDefaultStoreFile(). An empty path goes back to that choice. Takes effect with the next
+    // operation; the file and its directories are created by the first one.
+    static void mf_setStoreFile(const CString& _sPath);
+    static CString mf_getStoreFile();
+    // $XDG_CONFIG_HOME (or ~/.config)/korguibase/registry.sqlite.
+    static CString mf_getDefaultStoreFile();
+#endif
+};
+
+// ---------------------------------------------------------------------------------------------------------
 // Numbers, dates and times in the configured formats
 
 // The configuration is one for the process; changing it while other threads format is safe.

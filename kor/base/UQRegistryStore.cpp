@@ -1,0 +1,472 @@
+// The registry outside Windows: one SQLite database (schema in docs/registry.md). Every write is one
+// transaction in write-ahead-log mode with synchronous=FULL, so a process killed at any point leaves each
+// value as it was before or after its write, never in between; a busy timeout lets several processes
+// write the same file.
+#include "UQRegistryStore.h"
+
+#include <sqlite3.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+#include <string>
+
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace korregistry {
+
+namespace {
+
+// How long a write waits for another process's transaction before it fails.
+const int kBusyTimeoutMs = 30000;
+const int kSchemaVersion = 1;
+
+const char* const kSchema = "CREATE TABLE IF NOT EXISTS registry_key("
+                            " hive TEXT NOT NULL,"
+                            " path_key TEXT NOT NULL,"
+                            " path TEXT NOT NULL,"
+                            " PRIMARY KEY (hive, path_key)) WITHOUT ROWID;"
+                            "CREATE TABLE IF NOT EXISTS registry_value("
+                            " hive TEXT NOT NULL,"
+                            " path_key TEXT NOT NULL,"
+                            " name_key TEXT NOT NULL,"
+                            " name TEXT NOT NULL,"
+                            " type INTEGER NOT NULL,"
+                            " data,"
+                            " PRIMARY KEY (hive, path_key, name_key)) WITHOUT ROWID;"
+                            "PRAGMA user_version = 1;";
+
+// One connection per process, used under the mutex: SQLite transactions belong to a connection, so two
+// threads must not interleave theirs on it.
+std::mutex g_mutex;
+CString g_sConfiguredFile;
+sqlite3* g_pDb = nullptr;
+std::string g_openFile;
+pid_t g_openPid = 0;
+
+CString environment(const char* name) {
+    const char* v = std::getenv(name);
+    return v != nullptr ? CString::FromUtf8(v) : CString();
+}
+
+const char* hiveText(HKEY hive) noexcept {
+    return hive == HKEY_LOCAL_MACHINE ? "HKLM" : "HKCU";
+}
+
+// Lookups fold case as the registry does, with the folding CString::CompareNoCase uses.
+std::string folded(const CString& s) {
+    CString upper(s);
+    upper.MakeUpper();
+    return upper.ToUtf8();
+}
+
+CString sqliteMessage(sqlite3* db, int rc) {
+    const char* message = db != nullptr ? sqlite3_errmsg(db) : sqlite3_errstr(rc);
+    return CString::FromUtf8(message != nullptr ? message : "unknown SQLite error");
+}
+
+Result failure(Status status, const CString& reason) {
+    Result r;
+    r.status = status;
+    r.sReason = reason;
+    return r;
+}
+
+bool makeDirectories(const std::string& file, std::string& error) {
+    const std::size_t slash = file.find_last_of('/');
+    if (slash == std::string::npos || slash == 0)
+        return true;
+    std::string path;
+    for (std::size_t i = 0; i <= slash; ++i) {
+        if (file[i] == '/' && !path.empty() && path != "/") {
+            if (::mkdir(path.c_str(), 0700) != 0 && errno != EEXIST) {
+                error = path + ": " + std::strerror(errno);
+                return false;
+            }
+        }
+        path += file[i];
+    }
+    return true;
+}
+
+class Statement {
+public:
+    Statement(sqlite3* db, const char* sql) : m_pStmt(nullptr) {
+        m_rc = sqlite3_prepare_v2(db, sql, -1, &m_pStmt, nullptr);
+    }
+    ~Statement() { sqlite3_finalize(m_pStmt); }
+    Statement(const Statement&) = delete;
+    Statement& operator=(const Statement&) = delete;
+
+    int rc() const noexcept { return m_rc; }
+    // Binds texts by position (from 1); each must outlive the statement's execution.
+    void text(int index, const std::string& s) {
+        if (m_rc == SQLITE_OK)
+            m_rc = sqlite3_bind_text(m_pStmt, index, s.data(), static_cast<int>(s.size()), SQLITE_TRANSIENT);
+    }
+    void integer(int index, sqlite3_int64 n) {
+        if (m_rc == SQLITE_OK)
+            m_rc = sqlite3_bind_int64(m_pStmt, index, n);
+    }
+    void blob(int index, const std::string& bytes) {
+        if (m_rc == SQLITE_OK)
+            m_rc = sqlite3_bind_blob(m_pStmt, index, bytes.data(), static_cast<int>(bytes.size()),
+                                     SQLITE_TRANSIENT);
+    }
+    // SQLITE_ROW, SQLITE_DONE or an error.
+    int step() {
+        if (m_rc != SQLITE_OK)
+            return m_rc;
+        const int rc = sqlite3_step(m_pStmt);
+        if (rc != SQLITE_ROW && rc != SQLITE_DONE)
+            m_rc = rc;
+        return rc;
+    }
+    sqlite3_stmt* get() const noexcept { return m_pStmt; }
+
+private:
+    sqlite3_stmt* m_pStmt;
+    int m_rc;
+};
+
+// A transaction that rolls back unless committed. Writers begin IMMEDIATE: a deferred transaction that
+// turns into a write while another process writes fails at once instead of waiting its turn.
+class Transaction {
+public:
+    Transaction(sqlite3* db, bool write) : m_pDb(db), m_bOpen(false) {
+        m_rc = sqlite3_exec(db, write ? "BEGIN IMMEDIATE" : "BEGIN", nullptr, nullptr, nullptr);
+        m_bOpen = m_rc == SQLITE_OK;
+    }
+    ~Transaction() {
+        if (m_bOpen)
+            sqlite3_exec(m_pDb, "ROLLBACK", nullptr, nullptr, nullptr);
+    }
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+
+    int rc() const noexcept { return m_rc; }
+    int commit() {
+        const int rc = sqlite3_exec(m_pDb, "COMMIT", nullptr, nullptr, nullptr);
+        // A failed COMMIT (busy) leaves the transaction open; the destructor rolls it back.
+        if (rc == SQLITE_OK)
+            m_bOpen = false;
+        return rc;
+    }
+
+private:
+    sqlite3* m_pDb;
+    bool m_bOpen;
+    int m_rc;
+};
+
+CString configuredFile() {
+    if (!g_sConfiguredFile.IsEmpty())
+        return g_sConfiguredFile;
+    const CString fromEnvironment = environment("KOR_REGISTRY_FILE");
+    return fromEnvironment.IsEmpty() ? defaultFile() : fromEnvironment;
+}
+
+void closeConnection() {
+    if (g_pDb != nullptr && g_openPid == ::getpid())
+        sqlite3_close_v2(g_pDb);
+    // A connection inherited through fork belongs to the parent: SQLite must not close (and so checkpoint
+    // or unlock) it from the child, so it is only forgotten here.
+    g_pDb = nullptr;
+    g_openFile.clear();
+}
+
+// Opens the configured file unless it is open already; on failure fills the result. Called under the mutex.
+Result open(sqlite3*& db) {
+    const CString file = configuredFile();
+    const std::string path = file.ToUtf8();
+    if (g_pDb != nullptr && (g_openFile != path || g_openPid != ::getpid()))
+        closeConnection();
+    if (g_pDb != nullptr) {
+        db = g_pDb;
+        return Result();
+    }
+
+    Result r;
+    r.status = Status::StoreUnavailable;
+    r.sFile = file;
+    std::string error;
+    if (!makeDirectories(path, error)) {
+        r.sReason = CString::FromUtf8(error);
+        return r;
+    }
+    sqlite3* opened = nullptr;
+    int rc = sqlite3_open_v2(path.c_str(), &opened, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
+    if (rc == SQLITE_OK) {
+        sqlite3_busy_timeout(opened, kBusyTimeoutMs);
+        // Write-ahead logging where the file system supports it; the rollback journal is as safe otherwise.
+        rc = sqlite3_exec(opened, "PRAGMA journal_mode=WAL", nullptr, nullptr, nullptr);
+    }
+    if (rc == SQLITE_OK)
+        rc = sqlite3_exec(opened, "PRAGMA synchronous=FULL", nullptr, nullptr, nullptr);
+    int version = -1;
+    if (rc == SQLITE_OK) {
+        Statement s(opened, "PRAGMA user_version");
+        if (s.step() == SQLITE_ROW)
+            version = sqlite3_column_int(s.get(), 0);
+        rc = s.rc();
+    }
+    if (rc == SQLITE_OK && version == 0) {
+        Transaction t(opened, true);
+        rc = t.rc();
+        if (rc == SQLITE_OK)
+            rc = sqlite3_exec(opened, kSchema, nullptr, nullptr, nullptr);
+        if (rc == SQLITE_OK)
+            rc = t.commit();
+    }
+    if (rc != SQLITE_OK) {
+        r.sReason = sqliteMessage(opened, rc);
+        sqlite3_close_v2(opened);
+        return r;
+    }
+    if (version > kSchemaVersion) {
+        r.sReason.Format(L"schema version %d is newer than this program's (%d)", version, kSchemaVersion);
+        sqlite3_close_v2(opened);
+        return r;
+    }
+    g_pDb = opened;
+    g_openFile = path;
+    g_openPid = ::getpid();
+    db = opened;
+    return Result();
+}
+
+// UTF-8 entries, each ended by a zero byte, as REG_MULTI_SZ ends its entries.
+std::string encodeList(const std::vector<CString>& list) {
+    std::string bytes;
+    for (const CString& s : list) {
+        bytes += s.ToUtf8();
+        bytes += '\0';
+    }
+    return bytes;
+}
+
+std::vector<CString> decodeList(const char* data, int size) {
+    std::vector<CString> list;
+    int start = 0;
+    for (int i = 0; i <= size; ++i) {
+        if (i == size || data[i] == '\0') {
+            if (i > start)
+                list.push_back(
+                    CString::FromUtf8(std::string(data + start, static_cast<std::size_t>(i - start))));
+            start = i + 1;
+        }
+    }
+    return list;
+}
+
+// SQLITE_ROW with the value filled in, SQLITE_DONE when there is none, or an error.
+int selectValue(sqlite3* db, HKEY hive, const std::string& keyFolded, const std::string& nameFolded,
+                Value* value) {
+    Statement s(db,
+                "SELECT type, data FROM registry_value WHERE hive = ?1 AND path_key = ?2 AND name_key = ?3");
+    s.text(1, hiveText(hive));
+    s.text(2, keyFolded);
+    s.text(3, nameFolded);
+    const int rc = s.step();
+    if (rc != SQLITE_ROW || value == nullptr)
+        return rc == SQLITE_ROW || rc == SQLITE_DONE ? rc : s.rc();
+    sqlite3_stmt* st = s.get();
+    value->dwType = static_cast<DWORD>(sqlite3_column_int64(st, 0));
+    switch (value->dwType) {
+    case TYPE_SZ:
+    case TYPE_EXPAND_SZ: {
+        const unsigned char* text = sqlite3_column_text(st, 1);
+        value->sText = CString::FromUtf8(text != nullptr ? reinterpret_cast<const char*>(text) : "");
+        break;
+    }
+    case TYPE_DWORD:
+        value->dwNumber = static_cast<DWORD>(sqlite3_column_int64(st, 1));
+        break;
+    case TYPE_MULTI_SZ:
+        value->asList =
+            decodeList(static_cast<const char*>(sqlite3_column_blob(st, 1)), sqlite3_column_bytes(st, 1));
+        break;
+    default:
+        break;
+    }
+    return SQLITE_ROW;
+}
+
+// SQLITE_ROW when the key exists (the hive itself always does), SQLITE_DONE when not, or an error.
+int selectKey(sqlite3* db, HKEY hive, const std::string& keyFolded) {
+    if (keyFolded.empty())
+        return SQLITE_ROW;
+    Statement s(db, "SELECT 1 FROM registry_key WHERE hive = ?1 AND path_key = ?2");
+    s.text(1, hiveText(hive));
+    s.text(2, keyFolded);
+    const int rc = s.step();
+    return rc == SQLITE_ROW || rc == SQLITE_DONE ? rc : s.rc();
+}
+
+// The key and every parent, then the value; a value keeps the spelling of its name from its first write.
+int insertValue(sqlite3* db, HKEY hive, const CString& key, const CString& name, const Value& value) {
+    for (int end = 0; end <= key.GetLength(); ++end) {
+        if (end < key.GetLength() && key[end] != L'\\')
+            continue;
+        const CString prefix = key.Left(end);
+        if (prefix.IsEmpty())
+            continue;
+        Statement s(db, "INSERT OR IGNORE INTO registry_key (hive, path_key, path) VALUES (?1, ?2, ?3)");
+        s.text(1, hiveText(hive));
+        s.text(2, folded(prefix));
+        s.text(3, prefix.ToUtf8());
+        if (s.step() != SQLITE_DONE)
+            return s.rc();
+    }
+    Statement s(
+        db,
+        "INSERT INTO registry_value (hive, path_key, name_key, name, type, data)"
+        " VALUES (?1, ?2, ?3, ?4, ?5, ?6)"
+        " ON CONFLICT (hive, path_key, name_key) DO UPDATE SET type = excluded.type, data = excluded.data");
+    s.text(1, hiveText(hive));
+    s.text(2, folded(key));
+    s.text(3, folded(name));
+    s.text(4, name.ToUtf8());
+    s.integer(5, value.dwType);
+    switch (value.dwType) {
+    case TYPE_DWORD:
+        s.integer(6, value.dwNumber);
+        break;
+    case TYPE_MULTI_SZ:
+        s.blob(6, encodeList(value.asList));
+        break;
+    default:
+        s.text(6, value.sText.ToUtf8());
+        break;
+    }
+    return s.step() == SQLITE_DONE ? SQLITE_OK : s.rc();
+}
+
+} // namespace
+
+Result read(HKEY hive, const CString& key, const CString& name, Value& value) {
+    std::lock_guard<std::mutex> lock(g_mutex);
+    sqlite3* db = nullptr;
+    Result r = open(db);
+    if (r.status != Status::Ok)
+        return r;
+    Transaction t(db, false);
+    int rc = t.rc();
+    if (rc == SQLITE_OK)
+        rc = selectValue(db, hive, folded(key), folded(name), &value);
+    if (rc == SQLITE_DONE) {
+        rc = selectKey(db, hive, folded(key));
+        if (rc == SQLITE_ROW || rc == SQLITE_DONE)
+            return failure(rc == SQLITE_ROW ? Status::ValueNotFound : Status::KeyNotFound, CString());
+    }
+    if (rc != SQLITE_ROW)
+        return failure(Status::ReadFailed, sqliteMessage(db, rc));
+    return r;
+}
+
+Result write(HKEY hive, const CString& key, const CString& name, const Value& value) {
+    std::lock_guard<std::mutex> lock(g_mutex);
+    sqlite3* db = nullptr;
+    Result r = open(db);
+    if (r.status != Status::Ok)
+        return r;
+    Transaction t(db, true);
+    int rc = t.rc();
+    if (rc == SQLITE_OK)
+        rc = insertValue(db, hive, key, name, value);
+    if (rc == SQLITE_OK)
+        rc = t.commit();
+    if (rc != SQLITE_OK)
+        return failure(Status::WriteFailed, sqliteMessage(db, rc));
+    return r;
+}
+
+Result readOrWrite(HKEY hive, const CString& key, const CString& name, const Value& dflt, Value& value,
+                   bool& written) {
+    std::lock_guard<std::mutex> lock(g_mutex);
+    written = false;
+    sqlite3* db = nullptr;
+    Result r = open(db);
+    if (r.status != Status::Ok)
+        return r;
+    Transaction t(db, true);
+    int rc = t.rc();
+    if (rc == SQLITE_OK)
+        rc = selectValue(db, hive, folded(key), folded(name), &value);
+    if (rc == SQLITE_ROW)
+        return r; // the transaction wrote nothing; its rollback ends it
+    if (rc != SQLITE_DONE)
+        return failure(Status::ReadFailed, sqliteMessage(db, rc));
+    rc = insertValue(db, hive, key, name, dflt);
+    if (rc == SQLITE_OK)
+        rc = t.commit();
+    if (rc != SQLITE_OK)
+        return failure(Status::WriteFailed, sqliteMessage(db, rc));
+    value = dflt;
+    written = true;
+    return r;
+}
+
+Result valueExists(HKEY hive, const CString& key, const CString& name, bool& exists) {
+    std::lock_guard<std::mutex> lock(g_mutex);
+    exists = false;
+    sqlite3* db = nullptr;
+    Result r = open(db);
+    if (r.status != Status::Ok)
+        return r;
+    const int rc = selectValue(db, hive, folded(key), folded(name), nullptr);
+    if (rc != SQLITE_ROW && rc != SQLITE_DONE)
+        return failure(Status::ReadFailed, sqliteMessage(db, rc));
+    exists = rc == SQLITE_ROW;
+    return r;
+}
+
+Result keyExists(HKEY hive, const CString& key, bool& exists) {
+    std::lock_guard<std::mutex> lock(g_mutex);
+    exists = false;
+    sqlite3* db = nullptr;
+    Result r = open(db);
+    if (r.status != Status::Ok)
+        return r;
+    const int rc = selectKey(db, hive, folded(key));
+    if (rc != SQLITE_ROW && rc != SQLITE_DONE)
+        return failure(Status::ReadFailed, sqliteMessage(db, rc));
+    exists = rc == SQLITE_ROW;
+    return r;
+}
+
+void setFile(const CString& path) {
+    std::lock_guard<std::mutex> lock(g_mutex);
+    g_sConfiguredFile = path;
+    // The next operation opens the new file; a test that deletes the old one finds it closed.
+    closeConnection();
+}
+
+CString currentFile() {
+    std::lock_guard<std::mutex> lock(g_mutex);
+    return configuredFile();
+}
+
+CString defaultFile() {
+    CString base = environment("XDG_CONFIG_HOME");
+    // The XDG rules ignore a relative location.
+    if (base.IsEmpty() || base[0] != L'/') {
+        base = environment("HOME");
+        if (base.IsEmpty()) {
+            const passwd* pw = ::getpwuid(::getuid());
+            if (pw != nullptr && pw->pw_dir != nullptr)
+                base = CString::FromUtf8(pw->pw_dir);
+        }
+        if (base.IsEmpty())
+            base = L"/tmp";
+        base.TrimRight(L'/');
+        base += L"/.config";
+    }
+    base.TrimRight(L'/');
+    return base + L"/korguibase/registry.sqlite";
+}
+
+} // namespace korregistry
