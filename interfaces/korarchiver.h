@@ -1,10 +1,12 @@
 // What korguibase calls of korarchiver, the product family's archiver library: migration entries, backup
-// events and the listing reader.
+// events, the listing reader, and the history search with its query data.
 #pragma once
 
 #include "korbase.h"
 #include "korutil.h"
 
+#include <cstddef>
+#include <string>
 #include <vector>
 
 #if defined(_WIN32)
@@ -80,3 +82,217 @@ public:
     static Result mf_readText(const std::string& _utf8Text, const CString& _sName,
                               UVListingFileReader& _rListener);
 };
+
+// ---------------------------------------------------------------------------------------------------------
+// History search: the stored versions of migrated files, as the backend answers a query
+
+class UQQueryData;
+
+// When a stored version expires. The first word is 0 when the version has no expiry set.
+struct UQExpiryTime {
+    std::uint64_t uFileTime; // a file time (100 ns since 1601-01-01), 0 for none
+
+    int mf_isSet() const noexcept { return uFileTime != 0; }
+};
+
+// The number that asks for the latest stored version of a file rather than a given one.
+class UQQueryPatternVersion {
+public:
+    static constexpr unsigned long LATEST = 0xFFFFFFFFul;
+};
+
+// Anything that shows a stored file through one query result, so that the archiver can order it.
+class KORARCHIVER_API UVQueryItem {
+public:
+    virtual const UQQueryData& mf_getQueryData() const = 0;
+    virtual ~UVQueryItem();
+};
+
+// One stored version of one file as the backend knows it. Copies share the path texts.
+class KORARCHIVER_API UQQueryData {
+public:
+    enum : std::uint32_t {
+        FLAG_SECURITY = 0x01,         // the version carries the file's security data
+        FLAG_AD_STREAMS = 0x02,       // the version carries alternate data streams
+        FLAG_EVENT_BASED = 0x04,      // retention runs from an event, not from the time of storing
+        FLAG_PROTECTED = 0x08,        // protected against deletion
+        FLAG_DELETION_STARTED = 0x10, // the event that ends an event-based retention has come
+        FLAG_ALL = 0x1F
+    };
+
+    // Where the backend reads the version: the storage volume and the position on it. The backend reads
+    // fastest volume by volume, each volume from front to back (see mf_sortByAccessOrder).
+    struct AccessKey {
+        std::uint32_t uVolume;
+        std::uint64_t uPosition;
+    };
+
+    // An empty file path, or one equal to the object path, shares the object path's text.
+    UQQueryData(const CString& _sObjectPath, const CString& _sFilePath, std::uint32_t _uVersion,
+                const UQFileTime& _lastWriteTime, const UQFileSize& _size, std::uint32_t _uFlags,
+                const UQExpiryTime& _expiry, const AccessKey& _access);
+    UQQueryData(const UQQueryData& _other);
+    UQQueryData& operator=(const UQQueryData& _other);
+    virtual ~UQQueryData();
+
+    // Records live in memory from UQAllocation, so that tests can make cloning fail.
+    static void* operator new(std::size_t _nBytes);
+    static void* operator new(std::size_t, void* _pPlace) noexcept { return _pPlace; }
+    static void operator delete(void* _p) noexcept;
+    static void operator delete(void*, void*) noexcept {}
+
+    // A new heap copy; no memory throws _E_::Memory.
+    virtual UQQueryData* mf_clone() const;
+    virtual std::uint32_t mf_getVersion() const;
+    virtual const UQFileTime& mf_getLastWriteTime() const;
+    virtual const UQFileSize& mf_getSize() const;
+    virtual int mf_hasSecurity() const;
+    virtual int mf_hasADStreams() const;
+    virtual int mf_isEventBased() const;
+    virtual int mf_isProtected() const;
+    virtual int mf_isDeletionStarted() const;
+    virtual UQExpiryTime mf_getExpiryTime() const;
+    // "Object='<path>', file='<path>', version=3, size=1024, last-write-time=2024-03-07 14:05:09,
+    // flags=SP, expiry=none, access=17:4096" for logs.
+    virtual CString mf_toString() const;
+
+    // The name under which the backend keeps the object; versions of one file share it.
+    const UQPath& mf_getObjectPath() const noexcept { return m_objectPath; }
+    // The file's path on the client.
+    const UQPath& mf_getPath() const noexcept { return m_filePath; }
+    // The file path as the user reads it: UNC form, without the "\\?\" prefix.
+    CString mf_getPathDisplayString() const;
+    std::uint32_t mf_getFlags() const noexcept { return m_uFlags; }
+    const AccessKey& mf_getAccessKey() const noexcept { return m_access; }
+
+    // By object path (UQPath::mf_compare) in the first direction, then by version number in the second
+    // (non-zero: ascending). Stable: records equal in both keep their order. Null entries go to the end.
+    // Needs a buffer of half the array's size; no memory throws _E_::Memory and leaves the array as it was.
+    static void mf_sortByPathAndVersion(int _bPathAscending, int _bVersionAscending,
+                                        UQArray<UQQueryData*, UQQueryData*>& _rData);
+    // The same over items, each by the record it shows. An item that cannot show one throws its error
+    // before anything is moved.
+    static void mf_sortByPathAndVersion(int _bPathAscending, int _bVersionAscending, UVQueryItem** _ppItems,
+                                        INT_PTR _nCount);
+    // The backend's access order: volume ascending, then position on the volume ascending, then object path
+    // and version ascending. Stable; fails as the sort above does.
+    static void mf_sortByAccessOrder(UVQueryItem** _ppItems, INT_PTR _nCount);
+
+private:
+    UQPath m_objectPath;
+    UQPath m_filePath;
+    std::uint32_t m_uVersion;
+    std::uint32_t m_uFlags;
+    UQFileTime m_lastWriteTime;
+    UQFileSize m_size;
+    UQExpiryTime m_expiry;
+    AccessKey m_access;
+};
+
+// Takes the records of a search, one call per matching stored version, on the searching thread. A
+// UQErrno thrown here ends the search with that error.
+class KORARCHIVER_API UVQueryDataSink {
+public:
+    virtual ~UVQueryDataSink();
+    virtual void mf_onQueryData(const UQQueryData& _queryData) = 0;
+};
+
+// Matches a text against a pattern of '*' (any run of characters, also none) and '?' (exactly one),
+// case-blind by upper-casing both, with one back-tracking point: the matching of the library's wildcards.
+class KORARCHIVER_API UQPathPattern {
+public:
+    // An empty pattern throws _E_::Parameter.
+    explicit UQPathPattern(const CString& _sPattern);
+    int mf_matches(const CString& _sText) const;
+    // Upper case.
+    const CString& mf_getPattern() const noexcept { return m_sPattern; }
+
+private:
+    CString m_sPattern;
+};
+
+// What a history search asks for.
+struct UQHistoryQuery {
+    CString sPattern;    // over the file path (UQPathPattern); empty: every path
+    UQFileTime fromTime; // last write time at or after this; 0: no lower bound
+    UQFileTime toTime;   // last write time at or before this; 0: no upper bound
+};
+
+// The history of stored object versions, kept in a text file (docs/history-store-format.md). The store
+// is read afresh by every search, so that searches see what was added since.
+class KORARCHIVER_API UQHistoryStore {
+public:
+    struct Result {
+        std::uint32_t uRecords = 0;  // good records read
+        std::uint32_t uMatches = 0;  // records handed to the sink
+        std::vector<UQErrno> errors; // one _E_::Format per malformed record ("file:line: ..."), in file order
+    };
+
+    explicit UQHistoryStore(const CString& _sFile);
+    const CString& mf_getFile() const noexcept { return m_sFile; }
+
+    // Reads the store and hands each matching record to the sink, in file order, on the calling thread.
+    // Malformed records are logged and skipped. A store that cannot be read throws _E_::File; a tripped
+    // cancel switch ends the search with _W_::UserCanceled; a UQErrno of the sink ends it with that error.
+    Result mf_search(const UQHistoryQuery& _query, UVQueryDataSink& _rSink,
+                     const UQCancelSwitch* _pCancel = nullptr) const;
+    // The same over store text in memory; _sName stands for the file in errors.
+    static Result mf_searchText(const std::string& _utf8Text, const CString& _sName,
+                                const UQHistoryQuery& _query, UVQueryDataSink& _rSink,
+                                const UQCancelSwitch* _pCancel = nullptr);
+    // One record as a store line, without the line end.
+    static std::string mf_formatRecord(const UQQueryData& _data);
+
+private:
+    CString m_sFile;
+};
+
+// A history search on a thread of its own: it starts on construction and hands the records to the sink
+// on that thread. Nothing the search throws leaves the thread; mf_wait hands it to the caller.
+class KORARCHIVER_API UQHistorySearch {
+public:
+    UQHistorySearch(const UQHistoryStore& _store, const UQHistoryQuery& _query, UVQueryDataSink& _rSink);
+    UQHistorySearch(const UQHistorySearch&) = delete;
+    UQHistorySearch& operator=(const UQHistorySearch&) = delete;
+    // Cancels a search still running and waits for it.
+    ~UQHistorySearch();
+
+    // Asks the search to stop after the record at hand; it then ends with _W_::UserCanceled.
+    void mf_cancel() noexcept;
+    // Waits for the end of the search and returns its result, or throws the UQErrno it ended with. Only
+    // the first call waits; later calls answer the same.
+    UQHistoryStore::Result mf_wait();
+
+private:
+    struct Impl;
+    Impl* m_pImpl;
+};
+
+// Makes large, realistic histories: _uFiles files of 1 to 5 versions (3 on average), paths of 60 to 130
+// characters on a few file servers, some versions protected, expiring, deleted, with security data or
+// alternate data streams. The records come in storage order, not in path order. The same seed gives the
+// same history.
+class KORARCHIVER_API UQHistoryGenerator {
+public:
+    explicit UQHistoryGenerator(std::uint32_t _uFiles, std::uint64_t _uSeed = 1);
+
+    // Five slots per file, visited in a scattered order; a slot beyond its file's version count is empty.
+    std::uint64_t mf_getSlotCount() const noexcept { return static_cast<std::uint64_t>(m_uFiles) * 5u; }
+    // The records in the slots [_uFirstSlot, _uEndSlot).
+    std::uint64_t mf_countRecords(std::uint64_t _uFirstSlot, std::uint64_t _uEndSlot) const noexcept;
+    // Hands the records of those slots to the sink in slot order; returns how many. Different threads may
+    // generate different ranges at the same time.
+    std::uint64_t mf_generate(std::uint64_t _uFirstSlot, std::uint64_t _uEndSlot,
+                              UVQueryDataSink& _rSink) const;
+    // Writes every record as a store file with a header comment; a file that cannot be written throws
+    // _E_::File.
+    void mf_writeStore(const CString& _sFile) const;
+
+private:
+    std::uint64_t mf_implFileOfSlot(std::uint64_t _uSlot, std::uint32_t& _rVersionIndex) const noexcept;
+
+    std::uint32_t m_uFiles;
+    std::uint64_t m_uSeed;
+    std::uint64_t m_uStep;
+};
+

@@ -1,0 +1,300 @@
+#include "guibase/search/UQSearchFileItem.h"
+
+#include "guibase/foundation/UQReport.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+const UQSearchFileItem* itemAt(const void* p) {
+    return *static_cast<const UQSearchFileItem* const*>(p);
+}
+
+// The version whose state an item is sorted by: the selected one, or the latest of an unselected item.
+const UQSearchFileVersion* shownVersion(const UQSearchFileItem* item) {
+    const UQSearchFileVersion* version = item->mf_getSelectedVersion();
+    return version != nullptr ? version : item->mf_getLatestVersion();
+}
+
+int pathAscending(const void* a, const void* b) {
+    return UQPath::mf_compare(itemAt(a)->mf_getPath(), itemAt(b)->mf_getPath());
+}
+
+int pathDescending(const void* a, const void* b) {
+    return pathAscending(b, a);
+}
+
+int statusAscending(const void* a, const void* b) {
+    const int c =
+        shownVersion(itemAt(a))->mf_getStatusString().Compare(shownVersion(itemAt(b))->mf_getStatusString());
+    return c != 0 ? c : pathAscending(a, b);
+}
+
+int statusDescending(const void* a, const void* b) {
+    const int c =
+        shownVersion(itemAt(b))->mf_getStatusString().Compare(shownVersion(itemAt(a))->mf_getStatusString());
+    return c != 0 ? c : pathAscending(a, b);
+}
+
+int security(const void* p) {
+    return shownVersion(itemAt(p))->mf_getQueryData()->mf_hasSecurity() ? 1 : 0;
+}
+
+int securityAscending(const void* a, const void* b) {
+    const int c = security(a) - security(b);
+    return c != 0 ? c : pathAscending(a, b);
+}
+
+int securityDescending(const void* a, const void* b) {
+    const int c = security(b) - security(a);
+    return c != 0 ? c : pathAscending(a, b);
+}
+
+int streams(const void* p) {
+    return shownVersion(itemAt(p))->mf_getQueryData()->mf_hasADStreams() ? 1 : 0;
+}
+
+int streamsAscending(const void* a, const void* b) {
+    const int c = streams(a) - streams(b);
+    return c != 0 ? c : pathAscending(a, b);
+}
+
+int streamsDescending(const void* a, const void* b) {
+    const int c = streams(b) - streams(a);
+    return c != 0 ? c : pathAscending(a, b);
+}
+
+void sortItems(UQSearchFileItem::Array& items, int (*compare)(const void*, const void*),
+               const wchar_t* function) {
+    if (items.GetData() == nullptr) {
+        UQReport::mf_log(UQLogData::LEVEL_W, function, L"No file list items to sort");
+        return;
+    }
+    std::qsort(items.GetData(), static_cast<std::size_t>(items.GetSize()), sizeof(UQSearchFileItem*),
+               compare);
+}
+
+// Copies of an item's versions stand on clones of the records, so that every version owns its own.
+UQLinkedListItem* f_cloneSearchFileVersion(const UQLinkedListItem& item) {
+    const UQQueryData* record = static_cast<const UQSearchFileVersion&>(item).mf_getQueryData()->mf_clone();
+    void* memory = UQAllocation::mf_allocate(sizeof(UQSearchFileVersion));
+    if (memory == nullptr) {
+        delete record;
+        return nullptr;
+    }
+    try {
+        return new (memory) UQSearchFileVersion(record);
+    } catch (...) {
+        UQAllocation::mf_free(memory);
+        delete record;
+        throw;
+    }
+}
+
+} // namespace
+
+void* UQSearchFileItem::operator new(std::size_t bytes) {
+    void* memory = UQAllocation::mf_allocate(bytes);
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    return memory;
+}
+
+void UQSearchFileItem::operator delete(void* p) noexcept {
+    UQAllocation::mf_free(p);
+}
+
+UQSearchFileItem::UQSearchFileItem(UQSearchFileVersion* pVersion)
+    : m_versions(1, &f_cloneSearchFileVersion), m_pSelectedVersion(nullptr) {
+    mf_implAddVersion(pVersion);
+}
+
+UQSearchFileItem::UQSearchFileItem(const UQSearchFileItem& other)
+    : UVQueryItem(other), m_versions(other.m_versions), m_pSelectedVersion(nullptr) {
+    m_pSelectedVersion = mf_implCorresponding(other, other.m_pSelectedVersion);
+}
+
+UQSearchFileItem& UQSearchFileItem::operator=(const UQSearchFileItem& other) {
+    if (this != &other) {
+        // The list's assignment leaves this item as it was when a clone fails.
+        m_versions = other.m_versions;
+        m_pSelectedVersion = mf_implCorresponding(other, other.m_pSelectedVersion);
+    }
+    return *this;
+}
+
+UQSearchFileItem::~UQSearchFileItem() {
+    m_pSelectedVersion = nullptr;
+    m_versions.mf_clearList(1);
+}
+
+UQSearchFileVersion* UQSearchFileItem::mf_implGetOldest() const noexcept {
+    return static_cast<UQSearchFileVersion*>(m_versions.mf_getHead());
+}
+
+UQSearchFileVersion* UQSearchFileItem::mf_implGetLatest() const noexcept {
+    return static_cast<UQSearchFileVersion*>(m_versions.mf_getTail());
+}
+
+UQSearchFileVersion*
+UQSearchFileItem::mf_implCorresponding(const UQSearchFileItem& other,
+                                       const UQSearchFileVersion* version) const noexcept {
+    if (version == nullptr)
+        return nullptr;
+    const UQLinkedListItem* theirs = other.m_versions.mf_getHead();
+    UQLinkedListItem* ours = m_versions.mf_getHead();
+    while (theirs != nullptr && ours != nullptr) {
+        if (theirs == version)
+            return static_cast<UQSearchFileVersion*>(ours);
+        theirs = other.m_versions.mf_getNext(theirs);
+        ours = m_versions.mf_getNext(ours);
+    }
+    return nullptr;
+}
+
+void UQSearchFileItem::mf_implAddVersion(UQSearchFileVersion* pVersion) {
+    static const wchar_t* const _sFunction_ = L"UQSearchFileItem::mf_implAddVersion";
+    if (pVersion == nullptr)
+        UQReport::mf_fail(UQErrno::_E_::Parameter, _sFunction_, L"NULL == _pVersion");
+    const std::uint32_t number = pVersion->mf_getVersion();
+    // The list is ascending: when the latest is not greater, no version is, and the walk is saved.
+    const UQSearchFileVersion* latest = mf_implGetLatest();
+    if (latest == nullptr || latest->mf_getVersion() <= number) {
+        m_versions.mf_addTail(pVersion);
+        return;
+    }
+    for (UQLinkedListItem* item = m_versions.mf_getHead(); item != nullptr;
+         item = m_versions.mf_getNext(item)) {
+        if (static_cast<UQSearchFileVersion*>(item)->mf_getVersion() > number) {
+            // A null position puts it at the head.
+            m_versions.mf_insertAfter(m_versions.mf_getPrevious(item), pVersion);
+            return;
+        }
+    }
+    m_versions.mf_addTail(pVersion);
+}
+
+const UQQueryData& UQSearchFileItem::mf_getQueryData() const {
+    static const wchar_t* const _sFunction_ = L"UQSearchFileItem::mf_getQueryData";
+    const UQSearchFileVersion* latest = mf_implGetLatest();
+    if (latest == nullptr || latest->mf_getQueryData() == nullptr)
+        UQReport::mf_fail(UQErrno::_E_::Internal, _sFunction_, L"Found latest version without query data");
+    return *latest->mf_getQueryData();
+}
+
+const UQSearchFileVersion* UQSearchFileItem::mf_getLatestVersion() const noexcept {
+    return mf_implGetLatest();
+}
+
+void UQSearchFileItem::mf_setSelected(int bSelect, unsigned long version) {
+    if (bSelect == 0) {
+        m_pSelectedVersion = nullptr;
+        return;
+    }
+    if (version == UQQueryPatternVersion::LATEST) {
+        m_pSelectedVersion = mf_implGetLatest();
+        return;
+    }
+    UQSearchFileVersion* oldest = mf_implGetOldest();
+    if (oldest == nullptr)
+        return;
+    // The product's callers rely on this shape: the oldest version is compared until it matches, and no
+    // later version is ever looked at. The volatile read keeps the comparison a real one on each round.
+    for (;;) {
+        const volatile unsigned long current = oldest->mf_getVersion();
+        if (current == version)
+            break;
+    }
+    m_pSelectedVersion = oldest;
+}
+
+void UQSearchFileItem::mf_getVersions(int bAscending, VersionArray& versions) const {
+    static const wchar_t* const _sFunction_ = L"UQSearchFileItem::mf_getVersions";
+    if (versions.GetSize() != 0)
+        UQReport::mf_fail(UQErrno::_E_::Parameter, _sFunction_,
+                          L"Search file version list parameter is not empty");
+    if (bAscending) {
+        for (UQLinkedListItem* item = m_versions.mf_getHead(); item != nullptr;
+             item = m_versions.mf_getNext(item))
+            versions.Add(static_cast<UQSearchFileVersion*>(item));
+    } else {
+        for (UQLinkedListItem* item = m_versions.mf_getTail(); item != nullptr;
+             item = m_versions.mf_getPrevious(item))
+            versions.Add(static_cast<UQSearchFileVersion*>(item));
+    }
+}
+
+const UQPath& UQSearchFileItem::mf_getPath() const {
+    return mf_implGetOldest()->mf_getPath();
+}
+
+CString UQSearchFileItem::mf_getUNCPath() const {
+    return UQPath::mf_getUNCPath(mf_getPath());
+}
+
+CString UQSearchFileItem::mf_getPathDisplayString() const {
+    return mf_getQueryData().mf_getPathDisplayString();
+}
+
+CString UQSearchFileItem::mf_getRangesDisplayString() const {
+    CString text;
+    std::uint32_t start = 0;
+    std::uint32_t end = 0;
+    // A run of one adds nothing more, a run of two its second number, a longer run " - " and its end.
+    auto closeRun = [&]() {
+        if (end == start + 1u)
+            text.AppendFormat(L", %lu", end);
+        else if (end != start)
+            text.AppendFormat(L" - %lu", end);
+    };
+    bool first = true;
+    for (UQLinkedListItem* item = m_versions.mf_getHead(); item != nullptr;
+         item = m_versions.mf_getNext(item)) {
+        const std::uint32_t n = static_cast<UQSearchFileVersion*>(item)->mf_getVersion();
+        if (first) {
+            text.AppendFormat(L"%lu", n);
+            start = end = n;
+            first = false;
+        } else if (n == end + 1u && end != 0xFFFFFFFFu) {
+            end = n;
+        } else {
+            closeRun();
+            text.AppendFormat(L", %lu", n);
+            start = end = n;
+        }
+    }
+    if (!first)
+        closeRun();
+    return text;
+}
+
+CString UQSearchFileItem::mf_getSecurityDisplayString() const {
+    return UQString(mf_getQueryData().mf_hasSecurity() ? 4519u : 3545u).mf_getText();
+}
+
+CString UQSearchFileItem::mf_getADStreamsDisplayString() const {
+    return UQString(mf_getQueryData().mf_hasADStreams() ? 4519u : 3545u).mf_getText();
+}
+
+void UQSearchFileItem::mf_sortByPath(Array& items, int bAscending) {
+    static const wchar_t* const _sFunction_ = L"UQSearchFileItem::mf_sortByPath";
+    sortItems(items, bAscending ? pathAscending : pathDescending, _sFunction_);
+}
+
+void UQSearchFileItem::mf_sortByStatus(Array& items, int bAscending) {
+    // The product's logs name this sort as the file list's; log readers look for that name.
+    static const wchar_t* const _sFunction_ = L"UQFileListItem::mf_sortByStatus";
+    sortItems(items, bAscending ? statusAscending : statusDescending, _sFunction_);
+}
+
+void UQSearchFileItem::mf_sortBySecurity(Array& items, int bAscending) {
+    static const wchar_t* const _sFunction_ = L"UQFileListItem::mf_sortBySecurity";
+    sortItems(items, bAscending ? securityAscending : securityDescending, _sFunction_);
+}
+
+void UQSearchFileItem::mf_sortByADStreams(Array& items, int bAscending) {
+    // Shares the security sort's name in the log, as the product always has.
+    static const wchar_t* const _sFunction_ = L"UQFileListItem::mf_sortBySecurity";
+    sortItems(items, bAscending ? streamsAscending : streamsDescending, _sFunction_);
+}

@@ -1,0 +1,348 @@
+#include "guibase/search/UQSearchList.h"
+
+#include "guibase/foundation/UQReport.h"
+
+#include <new>
+
+namespace {
+
+// Hands the items to one of the archiver's sorts, which take them as query items, and puts them back in
+// the order it chose. A failed sort leaves the items as they were.
+template <class Sort> void sortAsQueryItems(UQSearchFileItem::Array& items, const Sort& sort) {
+    const INT_PTR count = items.GetSize();
+    if (count < 2)
+        return;
+    UQArray<UVQueryItem*, UVQueryItem*> queryItems;
+    queryItems.SetSize(count);
+    for (INT_PTR i = 0; i < count; ++i)
+        queryItems[i] = items[i];
+    sort(queryItems.GetData(), count);
+    for (INT_PTR i = 0; i < count; ++i)
+        items[i] = static_cast<UQSearchFileItem*>(queryItems[i]);
+}
+
+} // namespace
+
+UQSearchList::UQSearchList() : m_bClosed(0), m_bHasProtectedItems(0) {}
+
+UQSearchList::~UQSearchList() {
+    static const wchar_t* const _sFunction_ = L"UQSearchList::~UQSearchList";
+    try {
+        mf_implDeleteItems();
+    } catch (const UQErrno& e) {
+        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure deleting file list items: %s",
+                         e.mf_toString());
+    }
+    // Records of a list that was never closed are the list's too.
+    mf_implDeleteQueryData();
+}
+
+int UQSearchList::mf_implIsClosed() {
+    int closed = 0;
+    m_lock.mf_runCollected([&](UQErrnoData&) { closed = m_bClosed; });
+    return closed;
+}
+
+void UQSearchList::mf_add(const UQQueryData& queryData) {
+    static const wchar_t* const _sFunction_ = L"UQSearchList::mf_add";
+    if (m_bClosed.load())
+        UQReport::mf_fail(UQErrno::_E_::AlreadyInitialized, _sFunction_,
+                          L"Search item list has already been closed");
+    // Before the clone, so that the flag stays set even when cloning fails.
+    if (queryData.mf_isProtected())
+        m_bHasProtectedItems.store(1, std::memory_order_relaxed);
+    m_lock.mf_runCollected([&](UQErrnoData& error) {
+        // The list may have been closed since the check; a record added now would never be grouped.
+        if (m_bClosed) {
+            error = UQReport::mf_collect(UQErrno::_E_::AlreadyInitialized, _sFunction_,
+                                         L"Search item list has already been closed");
+            return;
+        }
+        UQQueryData* clone = nullptr;
+        try {
+            clone = queryData.mf_clone();
+            m_queryData.Add(clone);
+        } catch (const UQErrno& e) {
+            delete clone;
+            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
+                             L"Failure clone/adding query data item: %s\r\n%sQuery-data: %s", e.mf_toString(),
+                             UQLog::TAB, queryData.mf_toString());
+            error = e.mf_getData();
+        } catch (...) {
+            delete clone;
+            throw;
+        }
+    });
+}
+
+void UQSearchList::mf_close() {
+    static const wchar_t* const _sFunction_ = L"UQSearchList::mf_close";
+    if (mf_implIsClosed())
+        UQReport::mf_fail(UQErrno::_E_::State, _sFunction_, L"Search list is already closed");
+    m_lock.mf_runCollected([&](UQErrnoData& error) {
+        if (m_bClosed) {
+            error = UQReport::mf_collect(UQErrno::_E_::State, _sFunction_, L"Search list is already closed");
+            return;
+        }
+        // However the grouping ends, the list is closed and the records no version took are gone.
+        struct Finish {
+            UQSearchList& list;
+            ~Finish() {
+                list.m_bClosed = 1;
+                list.mf_implDeleteQueryData();
+            }
+        } finish{*this};
+        error = mf_implGroup();
+    });
+}
+
+UQErrnoData UQSearchList::mf_implGroup() {
+    static const wchar_t* const _sFunction_ = L"UQSearchList::mf_close";
+    const INT_PTR count = m_queryData.GetSize();
+    if (count > 0) {
+        try {
+            UQQueryData::mf_sortByPathAndVersion(1, 1, m_queryData);
+        } catch (const UQErrno& e) {
+            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
+                             L"Failure sorting query data list (%d items):\r\n%s%s", static_cast<int>(count),
+                             UQLog::TAB, e.mf_toString());
+            return e.mf_getData();
+        }
+    }
+    UQSearchFileItem* current = nullptr;
+    const UQQueryData* previous = nullptr;
+    for (INT_PTR i = 0; i < count; ++i) {
+        UQQueryData* record = m_queryData[i];
+        if (record == nullptr)
+            return UQReport::mf_collect(UQErrno::_E_::DataCorrupted, _sFunction_,
+                                        L"Query data no. %d is NULL", static_cast<int>(i));
+        UQSearchFileVersion* version = nullptr;
+        void* memory = nullptr;
+        try {
+            memory = UQAllocation::mf_allocate(sizeof(UQSearchFileVersion));
+            if (memory == nullptr)
+                return UQReport::mf_collect(UQErrno::_E_::Memory, _sFunction_,
+                                            L"No memory to create search file version");
+            version = new (memory) UQSearchFileVersion(record);
+        } catch (const UQErrno& e) {
+            UQAllocation::mf_free(memory);
+            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
+                             L"Failure creating search file version of query data no. %d:\r\n%s%s",
+                             static_cast<int>(i), UQLog::TAB, e.mf_toString());
+            return e.mf_getData();
+        } catch (...) {
+            UQAllocation::mf_free(memory);
+            throw;
+        }
+        // The version owns the record from here on.
+        m_queryData[i] = nullptr;
+        if (i > 0 && previous != nullptr && !(previous->mf_getObjectPath() != record->mf_getObjectPath())) {
+            if (current == nullptr) {
+                delete version;
+                return UQReport::mf_collect(UQErrno::_E_::Internal, _sFunction_,
+                                            L"No current file item at query data index %d",
+                                            static_cast<int>(i));
+            }
+            try {
+                current->mf_implAddVersion(version);
+            } catch (...) {
+                delete version;
+                throw;
+            }
+        } else {
+            void* itemMemory = nullptr;
+            try {
+                itemMemory = UQAllocation::mf_allocate(sizeof(UQSearchFileItem));
+                if (itemMemory == nullptr) {
+                    delete version;
+                    return UQReport::mf_collect(UQErrno::_E_::Memory, _sFunction_,
+                                                L"No memory to create search file item");
+                }
+                current = new (itemMemory) UQSearchFileItem(version);
+            } catch (const UQErrno& e) {
+                UQAllocation::mf_free(itemMemory);
+                delete version;
+                UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
+                                 L"Failure creating search file item of query data no. %d:\r\n%s%s",
+                                 static_cast<int>(i), UQLog::TAB, e.mf_toString());
+                return e.mf_getData();
+            } catch (...) {
+                UQAllocation::mf_free(itemMemory);
+                delete version;
+                throw;
+            }
+            try {
+                m_fileItems.Add(current);
+            } catch (...) {
+                delete current;
+                throw;
+            }
+        }
+        previous = record;
+    }
+    // After closing, every file is selected with its latest version.
+    for (INT_PTR i = 0; i < m_fileItems.GetSize(); ++i)
+        m_fileItems[i]->mf_setSelected(1, UQQueryPatternVersion::LATEST);
+    UQReport::mf_log(UQLogData::LEVEL_T, _sFunction_,
+                     L"Created, sorted and closed search file list (%d files)",
+                     static_cast<int>(m_fileItems.GetSize()));
+    return UQErrnoData();
+}
+
+std::uint32_t UQSearchList::mf_getQueryItemCount() {
+    std::uint32_t count = 0;
+    m_lock.mf_runCollected([&](UQErrnoData&) { count = static_cast<std::uint32_t>(m_queryData.GetSize()); });
+    return count;
+}
+
+std::uint32_t UQSearchList::mf_getFileItemCount() {
+    static const wchar_t* const _sFunction_ = L"UQSearchList::mf_getFileItemCount";
+    if (!mf_implIsClosed())
+        UQReport::mf_fail(UQErrno::_E_::Initialization, _sFunction_,
+                          L"File item list must be close before items can be accessed");
+    std::uint32_t count = 0;
+    m_lock.mf_runCollected([&](UQErrnoData&) { count = static_cast<std::uint32_t>(m_fileItems.GetSize()); });
+    return count;
+}
+
+std::uint32_t UQSearchList::mf_getSelectedFileItemCount() {
+    static const wchar_t* const _sFunction_ = L"UQSearchList::mf_getSelectedFileItemCount";
+    if (!mf_implIsClosed())
+        UQReport::mf_fail(UQErrno::_E_::Initialization, _sFunction_,
+                          L"File item list must be close before items can be accessed");
+    std::uint32_t count = 0;
+    m_lock.mf_runCollected([&](UQErrnoData&) {
+        for (INT_PTR i = 0; i < m_fileItems.GetSize(); ++i)
+            if (m_fileItems[i]->mf_isSelected())
+                ++count;
+    });
+    return count;
+}
+
+void UQSearchList::mf_getFileList(UQSearchFileItem::Array& files, int bExcludeAvailable,
+                                  int bExcludeAvailableProtected, int bExcludeExpiring,
+                                  int bExcludeExpiringProtected, int bExcludeDeleted,
+                                  int bExcludeDeletedProtected) {
+    static const wchar_t* const _sFunction_ = L"UQSearchList::mf_getFileList";
+    if (files.GetSize() != 0)
+        UQReport::mf_fail(UQErrno::_E_::Parameter, _sFunction_, L"Parameter list is not empty");
+    if (!mf_implIsClosed())
+        UQReport::mf_fail(UQErrno::_E_::Initialization, _sFunction_,
+                          L"File item list must be close before items can be accessed");
+    // Indexed like the status texts: state (available, expiring, deleted) times two, plus one if protected.
+    const int excluded[6] = {bExcludeAvailable, bExcludeAvailableProtected,
+                             bExcludeExpiring,  bExcludeExpiringProtected,
+                             bExcludeDeleted,   bExcludeDeletedProtected};
+    const bool filtering = bExcludeAvailable || bExcludeAvailableProtected || bExcludeExpiring ||
+                           bExcludeExpiringProtected || bExcludeDeleted || bExcludeDeletedProtected;
+    m_lock.mf_runCollected([&](UQErrnoData&) {
+        for (INT_PTR i = 0; i < m_fileItems.GetSize(); ++i) {
+            UQSearchFileItem* item = m_fileItems[i];
+            if (filtering) {
+                // Classified live on the latest record, not on the status text fixed at close.
+                const UQQueryData& data = item->mf_getQueryData();
+                int state = 0;
+                if (data.mf_isEventBased() && data.mf_isDeletionStarted())
+                    state = 4;
+                else if (!data.mf_isEventBased() && data.mf_getExpiryTime().uFileTime != 0)
+                    state = 2;
+                if (excluded[state + (data.mf_isProtected() ? 1 : 0)])
+                    continue;
+            }
+            files.Add(item);
+        }
+    });
+}
+
+void UQSearchList::mf_getSelectedFileList(UQSearchFileItem::Array& files, int bSortByAccessOrder) {
+    static const wchar_t* const _sFunction_ = L"UQSearchList::mf_getSelectedFileList";
+    if (files.GetSize() != 0)
+        UQReport::mf_fail(UQErrno::_E_::Parameter, _sFunction_, L"Parameter list is not empty");
+    if (!mf_implIsClosed())
+        UQReport::mf_fail(UQErrno::_E_::Initialization, _sFunction_,
+                          L"File item list must be close before items can be accessed");
+    m_lock.mf_runCollected([&](UQErrnoData& error) {
+        for (INT_PTR i = 0; i < m_fileItems.GetSize(); ++i)
+            if (m_fileItems[i]->mf_isSelected())
+                files.Add(m_fileItems[i]);
+        if (!bSortByAccessOrder)
+            return;
+        try {
+            sortAsQueryItems(files, [](UVQueryItem** items, INT_PTR count) {
+                UQQueryData::mf_sortByAccessOrder(items, count);
+            });
+        } catch (const UQErrno& e) {
+            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
+                             L"Failure sorting selected search file items by backend access order:\r\n%s%s",
+                             UQLog::TAB, e.mf_toString());
+            error = e.mf_getData();
+        }
+    });
+}
+
+void UQSearchList::mf_sortByPath(int bAscending) {
+    static const wchar_t* const _sFunction_ = L"UQSearchList::mf_sortByPath";
+    if (!mf_implIsClosed())
+        UQReport::mf_fail(UQErrno::_E_::Initialization, _sFunction_,
+                          L"File item list must be close before items can be sorted");
+    m_lock.mf_runCollected([&](UQErrnoData& error) {
+        try {
+            sortAsQueryItems(m_fileItems, [bAscending](UVQueryItem** items, INT_PTR count) {
+                UQQueryData::mf_sortByPathAndVersion(bAscending, 1, items, count);
+            });
+        } catch (const UQErrno& e) {
+            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
+                             L"Failure sorting search list files %s:\r\n%s%s",
+                             bAscending ? L"ascending" : L"descending", UQLog::TAB, e.mf_toString());
+            error = e.mf_getData();
+        }
+    });
+}
+
+void UQSearchList::mf_selectLatest() {
+    static const wchar_t* const _sFunction_ = L"UQSearchList::mf_selectLatest";
+    if (!mf_implIsClosed())
+        UQReport::mf_fail(UQErrno::_E_::Initialization, _sFunction_, L"Search item list is not closed");
+    m_lock.mf_runCollected([&](UQErrnoData&) {
+        for (INT_PTR i = 0; i < m_fileItems.GetSize(); ++i)
+            m_fileItems[i]->mf_setSelected(1, UQQueryPatternVersion::LATEST);
+    });
+}
+
+void UQSearchList::mf_reset() {
+    static const wchar_t* const _sFunction_ = L"UQSearchList::mf_reset";
+    if (!mf_implIsClosed())
+        UQReport::mf_fail(UQErrno::_E_::Initialization, _sFunction_, L"Search item list is not closed");
+    m_lock.mf_runCollected([&](UQErrnoData&) {
+        for (INT_PTR i = 0; i < m_fileItems.GetSize(); ++i)
+            m_fileItems[i]->mf_setSelected(0, 0);
+    });
+}
+
+void UQSearchList::mf_clear() {
+    static const wchar_t* const _sFunction_ = L"UQSearchList::mf_clear";
+    if (!mf_implIsClosed())
+        UQReport::mf_fail(UQErrno::_E_::Initialization, _sFunction_, L"Search item list is not closed");
+    m_lock.mf_runCollected([&](UQErrnoData& error) {
+        try {
+            mf_implDeleteItems();
+            m_bClosed = 0;
+        } catch (const UQErrno& e) {
+            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure deleting search file items: %s",
+                             e.mf_toString());
+            error = e.mf_getData();
+        }
+    });
+}
+
+void UQSearchList::mf_implDeleteItems() {
+    for (INT_PTR i = 0; i < m_fileItems.GetSize(); ++i)
+        delete m_fileItems[i];
+    m_fileItems.RemoveAll();
+}
+
+void UQSearchList::mf_implDeleteQueryData() noexcept {
+    for (INT_PTR i = 0; i < m_queryData.GetSize(); ++i)
+        delete m_queryData[i];
+    m_queryData.RemoveAll();
+}

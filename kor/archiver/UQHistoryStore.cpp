@@ -1,0 +1,363 @@
+#include "interfaces/korarchiver.h"
+
+#include "kor/archiver/HistoryText.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+
+namespace {
+
+const wchar_t* const kSearchFunction = L"UQHistoryStore::mf_searchText";
+constexpr std::size_t kFieldCount = 8;
+
+template <class... A>
+void logLine(const UQLogData& level, const wchar_t* function, const wchar_t* format,
+             const A&... args) noexcept {
+    UQThreadContext::mf_setLoggingLanguage();
+    UQLog::mf_writeMessage(level, function, format, args...);
+}
+
+std::string trimBlanks(const std::string& s) {
+    std::size_t a = 0, b = s.size();
+    while (a < b && s[a] == ' ')
+        ++a;
+    while (b > a && s[b - 1] == ' ')
+        --b;
+    return s.substr(a, b - a);
+}
+
+bool parseUnsigned(const std::string& text, std::uint64_t max, std::uint64_t& value) {
+    if (text.empty() || text.size() > 20)
+        return false;
+    std::uint64_t v = 0;
+    for (char c : text) {
+        if (c < '0' || c > '9')
+            return false;
+        const unsigned digit = static_cast<unsigned>(c - '0');
+        if (v > (max - digit) / 10)
+            return false;
+        v = v * 10 + digit;
+    }
+    value = v;
+    return true;
+}
+
+bool parseFlags(const std::string& text, std::uint32_t& flags) {
+    flags = 0;
+    if (text == "-")
+        return true;
+    if (text.empty())
+        return false;
+    for (char c : text) {
+        std::uint32_t flag = 0;
+        switch (c) {
+        case 'S':
+            flag = UQQueryData::FLAG_SECURITY;
+            break;
+        case 'A':
+            flag = UQQueryData::FLAG_AD_STREAMS;
+            break;
+        case 'E':
+            flag = UQQueryData::FLAG_EVENT_BASED;
+            break;
+        case 'P':
+            flag = UQQueryData::FLAG_PROTECTED;
+            break;
+        case 'D':
+            flag = UQQueryData::FLAG_DELETION_STARTED;
+            break;
+        default:
+            return false;
+        }
+        if (flags & flag)
+            return false;
+        flags |= flag;
+    }
+    return true;
+}
+
+// Well-formed UTF-8: no stray continuation byte, overlong form, encoded surrogate, code point above
+// U+10FFFF or cut sequence. A store in another encoding would give paths that name no file.
+bool isUtf8(const std::string& text) {
+    const unsigned char* p = reinterpret_cast<const unsigned char*>(text.data());
+    const unsigned char* const end = p + text.size();
+    while (p < end) {
+        const unsigned c = *p++;
+        if (c < 0x80)
+            continue;
+        std::size_t more = 0;
+        unsigned low = 0x80, high = 0xBF;
+        if (c >= 0xC2 && c <= 0xDF) {
+            more = 1;
+        } else if (c >= 0xE0 && c <= 0xEF) {
+            more = 2;
+            low = c == 0xE0 ? 0xA0 : 0x80;
+            high = c == 0xED ? 0x9F : 0xBF;
+        } else if (c >= 0xF0 && c <= 0xF4) {
+            more = 3;
+            low = c == 0xF0 ? 0x90 : 0x80;
+            high = c == 0xF4 ? 0x8F : 0xBF;
+        } else {
+            return false;
+        }
+        if (static_cast<std::size_t>(end - p) < more || *p < low || *p > high)
+            return false;
+        ++p;
+        for (std::size_t i = 1; i < more; ++i, ++p)
+            if (*p < 0x80 || *p > 0xBF)
+                return false;
+    }
+    return true;
+}
+
+bool hasControlCharacter(const std::string& text) {
+    for (char c : text) {
+        const unsigned u = static_cast<unsigned char>(c);
+        if ((u < 0x20 && u != '\t') || u == 0x7F)
+            return true;
+    }
+    return false;
+}
+
+// "volume:position".
+bool parseAccessKey(const std::string& text, UQQueryData::AccessKey& key) {
+    const std::size_t colon = text.find(':');
+    if (colon == std::string::npos)
+        return false;
+    std::uint64_t volume = 0, position = 0;
+    if (!parseUnsigned(text.substr(0, colon), 0xFFFFFFFFull, volume) ||
+        !parseUnsigned(text.substr(colon + 1), UINT64_MAX, position))
+        return false;
+    key.uVolume = static_cast<std::uint32_t>(volume);
+    key.uPosition = position;
+    return true;
+}
+
+// Turns store lines into records and hands the matching ones on.
+class LineReader {
+public:
+    LineReader(const CString& name, const UQHistoryQuery& query, UVQueryDataSink& sink,
+               const UQCancelSwitch* cancel, UQHistoryStore::Result& result)
+        : m_name(name), m_query(query), m_sink(sink), m_cancel(cancel), m_result(result), m_uLine(0) {
+        if (!query.sPattern.IsEmpty())
+            m_pattern.reset(new UQPathPattern(query.sPattern));
+    }
+
+    // The next piece of the text; lines may be split across pieces.
+    void feed(const char* data, std::size_t size) {
+        std::size_t start = 0;
+        if (m_uLine == 0 && m_carry.empty() && size >= 3 && std::string(data, 3) == "\xEF\xBB\xBF")
+            start = 3; // a byte-order mark is no part of the first path
+        while (start < size) {
+            const void* found = std::memchr(data + start, '\n', size - start);
+            if (found == nullptr) {
+                m_carry.append(data + start, size - start);
+                return;
+            }
+            const std::size_t end = static_cast<std::size_t>(static_cast<const char*>(found) - data);
+            if (m_carry.empty()) {
+                line(std::string(data + start, end - start));
+            } else {
+                m_carry.append(data + start, end - start);
+                std::string text;
+                text.swap(m_carry);
+                line(text);
+            }
+            start = end + 1;
+        }
+    }
+
+    void finish() {
+        if (!m_carry.empty()) {
+            std::string text;
+            text.swap(m_carry);
+            line(text);
+        }
+    }
+
+private:
+    void line(std::string text) {
+        ++m_uLine;
+        if (m_cancel != nullptr && m_cancel->mf_isCancelled()) {
+            logLine(UQLogData::LEVEL_W, kSearchFunction, L"History search canceled at %s:%lu", m_name,
+                    m_uLine);
+            throw UQErrno(UQErrno::_W_::UserCanceled);
+        }
+        if (!text.empty() && text.back() == '\r')
+            text.pop_back();
+        if (text.empty() || text[0] == '#' || text.find_first_not_of(" \t") == std::string::npos)
+            return;
+        if (!isUtf8(text))
+            return skip(L"invalid UTF-8");
+        if (hasControlCharacter(text))
+            return skip(L"control character");
+        std::vector<std::string> fields;
+        std::size_t start = 0;
+        for (;;) {
+            const std::size_t tab = text.find('\t', start);
+            fields.push_back(text.substr(start, tab == std::string::npos ? std::string::npos : tab - start));
+            if (tab == std::string::npos)
+                break;
+            start = tab + 1;
+        }
+        if (fields.size() != kFieldCount) {
+            CString what;
+            what.Format(L"expected %d tab-separated fields, found %d", static_cast<int>(kFieldCount),
+                        static_cast<int>(fields.size()));
+            skip(what);
+            return;
+        }
+        const std::string& objectPath = fields[0];
+        const std::string& filePath = fields[1];
+        const std::string version = trimBlanks(fields[2]);
+        const std::string lastWrite = trimBlanks(fields[3]);
+        const std::string size = trimBlanks(fields[4]);
+        const std::string flagText = trimBlanks(fields[5]);
+        const std::string expiry = trimBlanks(fields[6]);
+        const std::string access = trimBlanks(fields[7]);
+        std::uint64_t uVersion = 0, uLastWrite = 0, uSize = 0, uExpiry = 0;
+        std::uint32_t flags = 0;
+        UQQueryData::AccessKey key = {0, 0};
+        if (trimBlanks(objectPath).empty())
+            return skip(L"empty object path");
+        if (trimBlanks(filePath).empty())
+            return skip(L"empty file path (write = for the object path)");
+        if (!parseUnsigned(version, 0xFFFFFFFFull, uVersion))
+            return skip(L"bad version number", version);
+        if (!korhistory::parseTime(lastWrite, uLastWrite))
+            return skip(L"bad last write time", lastWrite);
+        if (!parseUnsigned(size, 0x7FFFFFFFFFFFFFFFull, uSize))
+            return skip(L"bad size", size);
+        if (!parseFlags(flagText, flags))
+            return skip(L"bad flags", flagText);
+        if (expiry != "-" && !korhistory::parseTime(expiry, uExpiry))
+            return skip(L"bad expiry time", expiry);
+        if (!parseAccessKey(access, key))
+            return skip(L"bad access key", access);
+        ++m_result.uRecords;
+
+        if (m_query.fromTime.mf_getValue() != 0 && uLastWrite < m_query.fromTime.mf_getValue())
+            return;
+        if (m_query.toTime.mf_getValue() != 0 && uLastWrite > m_query.toTime.mf_getValue())
+            return;
+        const CString sObjectPath = CString::FromUtf8(objectPath);
+        const CString sFilePath = filePath == "=" ? sObjectPath : CString::FromUtf8(filePath);
+        if (m_pattern && !m_pattern->mf_matches(sFilePath))
+            return;
+        const UQQueryData data(sObjectPath, sFilePath, static_cast<std::uint32_t>(uVersion),
+                               UQFileTime(uLastWrite), UQFileSize(static_cast<std::int64_t>(uSize)), flags,
+                               UQExpiryTime{uExpiry}, key);
+        try {
+            m_sink.mf_onQueryData(data);
+        } catch (const UQErrno& e) {
+            logLine(UQLogData::LEVEL_E, kSearchFunction,
+                    L"Failure handing over the record of %s:%lu:\r\n%s%s", m_name, m_uLine, UQLog::TAB,
+                    e.mf_toString());
+            throw;
+        }
+        ++m_result.uMatches;
+    }
+
+    void skip(const CString& what) {
+        CString detail;
+        detail.Format(L"%s:%lu: %s", m_name, m_uLine, what);
+        m_result.errors.push_back(UQErrno(UQErrnoData(UQErrno::_E_::Format), detail));
+        logLine(UQLogData::LEVEL_W, kSearchFunction, L"History record skipped: %s", detail);
+    }
+
+    void skip(const wchar_t* what, const std::string& value) {
+        CString text;
+        text.Format(L"%s '%s'", what, CString::FromUtf8(value));
+        skip(text);
+    }
+
+    const CString& m_name;
+    const UQHistoryQuery& m_query;
+    UVQueryDataSink& m_sink;
+    const UQCancelSwitch* m_cancel;
+    UQHistoryStore::Result& m_result;
+    std::unique_ptr<UQPathPattern> m_pattern;
+    std::uint32_t m_uLine;
+    std::string m_carry;
+};
+
+} // namespace
+
+UQHistoryStore::UQHistoryStore(const CString& file) : m_sFile(file) {}
+
+UQHistoryStore::Result UQHistoryStore::mf_searchText(const std::string& text, const CString& name,
+                                                     const UQHistoryQuery& query, UVQueryDataSink& sink,
+                                                     const UQCancelSwitch* cancel) {
+    Result result;
+    LineReader reader(name, query, sink, cancel, result);
+    reader.feed(text.data(), text.size());
+    reader.finish();
+    return result;
+}
+
+UQHistoryStore::Result UQHistoryStore::mf_search(const UQHistoryQuery& query, UVQueryDataSink& sink,
+                                                 const UQCancelSwitch* cancel) const {
+    static const wchar_t* const _sFunction_ = L"UQHistoryStore::mf_search";
+#if defined(_WIN32)
+    FILE* f = _wfopen(m_sFile, L"rb");
+#else
+    FILE* f = std::fopen(m_sFile.ToUtf8().c_str(), "rb");
+#endif
+    const int openError = errno;
+    if (f == nullptr) {
+        CString detail;
+        detail.Format(L"%s: cannot open (errno %d)", m_sFile, openError);
+        logLine(UQLogData::LEVEL_E, _sFunction_, L"Failure opening history store '%s'", m_sFile);
+        throw UQErrno(UQErrnoData(UQErrno::_E_::File), detail);
+    }
+    // The file is closed on every way out, also when the sink or a cancellation ends the search.
+    const std::unique_ptr<FILE, int (*)(FILE*)> file(f, std::fclose);
+    Result result;
+    LineReader reader(m_sFile, query, sink, cancel, result);
+    std::unique_ptr<char[]> buffer(new char[1u << 16]);
+    std::size_t n;
+    while ((n = std::fread(buffer.get(), 1, 1u << 16, f)) > 0)
+        reader.feed(buffer.get(), n);
+    if (std::ferror(f)) {
+        CString detail;
+        detail.Format(L"%s: read error", m_sFile);
+        logLine(UQLogData::LEVEL_E, _sFunction_, L"Failure reading history store '%s'", m_sFile);
+        throw UQErrno(UQErrnoData(UQErrno::_E_::File), detail);
+    }
+    reader.finish();
+    return result;
+}
+
+std::string UQHistoryStore::mf_formatRecord(const UQQueryData& data) {
+    const CString& objectPath = data.mf_getObjectPath();
+    const CString& filePath = data.mf_getPath();
+    const UQQueryData::AccessKey& key = data.mf_getAccessKey();
+    const UQExpiryTime expiry = data.mf_getExpiryTime();
+    std::string line = objectPath.ToUtf8();
+    line += '\t';
+    line += filePath == objectPath ? std::string("=") : filePath.ToUtf8();
+    line += '\t';
+    line += std::to_string(data.mf_getVersion());
+    line += '\t';
+    line += korhistory::formatTime(data.mf_getLastWriteTime().mf_getValue());
+    line += '\t';
+    line += std::to_string(data.mf_getSize().mf_getValue());
+    line += '\t';
+    // Through the record's own operations, so that a record that answers differently is written as it
+    // answers.
+    const std::uint32_t flags = (data.mf_hasSecurity() ? UQQueryData::FLAG_SECURITY : 0u) |
+                                (data.mf_hasADStreams() ? UQQueryData::FLAG_AD_STREAMS : 0u) |
+                                (data.mf_isEventBased() ? UQQueryData::FLAG_EVENT_BASED : 0u) |
+                                (data.mf_isProtected() ? UQQueryData::FLAG_PROTECTED : 0u) |
+                                (data.mf_isDeletionStarted() ? UQQueryData::FLAG_DELETION_STARTED : 0u);
+    line += korhistory::formatFlags(flags);
+    line += '\t';
+    line += expiry.mf_isSet() ? korhistory::formatTime(expiry.uFileTime) : std::string("-");
+    line += '\t';
+    line += std::to_string(key.uVolume);
+    line += ':';
+    line += std::to_string(key.uPosition);
+    return line;
+}
