@@ -5,6 +5,7 @@
 #include "FileVersionReader.h"
 #include "MalformedLines.h"
 #include "MigrationListing.h"
+#include "SettingsCommand.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -97,6 +98,8 @@ std::string parseOptions(const std::vector<CString>& args, Options& options) {
                            arg.ToUtf8() + "'";
                 if (options.sFilterOption.IsEmpty())
                     options.sFilterOption = arg;
+            } else if (arg == L"--registry" || arg.Left(11) == L"--registry=") {
+                return "--registry is an option of settings, as in korfiles settings --registry=...";
             } else {
                 return "unknown option '" + arg.ToUtf8() + "'";
             }
@@ -146,10 +149,12 @@ int runListing(const std::string& text, const Options& options, const CString& i
 
 int run(const std::vector<CString>& args, const CString& defaultInput, const CString& defaultListing,
         TextOutput& out, TextOutput& err) {
+    if (!args.empty() && args[0] == L"settings")
+        return SettingsCommand::mf_run(std::vector<CString>(args.begin() + 1, args.end()), out, err);
     Options options;
     const std::string usageError = parseOptions(args, options);
     if (!usageError.empty()) {
-        err.mf_write("korfiles: " + usageError + "\n" + kUsage);
+        err.mf_write("korfiles: " + usageError + "\n" + KorFilesTool::mf_getUsage());
         return KorFilesTool::EXIT_BAD_USAGE;
     }
     if (options.bHelp) {
@@ -218,8 +223,12 @@ int KorFilesTool::mf_readFile(const CString& path, std::string& text, std::strin
     return 1;
 }
 
+std::string KorFilesTool::mf_getUsage() {
+    return std::string(kUsage) + "       " + SettingsCommand::SYNOPSIS + "\n";
+}
+
 std::string KorFilesTool::mf_getHelp(const CString& defaultInput, const CString& defaultListing) {
-    return std::string(kUsage) +
+    return mf_getUsage() +
            "\n"
            "Lists the file versions in FILE, one line per file: its path, the ranges of its version\n"
            "numbers, its newest version (file name, date and time), its result and the severity of that.\n"
@@ -254,8 +263,11 @@ std::string KorFilesTool::mf_getHelp(const CString& defaultInput, const CString&
            "  --skip=SEVERITIES   leave out files of these severities: info, warning, error, several\n"
            "                      separated by commas, as in --skip=info,warning (listings only)\n"
            "  -h, --help          print this help and exit\n"
-           "  --                  take the next argument as FILE even if it starts with '-'\n"
+           "  --                  take the next argument as FILE even if it starts with '-' or is\n"
+           "                      the word settings\n"
            "\n"
            "Exit status: 0 every line was read, 1 malformed lines were skipped, 2 bad usage,\n"
-           "3 FILE cannot be read, 4 internal error.\n";
+           "3 FILE cannot be read, 4 internal error.\n"
+           "\n" +
+           SettingsCommand::mf_getHelp();
 }

@@ -8,23 +8,30 @@
 #include <vector>
 
 // The korfiles command: reads a file versions file or a migration listing, merges its lines into file
-// list items and prints them as a table.
+// list items and prints them as a table; or, with "settings" as its first argument, shows and changes the
+// client's GUI defaults (SettingsCommand).
 class KorFilesTool {
 public:
     static const int EXIT_ALL_READ = 0;
     static const int EXIT_LINES_SKIPPED = 1;
+    // settings: the registry refused the change, or there was nothing to change.
+    static const int EXIT_NOT_CHANGED = 1;
     static const int EXIT_BAD_USAGE = 2;
     static const int EXIT_UNREADABLE = 3;
     static const int EXIT_INTERNAL_ERROR = 4;
 
     // _args are the arguments after the program name; when none names a file, _sDefaultInput is read, or
-    // _sDefaultListing with --listing. The table goes to _rOut; malformed lines ("<file>:<line>: <what is
-    // wrong>"), usage errors and read errors go to _rErr. Answers the exit code.
+    // _sDefaultListing with --listing. A first argument "settings" runs SettingsCommand with the rest (a
+    // file of that name is read as "-- settings" or "./settings"). The table goes to _rOut; malformed lines
+    // ("<file>:<line>: <what is wrong>"), usage errors and read errors go to _rErr. Answers the exit code.
     static int mf_run(const std::vector<CString>& _args, const CString& _sDefaultInput,
                       const CString& _sDefaultListing, TextOutput& _rOut, TextOutput& _rErr) noexcept;
 
     // The whole file as bytes. Answers 0 with the system's reason when it cannot be opened or read.
     static int mf_readFile(const CString& _sPath, std::string& _rText, std::string& _rReason);
+
+    // The usage lines that follow a usage error.
+    static std::string mf_getUsage();
 
     // The --help text.
     static std::string mf_getHelp(const CString& _sDefaultInput, const CString& _sDefaultListing);

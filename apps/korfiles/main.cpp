@@ -1,5 +1,5 @@
 // korfiles: prints the file versions of a text file, or the files of a migration listing, as file list
-// items. See docs/korfiles.md.
+// items; korfiles settings shows and changes the client's GUI defaults. See docs/korfiles.md.
 #include "ConsoleOutput.h"
 #include "KorFilesTool.h"
 

@@ -132,7 +132,8 @@ TEST_F(KorFilesToolTest, BadUsageGivesOneLineAndTheUsageWithCode2) {
     const std::string usage =
         "Usage: korfiles [--sort=path|result] [--descending] [FILE]\n"
         "       korfiles --listing[=FILE] [--no-stubs] [--skip=info,warning,error] [--sort=path|result]\n"
-        "                [--descending]\n";
+        "                [--descending]\n"
+        "       korfiles settings [--registry=STORE] [set NAME VALUE | mru add PATH | mru remove PATH]\n";
     struct Case {
         std::vector<CString> args;
         std::string error;

@@ -38,7 +38,8 @@ protected:
 const char* const kUsage =
     "Usage: korfiles [--sort=path|result] [--descending] [FILE]\n"
     "       korfiles --listing[=FILE] [--no-stubs] [--skip=info,warning,error] [--sort=path|result]\n"
-    "                [--descending]\n";
+    "                [--descending]\n"
+    "       korfiles settings [--registry=STORE] [set NAME VALUE | mru add PATH | mru remove PATH]\n";
 
 // One file of each severity, two stub files (one given by its status, one by its result text) and one
 // whose result differs from the stub-file message in case only.

@@ -1,0 +1,56 @@
+#include "LogTap.h"
+
+LogTap::LogTap() : m_pProductLog(new UQLogFileSink()), m_pPrevious(nullptr), m_bFailure(false) {
+    m_pPrevious = UQLog::mf_setSink(this);
+    // The file is opened by the first record only, so keeping an unused one costs nothing.
+    if (m_pPrevious != nullptr)
+        m_pProductLog.reset();
+}
+
+LogTap::~LogTap() {
+    UQLog::mf_setSink(m_pPrevious);
+}
+
+void LogTap::mf_write(const UQLogRecord& record) noexcept {
+    if (m_pPrevious != nullptr)
+        m_pPrevious->mf_write(record);
+    else if (m_pProductLog)
+        m_pProductLog->mf_write(record);
+    if (record.pLevel == nullptr || record.pLevel->mf_getLetter() != L'E')
+        return;
+    try {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        m_bFailure = true;
+        m_sFailure.Empty();
+        CString line = record.sText.Mid(record.sText.ReverseFind(L'\n') + 1);
+        line.TrimLeft();
+        line.TrimRight();
+        m_sFailure = line;
+    } catch (...) {
+        // Out of memory: the failure has counted, only its words are lost.
+    }
+}
+
+void LogTap::mf_mark() noexcept {
+    try {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        m_bFailure = false;
+        m_sFailure.Empty();
+    } catch (...) {
+        // std::mutex::lock does not fail on the platforms built for.
+    }
+}
+
+bool LogTap::mf_hasFailure() const noexcept {
+    try {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        return m_bFailure;
+    } catch (...) {
+        return true;
+    }
+}
+
+CString LogTap::mf_getFailure() const {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_sFailure;
+}

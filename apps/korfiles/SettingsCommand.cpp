@@ -1,0 +1,392 @@
+#include "SettingsCommand.h"
+
+#include "KorFilesTool.h"
+#include "LogTap.h"
+#include "RegistryChoice.h"
+
+#include "guibase/settings/UQGuiRegistry.h"
+
+namespace {
+
+// The placeholders as the registry holds them, and the word that the GUI shows for them
+// (docs/registry.md).
+const wchar_t* const kServerMgmtClass = L"<VRS server default mgmt class>";
+const wchar_t* const kDynamicOptionFile = L"<B/A client chooses options file>";
+const wchar_t* const kDefault = L"DEFAULT";
+// Catalogue text: the display name of the dynamic option file.
+const unsigned kDynamicOptionFileText = 3144;
+
+enum Kind { FLAG, MGMT_CLASS, OPTION_FILE, OPTION_FILE_MRU, SEARCH_ROOT };
+
+struct Setting {
+    const wchar_t* name;
+    Kind kind;
+    // Flags only.
+    int (*isSet)();
+    int (*set)(int);
+};
+
+// In the order they are shown.
+const Setting kSettings[] = {
+    {L"management-class", MGMT_CLASS, nullptr, nullptr},
+    {L"backup-before-migrate", FLAG, &UQGuiRegistry::mf_isDefaultBackupBeforeMigrate,
+     &UQGuiRegistry::mf_setDefaultBackupBeforeMigrate},
+    {L"migration-file-security", FLAG, &UQGuiRegistry::mf_isDefaultMigrationFileSecurity,
+     &UQGuiRegistry::mf_setDefaultMigrationFileSecurity},
+    {L"migration-alternate-data-streams", FLAG, &UQGuiRegistry::mf_isDefaultMigrationADStreams,
+     &UQGuiRegistry::mf_setDefaultMigrationADStreams},
+    {L"retrieval-file-security", FLAG, &UQGuiRegistry::mf_isDefaultRetrieveFileSecurity,
+     &UQGuiRegistry::mf_setDefaultRetrieveFileSecurity},
+    {L"retrieval-alternate-data-streams", FLAG, &UQGuiRegistry::mf_isDefaultRetrieveADStreams,
+     &UQGuiRegistry::mf_setDefaultRetrieveADStreams},
+    {L"backup-option-file", OPTION_FILE, nullptr, nullptr},
+    {L"option-file-mru", OPTION_FILE_MRU, nullptr, nullptr},
+    {L"history-search-root", SEARCH_ROOT, nullptr, nullptr},
+};
+
+std::string utf8(const wchar_t* s) {
+    return CString(s).ToUtf8();
+}
+
+const Setting* findSetting(const CString& name) {
+    for (const Setting& s : kSettings) {
+        if (name == s.name)
+            return &s;
+    }
+    return nullptr;
+}
+
+std::string settingNames() {
+    std::string names;
+    for (const Setting& s : kSettings)
+        names += (names.empty() ? "" : ", ") + utf8(s.name);
+    return names;
+}
+
+// "DEFAULT <display name>": the dynamic option file as the GUI shows it.
+CString translatedDynamicOptionFile() {
+    CString s;
+    s.Format(L"%s <%s>", kDefault, UQString(kDynamicOptionFileText).mf_getText());
+    return s;
+}
+
+// DEFAULT, or a text that names the dynamic option file as the MRU recognises it.
+bool meansDynamicOptionFile(const CString& value) {
+    return value == kDefault || value.Find(kDynamicOptionFile) >= 0 ||
+           value.Find(UQString(kDynamicOptionFileText).mf_getText()) >= 0;
+}
+
+bool hasControlCharacter(const CString& value) {
+    for (int i = 0; i < value.GetLength(); ++i) {
+        if (value[i] < 0x20 || value[i] == 0x7F)
+            return true;
+    }
+    return false;
+}
+
+// One "name: value" line; a stored value with line breaks or other control characters still makes one
+// line, with U+FFFD in their place, and an empty value leaves nothing after the colon.
+std::string line(const wchar_t* name, const CString& value) {
+    CString shown = value;
+    for (int i = 0; i < shown.GetLength(); ++i) {
+        if (shown[i] < 0x20 || shown[i] == 0x7F)
+            shown.SetAt(i, 0xFFFD);
+    }
+    return utf8(name) + (shown.IsEmpty() ? ":" : ": " + shown.ToUtf8()) + "\n";
+}
+
+std::string show(const Setting& s) {
+    switch (s.kind) {
+    case FLAG:
+        return line(s.name, s.isSet() ? L"yes" : L"no");
+    case MGMT_CLASS:
+        return line(s.name, UQGuiRegistry::mf_getDefaultMgmtClass());
+    case OPTION_FILE: {
+        // An empty default is the dynamic option file.
+        const CString path = UQGuiRegistry::mf_getDefaultBackupOptionFilePath();
+        return line(s.name, path.IsEmpty() ? translatedDynamicOptionFile() : path);
+    }
+    case OPTION_FILE_MRU: {
+        UQArray<CString> paths;
+        UQGuiRegistry::mf_getTranslatedBackupOptionFilePathMRU(paths);
+        if (paths.GetSize() == 0)
+            return line(s.name, CString());
+        std::string lines;
+        for (INT_PTR i = 0; i < paths.GetSize(); ++i)
+            lines += line(s.name, paths[i]);
+        return lines;
+    }
+    case SEARCH_ROOT:
+        return line(s.name, UQGuiRegistry::mf_getHistorySearchRoot());
+    }
+    return std::string();
+}
+
+std::string showAll() {
+    std::string lines;
+    for (const Setting& s : kSettings)
+        lines += show(s);
+    return lines;
+}
+
+// Answers 0 when the value is not one of the words for a flag.
+int parseFlag(const CString& value, int& flag) {
+    if (value == L"yes" || value == L"true" || value == L"1")
+        flag = 1;
+    else if (value == L"no" || value == L"false" || value == L"0")
+        flag = 0;
+    else
+        return 0;
+    return 1;
+}
+
+// Answers an empty string when the value suits the setting, else the one line that says what is wrong.
+std::string checkValue(const Setting& s, const CString& value) {
+    const std::string name = utf8(s.name);
+    if (hasControlCharacter(value))
+        return "the value for " + name + " holds a control character";
+    switch (s.kind) {
+    case FLAG: {
+        int flag = 0;
+        if (!parseFlag(value, flag))
+            return name + " takes yes or no (or true, false, 1, 0), not '" + value.ToUtf8() + "'";
+        return std::string();
+    }
+    case MGMT_CLASS:
+        if (value.IsEmpty())
+            return "management-class needs a class name, or DEFAULT for the server's default class";
+        return std::string();
+    case OPTION_FILE:
+        if (value.IsEmpty())
+            return "backup-option-file needs a file path, or DEFAULT for the option file the backup client "
+                   "chooses";
+        return std::string();
+    case OPTION_FILE_MRU:
+        return "option-file-mru is changed with 'korfiles settings mru add PATH' and 'mru remove PATH'";
+    case SEARCH_ROOT:
+        return std::string();
+    }
+    return std::string();
+}
+
+// A change that the registry did not take, in the words of the error that the GUI registry logged.
+std::string refused(const std::string& what, const CString& reason) {
+    return "korfiles: " + what + ": " +
+           (reason.IsEmpty() ? std::string("the registry refused it; see the product log")
+                             : reason.ToUtf8()) +
+           "\n";
+}
+
+int setOne(const Setting& s, const CString& value, LogTap& tap, TextOutput& out, TextOutput& err) {
+    const std::string problem = checkValue(s, value);
+    if (!problem.empty()) {
+        err.mf_write("korfiles: " + problem + "\n");
+        return KorFilesTool::EXIT_BAD_USAGE;
+    }
+    tap.mf_mark();
+    int done = 0;
+    CString reason;
+    switch (s.kind) {
+    case FLAG: {
+        int flag = 0;
+        parseFlag(value, flag);
+        done = s.set(flag);
+        break;
+    }
+    case MGMT_CLASS:
+        // What is shown as DEFAULT is stored as the placeholder, so that the shown value can be set again.
+        done = UQGuiRegistry::mf_setDefaultMgmtClass(value == kDefault ? CString(kServerMgmtClass) : value);
+        break;
+    case OPTION_FILE:
+        try {
+            done = UQGuiRegistry::mf_setDefaultBackupOptionFilePath(meansDynamicOptionFile(value) ? CString()
+                                                                                                  : value);
+        } catch (const UQErrno& e) {
+            // Its log record names another value, so the error itself tells what went wrong.
+            done = 0;
+            reason = e.mf_toString();
+        }
+        break;
+    case SEARCH_ROOT:
+        done = UQGuiRegistry::mf_setHistorySearchRoot(value);
+        break;
+    case OPTION_FILE_MRU:
+        break;
+    }
+    if (!done || tap.mf_hasFailure()) {
+        err.mf_write(refused("cannot set " + utf8(s.name), reason.IsEmpty() ? tap.mf_getFailure() : reason));
+        return KorFilesTool::EXIT_NOT_CHANGED;
+    }
+    out.mf_write(show(s));
+    return KorFilesTool::EXIT_ALL_READ;
+}
+
+int updateMru(const CString& path, bool remove, LogTap& tap, TextOutput& out, TextOutput& err) {
+    if (path.IsEmpty()) {
+        err.mf_write("korfiles: an option file path cannot be empty\n");
+        return KorFilesTool::EXIT_BAD_USAGE;
+    }
+    if (hasControlCharacter(path)) {
+        err.mf_write("korfiles: the option file path holds a control character\n");
+        return KorFilesTool::EXIT_BAD_USAGE;
+    }
+    const std::string quoted = "'" + path.ToUtf8() + "'";
+    tap.mf_mark();
+    // DEFAULT is the dynamic option file here as everywhere; the update itself recognises the other ways
+    // of naming it.
+    const int changed = UQGuiRegistry::mf_updateTranslatedBackupOptionFilePathMRU(
+        path == kDefault ? CString(kDynamicOptionFile) : path, remove ? 1 : 0);
+    // A failed write is logged at E even where the update answers 1.
+    if (tap.mf_hasFailure()) {
+        err.mf_write(refused(remove ? "cannot remove " + quoted + " from the option-file MRU"
+                                    : "cannot add " + quoted + " to the option-file MRU",
+                             tap.mf_getFailure()));
+        return KorFilesTool::EXIT_NOT_CHANGED;
+    }
+    if (!changed) {
+        err.mf_write("korfiles: " + quoted +
+                     (remove ? " is not in the option-file MRU\n" : " is in the option-file MRU already\n"));
+        return KorFilesTool::EXIT_NOT_CHANGED;
+    }
+    out.mf_write(show(*findSetting(L"option-file-mru")));
+    return KorFilesTool::EXIT_ALL_READ;
+}
+
+struct Options {
+    bool bHelp = false;
+    bool bRegistry = false;
+    CString sRegistry;
+    std::vector<CString> words;
+};
+
+#if defined(_WIN32)
+const char* const kStoreWord = "KEY";
+#else
+const char* const kStoreWord = "FILE";
+#endif
+
+// Answers an empty string when the arguments are good, else the one line that says what is wrong.
+std::string parseOptions(const std::vector<CString>& args, Options& options) {
+    bool optionsEnded = false;
+    for (const CString& arg : args) {
+        if (!optionsEnded && arg.GetLength() > 1 && arg[0] == L'-') {
+            if (arg == L"--") {
+                optionsEnded = true;
+            } else if (arg == L"--help" || arg == L"-h") {
+                options.bHelp = true;
+            } else if (arg == L"--registry" || arg.Left(11) == L"--registry=") {
+                if (arg.GetLength() <= 11)
+                    return "--registry needs a " + std::string(kStoreWord) +
+                           ", as in --registry=" + kStoreWord;
+                if (options.bRegistry)
+                    return "only one --registry may be given";
+                options.bRegistry = true;
+                options.sRegistry = arg.Mid(11);
+            } else {
+                return "unknown option '" + arg.ToUtf8() + "'";
+            }
+            continue;
+        }
+        options.words.push_back(arg);
+    }
+    const std::vector<CString>& w = options.words;
+    if (w.empty())
+        return std::string();
+    if (w[0] == L"set") {
+        if (w.size() != 3)
+            return "settings set needs NAME and VALUE";
+    } else if (w[0] == L"mru") {
+        if (w.size() != 3 || (w[1] != L"add" && w[1] != L"remove"))
+            return "settings mru needs add PATH or remove PATH";
+    } else {
+        return "unknown settings command '" + w[0].ToUtf8() + "'; the commands are set and mru";
+    }
+    return std::string();
+}
+
+} // namespace
+
+const char* const SettingsCommand::SYNOPSIS =
+    "korfiles settings [--registry=STORE] [set NAME VALUE | mru add PATH | mru remove PATH]";
+
+int SettingsCommand::mf_run(const std::vector<CString>& args, TextOutput& out, TextOutput& err) {
+    Options options;
+    const std::string usageError = parseOptions(args, options);
+    if (!usageError.empty()) {
+        err.mf_write("korfiles: " + usageError + "\n" + KorFilesTool::mf_getUsage());
+        return KorFilesTool::EXIT_BAD_USAGE;
+    }
+    if (options.bHelp) {
+        out.mf_write("Usage: " + std::string(SYNOPSIS) + "\n\n" + mf_getHelp());
+        return KorFilesTool::EXIT_ALL_READ;
+    }
+    const std::vector<CString>& w = options.words;
+    const Setting* setting = nullptr;
+    if (!w.empty() && w[0] == L"set") {
+        setting = findSetting(w[1]);
+        // Checked before the registry is touched.
+        if (setting == nullptr) {
+            err.mf_write("korfiles: unknown setting '" + w[1].ToUtf8() + "'; the settings are " +
+                         settingNames() + "\n");
+            return KorFilesTool::EXIT_BAD_USAGE;
+        }
+    }
+
+    LogTap tap;
+    RegistryChoice registry;
+    std::string reason;
+    if (options.bRegistry && !registry.mf_choose(options.sRegistry, reason)) {
+        err.mf_write("korfiles: " + reason + "\n");
+        return KorFilesTool::EXIT_NOT_CHANGED;
+    }
+    if (w.empty()) {
+        UQGuiRegistry::mf_initialize();
+        out.mf_write(showAll());
+        return KorFilesTool::EXIT_ALL_READ;
+    }
+    if (setting != nullptr)
+        return setOne(*setting, w[2], tap, out, err);
+    return updateMru(w[2], w[1] == L"remove", tap, out, err);
+}
+
+std::string SettingsCommand::mf_getHelp() {
+    return std::string(
+               "korfiles settings shows and changes the client's GUI defaults in the registry:\n"
+               "  korfiles settings                  seed the missing defaults, as the client does when it\n"
+               "                                     starts, and show every setting as NAME: VALUE\n"
+               "  korfiles settings set NAME VALUE   change one setting and show it\n"
+               "  korfiles settings mru add PATH     add an option file to the option-file MRU, unless it\n"
+               "                                     is there already in any case\n"
+               "  korfiles settings mru remove PATH  remove it (compared ignoring case)\n"
+               "\n"
+               "Settings (NAME):\n"
+               "  management-class                   the default management class; DEFAULT: the server's\n"
+               "                                     default class\n"
+               "  backup-before-migrate              yes or no (true, false, 1 and 0 are taken too)\n"
+               "  migration-file-security            yes or no: migrate file security by default\n"
+               "  migration-alternate-data-streams   yes or no: migrate alternate data streams by default\n"
+               "  retrieval-file-security            yes or no: retrieve file security by default\n"
+               "  retrieval-alternate-data-streams   yes or no: retrieve alternate data streams by default\n"
+               "  backup-option-file                 the default backup option file; DEFAULT: the option\n"
+               "                                     file that the backup client chooses\n"
+               "  option-file-mru                    the option files used recently, one line each, sorted;\n"
+               "                                     changed with mru add and mru remove\n"
+               "  history-search-root                the directory the history search starts from; empty:\n"
+               "                                     none\n"
+               "An empty value shows as nothing after the colon.\n"
+               "\n"
+               "Options of settings:\n") +
+#if defined(_WIN32)
+           "  --registry=KEY      work on HKEY_CURRENT_USER\\KEY instead of the registry: its sub keys HKLM\n"
+           "                      and HKCU stand for HKEY_LOCAL_MACHINE and HKEY_CURRENT_USER\n"
+#else
+           "  --registry=FILE     work on this registry database instead of the one named by\n"
+           "                      KOR_REGISTRY_FILE, or else $XDG_CONFIG_HOME (or ~/.config)/korguibase/\n"
+           "                      registry.sqlite\n"
+#endif
+           "  -h, --help          print this help and exit\n"
+           "  --                  take the next arguments as they are even if they start with '-'\n"
+           "\n"
+           "Exit status of settings: 0 done, 1 nothing was changed (the registry refused the change, or the\n"
+           "MRU held the path already or did not hold it), 2 bad usage, an unknown NAME or a bad VALUE.\n";
+}
