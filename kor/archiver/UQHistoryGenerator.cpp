@@ -162,7 +162,7 @@ UQHistoryGenerator::UQHistoryGenerator(std::uint32_t files, std::uint64_t seed)
     const std::uint64_t slots = mf_getSlotCount();
     if (slots > 2) {
         // A step coprime to the slot count visits every slot once, scattered like records on tapes.
-        std::uint64_t step = (slots * 0x9E3779B9ull >> 32) | 1u;
+        std::uint64_t step = static_cast<std::uint64_t>(static_cast<double>(slots) * 0.6180339887) | 1u;
         while (gcd(step, slots) != 1)
             step += 2;
         m_uStep = step % slots;

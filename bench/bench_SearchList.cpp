@@ -1,0 +1,95 @@
+// UQSearchList against its limit over a generated history of 1 M and 10 M query records (about a third as
+// many files of 1 to 5 versions, paths of 60 to 130 characters), added from two threads, then closed,
+// selected, sorted by path descending, filtered and listed in access order. Each side runs in a process
+// of its own (search_bench.cpp); the limit runs first, and the list reports its time and peak memory
+// relative to the limit's ("vs_limit" on wall-clock time, "cpu_vs_limit" on processor time of all threads,
+// "mem_vs_limit": goals 1.5, 1.5 and 1.3). Counters: wall-clock ("s_") and processor ("cpu_") seconds per
+// step, the list's step times over the limit's ("x_"), peak resident memory in MiB (the process's VmHWM)
+// and the part of it the side added to the process it started in ("MiB_own", which the memory ratio uses).
+// The benchmark's own Time is the wall-clock total; its CPU column is the parent's, which only waits.
+#include "search_bench.h"
+
+#include <benchmark/benchmark.h>
+
+#include <map>
+#include <string>
+
+namespace {
+
+using search_bench::Result;
+
+constexpr int kProducers = 2;
+
+// The limit's result per history size, so that the list can relate itself to it.
+std::map<std::uint32_t, Result>& limits() {
+    static std::map<std::uint32_t, Result> m;
+    return m;
+}
+
+void report(benchmark::State& state, const Result& r) {
+    for (int phase = 0; phase < search_bench::PHASES; ++phase) {
+        state.counters[std::string("s_") + search_bench::phaseName(phase)] = r.seconds[phase];
+        state.counters[std::string("cpu_") + search_bench::phaseName(phase)] = r.cpuSeconds[phase];
+    }
+    state.counters["cpu_total"] = r.cpuTotal;
+    state.counters["records"] = static_cast<double>(r.records);
+    state.counters["files"] = static_cast<double>(r.files);
+    state.counters["MiB_peak"] = static_cast<double>(r.peakKiB) / 1024.0;
+    state.counters["MiB_own"] = static_cast<double>(r.peakKiB - r.baselineKiB) / 1024.0;
+}
+
+void run(benchmark::State& state, search_bench::Side side) {
+    const std::uint32_t files = static_cast<std::uint32_t>(state.range(0));
+    for (auto _ : state) {
+        const Result r = search_bench::runInChildProcess(side, files, kProducers);
+        if (!r.ok) {
+            state.SkipWithError(r.error);
+            return;
+        }
+        state.SetIterationTime(r.total);
+        report(state, r);
+        if (side == search_bench::LIMIT) {
+            limits()[files] = r;
+            continue;
+        }
+        const auto limit = limits().find(files);
+        if (limit == limits().end())
+            continue;
+        const Result& l = limit->second;
+        if (r.files != l.files || r.filtered != l.filtered || r.selected != l.selected) {
+            state.SkipWithError("the list and the limit disagree on the files");
+            return;
+        }
+        state.counters["vs_limit"] = r.total / l.total;
+        state.counters["cpu_vs_limit"] = r.cpuTotal / l.cpuTotal;
+        state.counters["mem_vs_limit"] =
+            static_cast<double>(r.peakKiB - r.baselineKiB) / static_cast<double>(l.peakKiB - l.baselineKiB);
+        for (int phase = 0; phase < search_bench::PHASES; ++phase)
+            if (l.seconds[phase] > 0)
+                state.counters[std::string("x_") + search_bench::phaseName(phase)] =
+                    r.seconds[phase] / l.seconds[phase];
+    }
+}
+
+void BM_SearchLimit(benchmark::State& state) {
+    run(state, search_bench::LIMIT);
+}
+void BM_SearchList(benchmark::State& state) {
+    run(state, search_bench::LIST);
+}
+
+// 333,333 files give about 1 M records, 3,333,333 about 10 M.
+BENCHMARK(BM_SearchLimit)
+    ->Arg(333333)
+    ->Arg(3333333)
+    ->Unit(benchmark::kMillisecond)
+    ->UseManualTime()
+    ->Iterations(1);
+BENCHMARK(BM_SearchList)
+    ->Arg(333333)
+    ->Arg(3333333)
+    ->Unit(benchmark::kMillisecond)
+    ->UseManualTime()
+    ->Iterations(1);
+
+} // namespace
