@@ -496,6 +496,17 @@ public:
 };
 
 // ---------------------------------------------------------------------------------------------------------
+// '*' and '?' matching, shared by the wildcards of the library and the archiver's path patterns
+
+class KORBASE_API UQPatternMatch {
+public:
+    // '*' stands for any run of characters (also none), '?' for exactly one; single pass with one
+    // back-tracking point; no escape. With _bFoldText the text is upper-cased character by character as
+    // it is read (the folding of CString::MakeUpper), so the pattern must already be upper case.
+    static int mf_matches(const wchar_t* _pszPattern, const wchar_t* _pszText, int _bFoldText) noexcept;
+};
+
+// ---------------------------------------------------------------------------------------------------------
 // Numbers, dates and times in the configured formats
 
 // The configuration is one for the process; changing it while other threads format is safe.

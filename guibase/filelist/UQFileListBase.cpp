@@ -4,6 +4,18 @@
 
 #include <new>
 
+namespace {
+
+// The closed-phase refusal that every reading, sorting and resetting operation starts with.
+bool refuseWhileOpen(int closed, UQErrnoData& error, const wchar_t* function, const wchar_t* text) {
+    if (closed)
+        return false;
+    error = UQReport::mf_collect(UQErrno::_E_::Initialization, function, text);
+    return true;
+}
+
+} // namespace
+
 UQFileListBase::UQFileListBase() : m_bClosed(0) {}
 
 UQFileListBase::~UQFileListBase() {
@@ -36,11 +48,9 @@ std::uint32_t UQFileListBase::mf_getItemCount() {
     static const wchar_t* const _sFunction_ = L"UQFileListBase::mf_getItemCount";
     std::uint32_t count = 0;
     m_lock.mf_runCollected([&](UQErrnoData& error) {
-        if (!m_bClosed) {
-            error = UQReport::mf_collect(UQErrno::_E_::Initialization, _sFunction_,
-                                         L"File item list must be close before items can be accessed");
+        if (refuseWhileOpen(m_bClosed, error, _sFunction_,
+                            L"File item list must be close before items can be accessed"))
             return;
-        }
         count = static_cast<std::uint32_t>(m_items.GetSize());
     });
     return count;
@@ -48,31 +58,24 @@ std::uint32_t UQFileListBase::mf_getItemCount() {
 
 void UQFileListBase::mf_getList(UQFileListItem::Array& items) {
     static const wchar_t* const _sFunction_ = L"UQFileListBase::mf_getList";
-    if (items.GetSize() != 0)
-        UQReport::mf_fail(UQErrno::_E_::Parameter, _sFunction_, L"Parameter list is not empty");
-    m_lock.mf_runCollected([&](UQErrnoData& error) {
-        if (!m_bClosed) {
-            error = UQReport::mf_collect(UQErrno::_E_::Initialization, _sFunction_,
-                                         L"File item list must be closed before items can be accessed");
-            return;
-        }
-        for (INT_PTR i = 0; i < m_items.GetSize(); ++i)
-            items.Add(m_items[i]);
-    });
+    mf_implAppendItems(items, 0, _sFunction_);
 }
 
 void UQFileListBase::mf_getSelectedList(UQFileListItem::Array& items) {
     static const wchar_t* const _sFunction_ = L"UQFileListBase::mf_getSelectedList";
+    mf_implAppendItems(items, 1, _sFunction_);
+}
+
+void UQFileListBase::mf_implAppendItems(UQFileListItem::Array& items, int bSelectedOnly,
+                                        const wchar_t* function) {
     if (items.GetSize() != 0)
-        UQReport::mf_fail(UQErrno::_E_::Parameter, _sFunction_, L"Parameter list is not empty");
+        UQReport::mf_fail(UQErrno::_E_::Parameter, function, L"Parameter list is not empty");
     m_lock.mf_runCollected([&](UQErrnoData& error) {
-        if (!m_bClosed) {
-            error = UQReport::mf_collect(UQErrno::_E_::Initialization, _sFunction_,
-                                         L"File item list must be closed before items can be accessed");
+        if (refuseWhileOpen(m_bClosed, error, function,
+                            L"File item list must be closed before items can be accessed"))
             return;
-        }
         for (INT_PTR i = 0; i < m_items.GetSize(); ++i)
-            if (m_items[i]->mf_isSelected())
+            if (!bSelectedOnly || m_items[i]->mf_isSelected())
                 items.Add(m_items[i]);
     });
 }
@@ -80,11 +83,9 @@ void UQFileListBase::mf_getSelectedList(UQFileListItem::Array& items) {
 void UQFileListBase::mf_sort(int bAscending) {
     static const wchar_t* const _sFunction_ = L"UQFileListBase::mf_sort";
     m_lock.mf_runCollected([&](UQErrnoData& error) {
-        if (!m_bClosed) {
-            error = UQReport::mf_collect(UQErrno::_E_::Initialization, _sFunction_,
-                                         L"File item list must be closed before items can be sorted");
+        if (refuseWhileOpen(m_bClosed, error, _sFunction_,
+                            L"File item list must be closed before items can be sorted"))
             return;
-        }
         try {
             UQFileListItem::mf_sortByPath(m_items, bAscending);
         } catch (const UQErrno& e) {
@@ -98,11 +99,9 @@ void UQFileListBase::mf_sort(int bAscending) {
 void UQFileListBase::mf_sortVersions(int bAscending) {
     static const wchar_t* const _sFunction_ = L"UQFileListBase::mf_sortVersions";
     m_lock.mf_runCollected([&](UQErrnoData& error) {
-        if (!m_bClosed) {
-            error = UQReport::mf_collect(UQErrno::_E_::Initialization, _sFunction_,
-                                         L"File item list must be closed before items can be sorted");
+        if (refuseWhileOpen(m_bClosed, error, _sFunction_,
+                            L"File item list must be closed before items can be sorted"))
             return;
-        }
         try {
             for (INT_PTR i = 0; i < m_items.GetSize(); ++i)
                 m_items[i]->mf_sortVersions(bAscending);
@@ -117,11 +116,9 @@ void UQFileListBase::mf_sortVersions(int bAscending) {
 void UQFileListBase::mf_reset() {
     static const wchar_t* const _sFunction_ = L"UQFileListBase::mf_reset";
     m_lock.mf_runCollected([&](UQErrnoData& error) {
-        if (!m_bClosed) {
-            error = UQReport::mf_collect(UQErrno::_E_::Initialization, _sFunction_,
-                                         L"File item list must be closed before items can be reset");
+        if (refuseWhileOpen(m_bClosed, error, _sFunction_,
+                            L"File item list must be closed before items can be reset"))
             return;
-        }
         try {
             for (INT_PTR i = 0; i < m_items.GetSize(); ++i)
                 m_items[i]->mf_reset();

@@ -47,6 +47,8 @@ protected:
 
 private:
     UQFileListItem* mf_implFind(const CString& _sPath);
+    // The two reads: every item, or the selected ones; logged under _pszFunction.
+    void mf_implAppendItems(UQFileListItem::Array& _rItems, int _bSelectedOnly, const wchar_t* _pszFunction);
 
     UQCriticalSection m_lock;
     int m_bClosed;
