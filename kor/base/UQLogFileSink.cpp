@@ -1,5 +1,7 @@
 #include "interfaces/korbase.h"
 
+#include "Environment.h"
+
 #include "compat/utf8.h"
 
 #include <cstdio>
@@ -28,26 +30,6 @@ const char* const kContinuation = "                        ";
 
 bool isSeparator(wchar_t c) noexcept {
     return c == L'\\' || c == L'/';
-}
-
-// The value of an environment variable; empty when it is not set.
-CString environment(const wchar_t* name) {
-#if defined(_WIN32)
-    // GetEnvironmentVariableW sees changes that SetEnvironmentVariableW made after the CRT copied the block.
-    wchar_t buffer[1024];
-    const DWORD n = GetEnvironmentVariableW(name, buffer, 1024);
-    if (n == 0)
-        return CString();
-    if (n < 1024)
-        return CString(buffer, static_cast<int>(n));
-    CString value;
-    const DWORD m = GetEnvironmentVariableW(name, value.GetBuffer(static_cast<int>(n)), n);
-    value.ReleaseBuffer(m < n ? static_cast<int>(m) : 0);
-    return value;
-#else
-    const char* value = std::getenv(CString(name).ToUtf8().c_str());
-    return value != nullptr ? CString::FromUtf8(value) : CString();
-#endif
 }
 
 void appendUtf8Line(std::string& out, const wchar_t* text, int length) {
@@ -243,13 +225,13 @@ void UQLogFileSink::mf_write(const UQLogRecord& record) noexcept {
 }
 
 CString UQLogFileSink::mf_getDefaultPath() {
-    const CString configured = environment(L"KOR_LOG_FILE");
+    const CString configured = korenv::variable(L"KOR_LOG_FILE");
     if (!configured.IsEmpty())
         return configured;
 #if defined(_WIN32)
-    CString base = environment(L"LOCALAPPDATA");
+    CString base = korenv::variable(L"LOCALAPPDATA");
     if (base.IsEmpty()) {
-        base = environment(L"USERPROFILE");
+        base = korenv::variable(L"USERPROFILE");
         if (!base.IsEmpty()) {
             base.TrimRight(L"\\/");
             base += L"\\AppData\\Local";
@@ -263,21 +245,7 @@ CString UQLogFileSink::mf_getDefaultPath() {
     base.TrimRight(L"\\/");
     return base + L"\\Corvex\\Stormex\\Logs\\korguibase.log";
 #else
-    CString base = environment(L"XDG_STATE_HOME");
-    // The XDG rules ignore a relative location.
-    if (base.IsEmpty() || base[0] != L'/') {
-        base = environment(L"HOME");
-        if (base.IsEmpty()) {
-            const passwd* pw = ::getpwuid(::getuid());
-            if (pw != nullptr && pw->pw_dir != nullptr)
-                base = CString::FromUtf8(pw->pw_dir);
-        }
-        if (base.IsEmpty())
-            base = L"/tmp";
-        base.TrimRight(L'/');
-        base += L"/.local/state";
-    }
-    base.TrimRight(L'/');
+    const CString base = korenv::userDirectory(L"XDG_STATE_HOME", L".local/state");
     return base + L"/korguibase/korguibase.log";
 #endif
 }

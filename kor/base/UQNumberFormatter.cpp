@@ -1,5 +1,7 @@
 #include "interfaces/korbase.h"
 
+#include "Environment.h"
+
 #include <cstdlib>
 #include <mutex>
 
@@ -27,17 +29,6 @@ Configuration& configuration() {
     return s_configuration;
 }
 
-CString environment(const wchar_t* name) {
-#if defined(_WIN32)
-    wchar_t buffer[256];
-    const DWORD n = GetEnvironmentVariableW(name, buffer, 256);
-    return n > 0 && n < 256 ? CString(buffer, static_cast<int>(n)) : CString();
-#else
-    const char* value = std::getenv(CString(name).ToUtf8().c_str());
-    return value != nullptr ? CString::FromUtf8(value) : CString();
-#endif
-}
-
 // A digit or a minus sign would make formatted numbers ambiguous.
 bool isUsableSeparator(wchar_t c) noexcept {
     return !(c >= L'0' && c <= L'9') && c != L'-';
@@ -45,13 +36,13 @@ bool isUsableSeparator(wchar_t c) noexcept {
 
 // The defaults, or what KOR_DATE_FORMAT, KOR_TIME_FORMAT and KOR_GROUP_SEPARATOR say. Called under the lock.
 void loadDefaults(Configuration& c) {
-    c.sDate = environment(L"KOR_DATE_FORMAT");
+    c.sDate = korenv::variable(L"KOR_DATE_FORMAT");
     if (c.sDate.IsEmpty())
         c.sDate = kDefaultDateFormat;
-    c.sTime = environment(L"KOR_TIME_FORMAT");
+    c.sTime = korenv::variable(L"KOR_TIME_FORMAT");
     if (c.sTime.IsEmpty())
         c.sTime = kDefaultTimeFormat;
-    const CString group = environment(L"KOR_GROUP_SEPARATOR");
+    const CString group = korenv::variable(L"KOR_GROUP_SEPARATOR");
     if (group.GetLength() == 1 && isUsableSeparator(group[0]))
         c.cGroup = group[0];
     else if (group == L"none")

@@ -4,6 +4,8 @@
 // write the same file.
 #include "UQRegistryStore.h"
 
+#include "Environment.h"
+
 #include <sqlite3.h>
 
 #include <cerrno>
@@ -46,11 +48,6 @@ CString g_sConfiguredFile;
 sqlite3* g_pDb = nullptr;
 std::string g_openFile;
 pid_t g_openPid = 0;
-
-CString environment(const char* name) {
-    const char* v = std::getenv(name);
-    return v != nullptr ? CString::FromUtf8(v) : CString();
-}
 
 const char* hiveText(HKEY hive) noexcept {
     return hive == HKEY_LOCAL_MACHINE ? "HKLM" : "HKCU";
@@ -165,7 +162,7 @@ private:
 CString configuredFile() {
     if (!g_sConfiguredFile.IsEmpty())
         return g_sConfiguredFile;
-    const CString fromEnvironment = environment("KOR_REGISTRY_FILE");
+    const CString fromEnvironment = korenv::variable(L"KOR_REGISTRY_FILE");
     return fromEnvironment.IsEmpty() ? defaultFile() : fromEnvironment;
 }
 
@@ -451,21 +448,7 @@ CString currentFile() {
 }
 
 CString defaultFile() {
-    CString base = environment("XDG_CONFIG_HOME");
-    // The XDG rules ignore a relative location.
-    if (base.IsEmpty() || base[0] != L'/') {
-        base = environment("HOME");
-        if (base.IsEmpty()) {
-            const passwd* pw = ::getpwuid(::getuid());
-            if (pw != nullptr && pw->pw_dir != nullptr)
-                base = CString::FromUtf8(pw->pw_dir);
-        }
-        if (base.IsEmpty())
-            base = L"/tmp";
-        base.TrimRight(L'/');
-        base += L"/.config";
-    }
-    base.TrimRight(L'/');
+    const CString base = korenv::userDirectory(L"XDG_CONFIG_HOME", L".config");
     return base + L"/korguibase/registry.sqlite";
 }
 
