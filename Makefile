@@ -1,6 +1,8 @@
 # The two commands of README.md: `make run` and `make test`. Both install what they lack first.
 JOBS ?= $(shell nproc)
 RELEASE := build/native-release
+# What `make run` runs: the history search over the sample built into the program.
+ARGS ?= search
 
 .PHONY: run test bench deps-native deps-windows clean
 

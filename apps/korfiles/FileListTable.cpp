@@ -79,3 +79,22 @@ std::string FileListTable::mf_formatListing(const UQFileListItem::Array& items) 
     }
     return alignColumns(rows);
 }
+
+std::string FileListTable::mf_formatSearch(const UQSearchFileItem::Array& items, int bSelectedOnly) {
+    std::vector<Row> rows;
+    rows.reserve(static_cast<std::size_t>(items.GetSize()) + 1);
+    rows.push_back({L"Path", bSelectedOnly ? L"Version" : L"Versions", L"Status", L"Security", L"Streams"});
+    for (INT_PTR i = 0; i < items.GetSize(); ++i) {
+        const UQSearchFileItem* item = items[i];
+        const UQSearchFileVersion* selected = item->mf_getSelectedVersion();
+        const UQSearchFileVersion* shown = selected != nullptr ? selected : item->mf_getLatestVersion();
+        CString versions;
+        if (bSelectedOnly && selected != nullptr)
+            versions.Format(L"%lu", static_cast<unsigned long>(selected->mf_getVersion()));
+        else
+            versions = item->mf_getRangesDisplayString();
+        rows.push_back({item->mf_getPathDisplayString(), versions, shown->mf_getStatusString(),
+                        item->mf_getSecurityDisplayString(), item->mf_getADStreamsDisplayString()});
+    }
+    return alignColumns(rows);
+}

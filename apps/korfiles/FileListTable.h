@@ -1,6 +1,7 @@
 #pragma once
 
 #include "guibase/filelist/UQFileListItem.h"
+#include "guibase/search/UQSearchFileItem.h"
 
 #include <string>
 
@@ -14,4 +15,9 @@ public:
     // Path, version ranges, result and severity: a listing gives its versions no file time, so there is no
     // selected version to show.
     static std::string mf_formatListing(const UQFileListItem::Array& _items);
+    // A history search: path, versions, status, security and alternate data streams, each item's display
+    // strings. Versions are the item's version ranges, or with _bSelectedOnly the number of its selected
+    // version alone (the header then says Version); the status is the selected version's, or the latest
+    // one's when none is selected; security and streams are the latest record's.
+    static std::string mf_formatSearch(const UQSearchFileItem::Array& _items, int _bSelectedOnly);
 };

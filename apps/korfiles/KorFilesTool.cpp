@@ -5,6 +5,7 @@
 #include "FileVersionReader.h"
 #include "MalformedLines.h"
 #include "MigrationListing.h"
+#include "SearchCommand.h"
 #include "SettingsCommand.h"
 
 #include <cerrno>
@@ -98,6 +99,8 @@ std::string parseOptions(const std::vector<CString>& args, Options& options) {
                            arg.ToUtf8() + "'";
                 if (options.sFilterOption.IsEmpty())
                     options.sFilterOption = arg;
+            } else if (arg == L"--store" || arg.Left(8) == L"--store=") {
+                return "--store is an option of search, as in korfiles search --store=...";
             } else if (arg == L"--registry" || arg.Left(11) == L"--registry=") {
                 return "--registry is an option of settings, as in korfiles settings --registry=...";
             } else {
@@ -151,6 +154,9 @@ int run(const std::vector<CString>& args, const CString& defaultInput, const CSt
         TextOutput& out, TextOutput& err) {
     if (!args.empty() && args[0] == L"settings")
         return SettingsCommand::mf_run(std::vector<CString>(args.begin() + 1, args.end()), out, err);
+    if (!args.empty() && args[0] == L"search")
+        return SearchCommand::mf_run(std::vector<CString>(args.begin() + 1, args.end()),
+                                     HistorySource::mf_sample(), out, err);
     Options options;
     const std::string usageError = parseOptions(args, options);
     if (!usageError.empty()) {
@@ -224,7 +230,8 @@ int KorFilesTool::mf_readFile(const CString& path, std::string& text, std::strin
 }
 
 std::string KorFilesTool::mf_getUsage() {
-    return std::string(kUsage) + "       " + SettingsCommand::SYNOPSIS + "\n";
+    return std::string(kUsage) + "       " + SearchCommand::SYNOPSIS + "\n       " +
+           SettingsCommand::SYNOPSIS + "\n";
 }
 
 std::string KorFilesTool::mf_getHelp(const CString& defaultInput, const CString& defaultListing) {
@@ -264,10 +271,10 @@ std::string KorFilesTool::mf_getHelp(const CString& defaultInput, const CString&
            "                      separated by commas, as in --skip=info,warning (listings only)\n"
            "  -h, --help          print this help and exit\n"
            "  --                  take the next argument as FILE even if it starts with '-' or is\n"
-           "                      the word settings\n"
+           "                      the word search or settings\n"
            "\n"
            "Exit status: 0 every line was read, 1 malformed lines were skipped, 2 bad usage,\n"
            "3 FILE cannot be read, 4 internal error.\n"
            "\n" +
-           SettingsCommand::mf_getHelp();
+           SearchCommand::mf_getHelp() + "\n" + SettingsCommand::mf_getHelp();
 }

@@ -8,8 +8,8 @@
 #include <vector>
 
 // The korfiles command: reads a file versions file or a migration listing, merges its lines into file
-// list items and prints them as a table; or, with "settings" as its first argument, shows and changes the
-// client's GUI defaults (SettingsCommand).
+// list items and prints them as a table; with "search" as its first argument, runs the history search
+// (SearchCommand); with "settings", shows and changes the client's GUI defaults (SettingsCommand).
 class KorFilesTool {
 public:
     static const int EXIT_ALL_READ = 0;
@@ -21,8 +21,9 @@ public:
     static const int EXIT_INTERNAL_ERROR = 4;
 
     // _args are the arguments after the program name; when none names a file, _sDefaultInput is read, or
-    // _sDefaultListing with --listing. A first argument "settings" runs SettingsCommand with the rest (a
-    // file of that name is read as "-- settings" or "./settings"). The table goes to _rOut; malformed lines
+    // _sDefaultListing with --listing. A first argument "search" runs SearchCommand on the built-in sample
+    // history, "settings" SettingsCommand, with the rest (a file of either name is read as "-- settings"
+    // or "./settings"). The table goes to _rOut; malformed lines
     // ("<file>:<line>: <what is wrong>"), usage errors and read errors go to _rErr. Answers the exit code.
     static int mf_run(const std::vector<CString>& _args, const CString& _sDefaultInput,
                       const CString& _sDefaultListing, TextOutput& _rOut, TextOutput& _rErr) noexcept;

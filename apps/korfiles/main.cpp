@@ -1,5 +1,6 @@
 // korfiles: prints the file versions of a text file, or the files of a migration listing, as file list
-// items; korfiles settings shows and changes the client's GUI defaults. See docs/korfiles.md.
+// items; korfiles search runs the history search; korfiles settings shows and changes the client's GUI
+// defaults. See docs/korfiles.md.
 #include "ConsoleOutput.h"
 #include "KorFilesTool.h"
 

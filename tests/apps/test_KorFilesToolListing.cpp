@@ -39,6 +39,9 @@ const char* const kUsage =
     "Usage: korfiles [--sort=path|result] [--descending] [FILE]\n"
     "       korfiles --listing[=FILE] [--no-stubs] [--skip=info,warning,error] [--sort=path|result]\n"
     "                [--descending]\n"
+    "       korfiles search [PATTERN] [--store=FILE] [--from=DATE] [--to=DATE] [--exclude=STATES]\n"
+    "                [--sort=path|status|security|streams] [--descending] [--latest-only]\n"
+    "                [--retrieval-order]\n"
     "       korfiles settings [--registry=STORE] [set NAME VALUE | mru add PATH | mru remove PATH]\n";
 
 // One file of each severity, two stub files (one given by its status, one by its result text) and one

@@ -1,0 +1,72 @@
+#include "HistorySource.h"
+
+#include "SampleHistoryText.h"
+
+#include <new>
+#include <optional>
+#include <system_error>
+#include <thread>
+
+namespace {
+
+std::string sampleText() {
+    return std::string(reinterpret_cast<const char*>(kSampleHistory), kSampleHistory_SIZE);
+}
+
+// The sample's search on its own thread, as UQHistorySearch runs a file's: whatever it throws is kept
+// and thrown again on the waiting thread, nothing leaves the worker.
+UQHistoryStore::Result searchSampleOnWorker(const UQHistoryQuery& query, UVQueryDataSink& sink) {
+    const std::string text = sampleText();
+    const CString name(HistorySource::SAMPLE_NAME);
+    UQHistoryStore::Result result;
+    std::optional<UQErrno> error;
+    auto run = [&]() noexcept {
+        try {
+            try {
+                result = UQHistoryStore::mf_searchText(text, name, query, sink);
+            } catch (const UQErrno& e) {
+                error.emplace(e);
+            } catch (const std::bad_alloc&) {
+                error.emplace(UQErrno::_E_::Memory);
+            } catch (CException* e) {
+                const bool memory = dynamic_cast<CMemoryException*>(e) != nullptr;
+                e->Delete();
+                error.emplace(memory ? UQErrno::_E_::Memory : UQErrno::_E_::Internal);
+            } catch (...) {
+                error.emplace(UQErrno::_E_::Internal);
+            }
+        } catch (...) {
+            // Keeping the error failed too: the result then tells of nothing found.
+            result = UQHistoryStore::Result();
+        }
+    };
+    std::thread worker;
+    try {
+        worker = std::thread(run);
+    } catch (const std::system_error&) {
+        throw UQErrno(UQErrno::_E_::System);
+    }
+    worker.join();
+    if (error)
+        throw UQErrno(*error);
+    return result;
+}
+
+} // namespace
+
+const wchar_t* const HistorySource::SAMPLE_NAME = L"history.txt";
+
+HistorySource HistorySource::mf_sample() {
+    return HistorySource(SAMPLE_NAME, 1);
+}
+
+HistorySource HistorySource::mf_file(const CString& file) {
+    return HistorySource(file, 0);
+}
+
+UQHistoryStore::Result HistorySource::mf_search(const UQHistoryQuery& query, UVQueryDataSink& sink) const {
+    if (m_bSample)
+        return searchSampleOnWorker(query, sink);
+    UQHistorySearch search(UQHistoryStore(m_sName), query, sink);
+    return search.mf_wait();
+}
