@@ -296,3 +296,33 @@ private:
     std::uint64_t m_uStep;
 };
 
+// ---------------------------------------------------------------------------------------------------------
+// Backends
+
+// The kind of storage server the client works with. Each backend keeps the GUI's per-user values under a
+// registry sub key of its own, named by its prefix; NONE stands for no particular backend.
+class KORARCHIVER_API UQBackend {
+public:
+    static const UQBackend NONE;
+    static const UQBackend VRS;
+
+    UQBackend(const UQBackend&) noexcept = default;
+    UQBackend& operator=(const UQBackend&) noexcept = default;
+    ~UQBackend() = default;
+
+    int mf_getValue() const noexcept { return m_nValue; }
+    // The backend's registry sub key: empty for NONE, "VRS" for the VRS server.
+    static CString mf_getPrefix(const UQBackend& _backend);
+
+    friend bool operator==(const UQBackend& _a, const UQBackend& _b) noexcept {
+        return _a.m_nValue == _b.m_nValue;
+    }
+    friend bool operator!=(const UQBackend& _a, const UQBackend& _b) noexcept {
+        return _a.m_nValue != _b.m_nValue;
+    }
+
+private:
+    explicit UQBackend(int _nValue) noexcept : m_nValue(_nValue) {}
+
+    int m_nValue;
+};

@@ -320,6 +320,24 @@ private:
     CString m_sText;
 };
 
+#if defined(_WIN32)
+// The language modules: resource-only DLLs (korlang_<ISO 639 name>.dll beside korbase.dll) that hold the
+// dialog templates, icons and string table of one language; the string table holds the same texts as the
+// message catalogue. A module is loaded once, as an image resource, and stays loaded.
+class KORBASE_API UQLanguage {
+public:
+    // The language number that stands for the current language, whatever it is.
+    static const unsigned long CURRENT = 0x10000;
+
+    // The module of the user's interface language (GetUserDefaultUILanguage).
+    static HMODULE mf_getUserLanguageHandle() noexcept;
+    // The module of a language (a LANGID, or CURRENT). A language without a module of its own gets the
+    // English one. Null, after a LEVEL_E record "Failure loading language module '%s':\r\n%s%s", when the
+    // module cannot be loaded; the next call tries again.
+    static HMODULE mf_getLanguageHandle(unsigned long _uLanguage) noexcept;
+};
+#endif
+
 // ---------------------------------------------------------------------------------------------------------
 // File sizes and file times
 
@@ -475,6 +493,13 @@ public:
     static int mf_exists(const CString& _sName, const CString& _sKey, HKEY _hHive);
     // Whether the key exists; the hive itself always does.
     static int mf_PathExists(const CString& _sKey, HKEY _hHive);
+
+    // The key that an empty key path names in HKEY_CURRENT_USER: the key set here, or
+    // mf_getRegistryRoot("") while none is (an empty _sKey goes back to that). The GUI sets the current
+    // backend's key (UQWindow::mf_setRegistryRoot), so that per-user values written to the empty path are
+    // read back under that key. One for the process.
+    static void mf_setUserKey(const CString& _sKey);
+    static CString mf_getUserKey();
 
     // Test seam: of the calling thread's next operations that touch the store (all of the above but
     // mf_getRegistryRoot), the ones numbered _nAfter + 1 to _nAfter + _nCount fail as a store failure

@@ -3,12 +3,22 @@
 #include "UQRegistryStore.h"
 
 #include <cstdlib>
+#include <mutex>
 
 namespace {
 
 // The product's registry root; machine-wide settings sit in its sub keys, per-user ones in the same path
 // under HKEY_CURRENT_USER.
 const wchar_t* const kRegistryRoot = L"SOFTWARE\\Corvex\\Stormex\\CurrentVersion\\HSMClient";
+
+// The key of an empty key path in HKEY_CURRENT_USER when it is not the product's root.
+std::mutex g_userKeyLock;
+CString g_sUserKey;
+
+CString userKey() {
+    std::lock_guard<std::mutex> guard(g_userKeyLock);
+    return g_sUserKey.IsEmpty() ? CString(kRegistryRoot) : g_sUserKey;
+}
 
 // Per thread, so that a test's injection never hits another thread's calls.
 thread_local int t_injectAfter = 0;
@@ -85,7 +95,7 @@ Target target(const wchar_t* function, const wchar_t* name, const CString& key, 
     t.hHive = hive;
     t.sKey = normalizeKey(key);
     if (t.sKey.IsEmpty() && hive == HKEY_CURRENT_USER)
-        t.sKey = kRegistryRoot;
+        t.sKey = userKey();
     const wchar_t* hiveText = hiveName(hive);
     if (hiveText == nullptr) {
         CString text;
@@ -292,6 +302,16 @@ int UQRegistry::mf_exists(const CString& name, const CString& key, HKEY hive) {
     bool exists = false;
     check(_sFunction_, t, korregistry::valueExists(t.hHive, t.sKey, t.sName, exists));
     return exists ? 1 : 0;
+}
+
+void UQRegistry::mf_setUserKey(const CString& key) {
+    const CString normalized = normalizeKey(key);
+    std::lock_guard<std::mutex> guard(g_userKeyLock);
+    g_sUserKey = normalized;
+}
+
+CString UQRegistry::mf_getUserKey() {
+    return userKey();
 }
 
 int UQRegistry::mf_PathExists(const CString& key, HKEY hive) {

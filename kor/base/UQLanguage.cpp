@@ -1,0 +1,92 @@
+#include "interfaces/korbase.h"
+
+#include <mutex>
+#include <utility>
+#include <vector>
+
+namespace {
+
+const wchar_t* const kFallbackModule = L"korlang_en.dll";
+
+// Loaded modules by file name; they stay loaded for the life of the process, as dialogs and icons taken
+// from them may live that long.
+std::mutex g_lock;
+std::vector<std::pair<CString, HMODULE>> g_modules;
+
+// The directory of korbase.dll with a trailing backslash; empty when it cannot be told.
+CString moduleDirectory() {
+    HMODULE self = nullptr;
+    if (!GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
+                                GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                            reinterpret_cast<LPCWSTR>(&moduleDirectory), &self))
+        return CString();
+    std::vector<wchar_t> buffer(MAX_PATH);
+    for (;;) {
+        const DWORD n = GetModuleFileNameW(self, buffer.data(), static_cast<DWORD>(buffer.size()));
+        if (n == 0)
+            return CString();
+        if (n < buffer.size()) {
+            CString path(buffer.data(), static_cast<int>(n));
+            return path.Left(path.ReverseFind(L'\\') + 1);
+        }
+        buffer.resize(buffer.size() * 2);
+    }
+}
+
+// "korlang_de.dll" for a German language number; the English module when that language has none.
+CString moduleFileName(const CString& directory, unsigned long language) {
+    const LANGID langId = language > 0xFFFFul ? GetUserDefaultUILanguage() : static_cast<LANGID>(language);
+    wchar_t iso[16] = {0};
+    if (GetLocaleInfoW(MAKELCID(langId, SORT_DEFAULT), LOCALE_SISO639LANGNAME, iso, 16) > 0) {
+        CString name;
+        name.Format(L"korlang_%s.dll", iso);
+        name.MakeLower();
+        if (GetFileAttributesW(directory + name) != INVALID_FILE_ATTRIBUTES)
+            return name;
+    }
+    return kFallbackModule;
+}
+
+} // namespace
+
+HMODULE UQLanguage::mf_getUserLanguageHandle() noexcept {
+    return mf_getLanguageHandle(GetUserDefaultUILanguage());
+}
+
+HMODULE UQLanguage::mf_getLanguageHandle(unsigned long _uLanguage) noexcept {
+    static const wchar_t* const _sFunction_ = L"UQLanguage::mf_getLanguageHandle";
+    CString path;
+    DWORD error = 0;
+    try {
+        const CString directory = moduleDirectory();
+        const CString name = moduleFileName(directory, _uLanguage);
+        {
+            std::lock_guard<std::mutex> guard(g_lock);
+            for (const auto& entry : g_modules) {
+                if (entry.first.CompareNoCase(name) == 0)
+                    return entry.second;
+            }
+            path = directory + name;
+            SetLastError(0);
+            HMODULE module =
+                LoadLibraryExW(path, nullptr, LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE);
+            if (module != nullptr) {
+                g_modules.emplace_back(name, module);
+                return module;
+            }
+            error = GetLastError();
+        }
+    } catch (...) {
+        // Only allocation can fail above; it is reported like a module that cannot be loaded.
+    }
+    try {
+        const UQErrno failure(UQErrnoData(UQErrno::_E_::Resource), static_cast<std::uint32_t>(error));
+        UQThreadContext::mf_setLoggingLanguage();
+        UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_,
+                               L"Failure loading language module '%s':\r\n%s%s", path, UQLog::TAB,
+                               failure.mf_toString());
+    } catch (...) {
+        // The record is lost; the null answer still tells the caller.
+    }
+    return nullptr;
+}
