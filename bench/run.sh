@@ -1,6 +1,7 @@
 #!/bin/sh
-# Builds the benchmarks in Release and runs them, then prints each UQArray time relative to its std::
-# counterpart (median over the repetitions, CPU and wall-clock) against its goal. Exits 1 when a goal is missed.
+# Builds the benchmarks in Release and runs them, then prints each library time (UQArray, UQFileList) relative
+# to its std:: counterpart (median over the repetitions, CPU and wall-clock) against its goal. Exits 1 when a
+# goal is missed.
 #   BUILD_DIR    build directory              (default /tmp/korguibase-bench)
 #   REPETITIONS  repetitions of each benchmark (default 3)
 #   JOBS         parallel build jobs           (default 2)
@@ -39,7 +40,9 @@ for b in report["benchmarks"]:
         continue
     if b.get("run_type", "iteration") != "iteration":
         continue
-    function = b["run_name"].split("/")[0]
+    # The name without the run options (min_time:, iterations:, process_time, real_time), arguments kept.
+    function = "/".join(p for p in b["run_name"].split("/")
+                        if ":" not in p and p not in ("process_time", "real_time", "manual_time"))
     unit = UNIT_MS[b["time_unit"]]
     entry = times.setdefault(function, {"real": [], "cpu": []})
     entry["real"].append(b["real_time"] * unit)
@@ -49,10 +52,12 @@ median = {k: {c: statistics.median(v[c]) for c in v} for k, v in times.items()}
 pairs = [
     ("append 10 M pointers", "BM_UQArrayAdd", "BM_VectorPushBack", 2.0),
     ("case-blind sort of 1 M paths", "BM_UQArraySortPointerArray", "BM_StdSortNoCase", 1.5),
+    ("file list 1 M adds, 1 thread", "BM_FileList/1", "BM_FileListLimit/1", 2.0),
+    ("file list 1 M adds, 2 threads", "BM_FileList/2", "BM_FileListLimit/2", 2.0),
 ]
 print()
-print("%-29s %11s %11s %9s %11s %11s %9s  %s" % ("comparison", "UQArray cpu", "std cpu", "cpu ratio",
-                                                "UQArray wall", "std wall", "wall ratio", "goal (cpu)"))
+print("%-29s %11s %11s %9s %11s %11s %9s  %s" % ("comparison", "library cpu", "std cpu", "cpu ratio",
+                                                "library wall", "std wall", "wall ratio", "goal (cpu)"))
 for label, ours, theirs, goal in pairs:
     if ours not in median or theirs not in median:
         continue
