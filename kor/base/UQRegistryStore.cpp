@@ -9,10 +9,12 @@
 #include <sqlite3.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
 #include <string>
+#include <thread>
 
 #include <pwd.h>
 #include <sys/stat.h>
@@ -175,6 +177,33 @@ void closeConnection() {
     g_openFile.clear();
 }
 
+// One try at opening the file, setting it up and reading (or creating) its schema.
+int attemptOpen(const std::string& path, sqlite3*& opened, int& version) {
+    int rc = sqlite3_open_v2(path.c_str(), &opened, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
+    if (rc == SQLITE_OK) {
+        sqlite3_busy_timeout(opened, kBusyTimeoutMs);
+        // Write-ahead logging where the file system supports it; the rollback journal is as safe otherwise.
+        rc = sqlite3_exec(opened, "PRAGMA journal_mode=WAL", nullptr, nullptr, nullptr);
+    }
+    if (rc == SQLITE_OK)
+        rc = sqlite3_exec(opened, "PRAGMA synchronous=FULL", nullptr, nullptr, nullptr);
+    if (rc == SQLITE_OK) {
+        Statement s(opened, "PRAGMA user_version");
+        if (s.step() == SQLITE_ROW)
+            version = sqlite3_column_int(s.get(), 0);
+        rc = s.rc();
+    }
+    if (rc == SQLITE_OK && version == 0) {
+        Transaction t(opened, true);
+        rc = t.rc();
+        if (rc == SQLITE_OK)
+            rc = sqlite3_exec(opened, kSchema, nullptr, nullptr, nullptr);
+        if (rc == SQLITE_OK)
+            rc = t.commit();
+    }
+    return rc;
+}
+
 // Opens the configured file unless it is open already; on failure fills the result. Called under the mutex.
 Result open(sqlite3*& db) {
     const CString file = configuredFile();
@@ -194,29 +223,23 @@ Result open(sqlite3*& db) {
         r.sReason = CString::FromUtf8(error);
         return r;
     }
+    // Two processes that open a new file at once can meet a lock that the busy handler does not wait for
+    // (the switch to write-ahead logging, the first read of the schema): such an attempt starts again
+    // until the busy time-out has passed.
     sqlite3* opened = nullptr;
-    int rc = sqlite3_open_v2(path.c_str(), &opened, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
-    if (rc == SQLITE_OK) {
-        sqlite3_busy_timeout(opened, kBusyTimeoutMs);
-        // Write-ahead logging where the file system supports it; the rollback journal is as safe otherwise.
-        rc = sqlite3_exec(opened, "PRAGMA journal_mode=WAL", nullptr, nullptr, nullptr);
-    }
-    if (rc == SQLITE_OK)
-        rc = sqlite3_exec(opened, "PRAGMA synchronous=FULL", nullptr, nullptr, nullptr);
+    int rc = SQLITE_OK;
     int version = -1;
-    if (rc == SQLITE_OK) {
-        Statement s(opened, "PRAGMA user_version");
-        if (s.step() == SQLITE_ROW)
-            version = sqlite3_column_int(s.get(), 0);
-        rc = s.rc();
-    }
-    if (rc == SQLITE_OK && version == 0) {
-        Transaction t(opened, true);
-        rc = t.rc();
-        if (rc == SQLITE_OK)
-            rc = sqlite3_exec(opened, kSchema, nullptr, nullptr, nullptr);
-        if (rc == SQLITE_OK)
-            rc = t.commit();
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(kBusyTimeoutMs);
+    for (;;) {
+        opened = nullptr;
+        version = -1;
+        rc = attemptOpen(path, opened, version);
+        if ((rc & 0xFF) != SQLITE_BUSY && (rc & 0xFF) != SQLITE_LOCKED)
+            break;
+        if (std::chrono::steady_clock::now() >= deadline)
+            break;
+        sqlite3_close_v2(opened);
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
     if (rc != SQLITE_OK) {
         r.sReason = sqliteMessage(opened, rc);

@@ -1,3 +1,4 @@
+#include <cstdio>
 // The product's registry: values by hive, key path and name, three types, case-blind paths; every failure
 // logged where it arises and thrown with the hive, key and value in its text. Each test has a registry of
 // its own (RegistrySandbox).
@@ -775,6 +776,9 @@ std::string checkOne(const char* prefix, int i) {
     for (int i = 0; i < count; ++i) {
         try {
             writeOne(prefix, i);
+        } catch (const UQErrno& e) {
+            std::fprintf(stderr, "writer %s%d: %s\n", prefix, i, e.mf_toString().ToUtf8().c_str());
+            ::_exit(2);
         } catch (...) {
             ::_exit(2);
         }
