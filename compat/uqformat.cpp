@@ -10,7 +10,7 @@
 namespace uqfmt {
 namespace {
 
-struct Spec {
+struct Conversion {
     bool left = false, plus = false, space = false, alt = false, zero = false;
     int width = -1;
     int precision = -1;
@@ -81,7 +81,7 @@ void pad(std::wstring& out, int n, wchar_t c) {
 }
 
 // Places a body (digits or text) with sign/prefix into its field.
-void emitField(std::wstring& out, const Spec& s, const std::wstring& prefix, const std::wstring& body,
+void emitField(std::wstring& out, const Conversion& s, const std::wstring& prefix, const std::wstring& body,
                bool zeroPadAllowed) {
     const int len = static_cast<int>(prefix.size() + body.size());
     const int fill = s.width > len ? s.width - len : 0;
@@ -100,7 +100,7 @@ void emitField(std::wstring& out, const Spec& s, const std::wstring& prefix, con
     }
 }
 
-void emitInteger(std::wstring& out, const Spec& s, const Arg* a) {
+void emitInteger(std::wstring& out, const Conversion& s, const Arg* a) {
     const int bits = s.bits;
     std::wstring prefix;
     unsigned long long mag = 0;
@@ -147,7 +147,7 @@ void emitInteger(std::wstring& out, const Spec& s, const Arg* a) {
     emitField(out, s, prefix, body, s.precision < 0);
 }
 
-void emitText(std::wstring& out, const Spec& s, const Arg* a) {
+void emitText(std::wstring& out, const Conversion& s, const Arg* a) {
     std::wstring text;
     if (a == nullptr) {
         text.clear();
@@ -171,7 +171,7 @@ void emitText(std::wstring& out, const Spec& s, const Arg* a) {
         text = L"(null)";
     } else {
         // A number given for a string conversion is shown as the number.
-        Spec num = s;
+        Conversion num = s;
         num.conv = a->kind == Arg::UNSIGNED ? L'u' : L'd';
         num.precision = -1;
         num.bits = 64;
@@ -183,7 +183,7 @@ void emitText(std::wstring& out, const Spec& s, const Arg* a) {
     emitField(out, s, std::wstring(), text, false);
 }
 
-void emitChar(std::wstring& out, const Spec& s, const Arg* a) {
+void emitChar(std::wstring& out, const Conversion& s, const Arg* a) {
     // %C and %hc take a narrow character, %c and %lc a wide one.
     const bool narrow = s.conv == L'C' || s.narrowText;
     wchar_t c = 0;
@@ -203,7 +203,7 @@ void emitChar(std::wstring& out, const Spec& s, const Arg* a) {
     emitField(out, s, std::wstring(), body, false);
 }
 
-void emitPointer(std::wstring& out, const Spec& s, const Arg* a) {
+void emitPointer(std::wstring& out, const Conversion& s, const Arg* a) {
     unsigned long long v = 0;
     if (a != nullptr && a->kind == Arg::WIDE_TEXT)
         v = reinterpret_cast<std::uintptr_t>(a->ws); // the address of the text, as Windows shows it
@@ -216,7 +216,7 @@ void emitPointer(std::wstring& out, const Spec& s, const Arg* a) {
     emitField(out, s, std::wstring(), buf, false);
 }
 
-void emitFloat(std::wstring& out, const Spec& s, const Arg* a) {
+void emitFloat(std::wstring& out, const Conversion& s, const Arg* a) {
     double v = 0.0;
     if (a != nullptr) {
         if (a->kind == Arg::FLOAT)
@@ -226,28 +226,28 @@ void emitFloat(std::wstring& out, const Spec& s, const Arg* a) {
         else if (a->kind == Arg::SIGNED)
             v = static_cast<double>(a->i);
     }
-    char spec[32];
+    char cformat[32];
     int k = 0;
-    spec[k++] = '%';
+    cformat[k++] = '%';
     if (s.left)
-        spec[k++] = '-';
+        cformat[k++] = '-';
     if (s.plus)
-        spec[k++] = '+';
+        cformat[k++] = '+';
     if (s.space)
-        spec[k++] = ' ';
+        cformat[k++] = ' ';
     if (s.alt)
-        spec[k++] = '#';
+        cformat[k++] = '#';
     if (s.zero)
-        spec[k++] = '0';
-    spec[k++] = '*';
-    spec[k++] = '.';
-    spec[k++] = '*';
-    spec[k++] = static_cast<char>(s.conv);
-    spec[k] = 0;
+        cformat[k++] = '0';
+    cformat[k++] = '*';
+    cformat[k++] = '.';
+    cformat[k++] = '*';
+    cformat[k++] = static_cast<char>(s.conv);
+    cformat[k] = 0;
     char buf[512];
     const int width = s.width < 0 ? 0 : (s.width > 400 ? 400 : s.width);
     const int prec = s.precision < 0 ? 6 : (s.precision > 100 ? 100 : s.precision);
-    int n = std::snprintf(buf, sizeof buf, spec, width, prec, v);
+    int n = std::snprintf(buf, sizeof buf, cformat, width, prec, v);
     if (n < 0)
         n = 0;
     if (n >= static_cast<int>(sizeof buf))
@@ -290,7 +290,7 @@ void formatInto(std::wstring& out, const wchar_t* fmt, const Arg* args, std::siz
             ++p;
             continue;
         }
-        Spec s;
+        Conversion s;
         for (;; ++p) {
             if (*p == L'-')
                 s.left = true;

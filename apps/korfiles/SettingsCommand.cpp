@@ -352,7 +352,7 @@ int SettingsCommand::mf_run(const std::vector<CString>& args, TextOutput& out, T
 std::string SettingsCommand::mf_getHelp() {
     return std::string(
                "korfiles settings shows and changes the client's GUI defaults in the registry:\n"
-               "  korfiles settings                  seed the missing defaults, as the client does when it\n"
+               "  korfiles settings                  write the missing defaults, as the client does when it\n"
                "                                     starts, and show every setting as NAME: VALUE\n"
                "  korfiles settings set NAME VALUE   change one setting and show it\n"
                "  korfiles settings mru add PATH     add an option file to the option-file MRU, unless it\n"
