@@ -1,6 +1,7 @@
 #include "interfaces/korarchiver.h"
 
 #include "kor/archiver/HistoryText.h"
+#include "kor/archiver/TextFile.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -300,18 +301,7 @@ UQHistoryStore::Result UQHistoryStore::mf_searchText(const std::string& text, co
 UQHistoryStore::Result UQHistoryStore::mf_search(const UQHistoryQuery& query, UVQueryDataSink& sink,
                                                  const UQCancelSwitch* cancel) const {
     static const wchar_t* const _sFunction_ = L"UQHistoryStore::mf_search";
-#if defined(_WIN32)
-    FILE* f = _wfopen(m_sFile, L"rb");
-#else
-    FILE* f = std::fopen(m_sFile.ToUtf8().c_str(), "rb");
-#endif
-    const int openError = errno;
-    if (f == nullptr) {
-        CString detail;
-        detail.Format(L"%s: cannot open (errno %d)", m_sFile, openError);
-        logLine(UQLogData::LEVEL_E, _sFunction_, L"Failure opening history store '%s'", m_sFile);
-        throw UQErrno(UQErrnoData(UQErrno::_E_::File), detail);
-    }
+    FILE* f = kortext::openForReading(m_sFile, _sFunction_, L"history store");
     // The file is closed on every way out, also when the sink or a cancellation ends the search.
     const std::unique_ptr<FILE, int (*)(FILE*)> file(f, std::fclose);
     Result result;

@@ -1,5 +1,7 @@
 #include "interfaces/korarchiver.h"
 
+#include "kor/archiver/TextFile.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -209,19 +211,7 @@ UQListingReader::Result UQListingReader::mf_readText(const std::string& text, co
 
 UQListingReader::Result UQListingReader::mf_read(const CString& file, UVListingFileReader& listener) {
     static const wchar_t* const _sFunction_ = L"UQListingReader::mf_read";
-#if defined(_WIN32)
-    FILE* f = _wfopen(file, L"rb");
-#else
-    FILE* f = std::fopen(file.ToUtf8().c_str(), "rb");
-#endif
-    const int openError = errno;
-    if (f == nullptr) {
-        CString detail;
-        detail.Format(L"%s: cannot open (errno %d)", file, openError);
-        UQThreadContext::mf_setLoggingLanguage();
-        UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_, L"Failure opening listing file '%s'", file);
-        throw UQErrno(UQErrnoData(UQErrno::_E_::File), detail);
-    }
+    FILE* f = kortext::openForReading(file, _sFunction_, L"listing file");
     std::string text;
     char buffer[65536];
     std::size_t n;
