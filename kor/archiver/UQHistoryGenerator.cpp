@@ -157,8 +157,8 @@ CString pathOf(std::uint64_t h, std::uint32_t file) {
 
 } // namespace
 
-UQHistoryGenerator::UQHistoryGenerator(std::uint32_t files, std::uint64_t seed)
-    : m_uFiles(files), m_uSeed(seed), m_uStep(1) {
+UQHistoryGenerator::UQHistoryGenerator(std::uint32_t files, std::uint64_t start)
+    : m_uFiles(files), m_uSeed(start), m_uStep(1) {
     const std::uint64_t slots = mf_getSlotCount();
     if (slots > 2) {
         // A step coprime to the slot count visits every slot once, scattered like records on tapes.
@@ -275,7 +275,7 @@ void UQHistoryGenerator::mf_writeStore(const CString& file) const {
 
     char header[160];
     std::snprintf(header, sizeof header,
-                  "# History store made by UQHistoryGenerator: %lu files, seed %llu\n"
+                  "# History store made by UQHistoryGenerator: %lu files, start %llu\n"
                   "# object path\tfile path\tversion\tlast write\tsize\tflags\texpiry\tvolume:position\n",
                   static_cast<unsigned long>(m_uFiles), static_cast<unsigned long long>(m_uSeed));
     const bool headerWritten = std::fputs(header, f) >= 0;

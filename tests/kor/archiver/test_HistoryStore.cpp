@@ -494,6 +494,6 @@ TEST(UQHistoryGenerator, WrittenStoresReadBackWithoutErrors) {
     generator.mf_generate(0, generator.mf_getSlotCount(), direct);
     EXPECT_TRUE(result.errors.empty());
     EXPECT_EQ(fromStore.texts, direct.texts);
-    EXPECT_EQ(slurp(file).rfind("# History store made by UQHistoryGenerator: 400 files, seed 3\n", 0), 0u);
+    EXPECT_EQ(slurp(file).rfind("# History store made by UQHistoryGenerator: 400 files, start 3\n", 0), 0u);
     std::remove(file);
 }
