@@ -117,7 +117,8 @@ private:
         if constexpr (kRelocatable) {
             if (static_cast<std::size_t>(_nNewMax) > SIZE_MAX / sizeof(TYPE))
                 AfxThrowInvalidArgException();
-            void* p = std::realloc(static_cast<void*>(m_pData), static_cast<std::size_t>(_nNewMax) * sizeof(TYPE));
+            void* p =
+                std::realloc(static_cast<void*>(m_pData), static_cast<std::size_t>(_nNewMax) * sizeof(TYPE));
             if (p == nullptr)
                 AfxThrowMemoryException();
             m_pData = static_cast<TYPE*>(p);
@@ -140,7 +141,8 @@ private:
     }
 };
 
-template <class TYPE, class ARG_TYPE> void CArray<TYPE, ARG_TYPE>::SetSize(INT_PTR nNewSize, INT_PTR nGrowBy) {
+template <class TYPE, class ARG_TYPE>
+void CArray<TYPE, ARG_TYPE>::SetSize(INT_PTR nNewSize, INT_PTR nGrowBy) {
     if (nNewSize < 0)
         AfxThrowInvalidArgException();
     if (nGrowBy >= 0)

@@ -22,7 +22,9 @@ constexpr ULONGLONG kMaxFileTime = 0x7FFFFFFFFFFFFFFFull;
 // Days from 1601-01-01 to 1970-01-01.
 constexpr ULONGLONG kUnixEpochTicks = 116444736000000000ull;
 
-bool isLeap(unsigned y) { return (y % 4 == 0 && y % 100 != 0) || y % 400 == 0; }
+bool isLeap(unsigned y) {
+    return (y % 4 == 0 && y % 100 != 0) || y % 400 == 0;
+}
 
 unsigned monthLength(unsigned y, unsigned m) {
     static const unsigned char kDays[12] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
@@ -49,17 +51,31 @@ struct Event {
 
 extern "C" {
 
-void SetLastError(DWORD e) { t_lastError = e; }
-DWORD GetLastError(void) { return t_lastError; }
-DWORD GetCurrentThreadId(void) { return static_cast<DWORD>(::syscall(SYS_gettid)); }
-DWORD GetCurrentProcessId(void) { return static_cast<DWORD>(::getpid()); }
+void SetLastError(DWORD e) {
+    t_lastError = e;
+}
+DWORD GetLastError(void) {
+    return t_lastError;
+}
+DWORD GetCurrentThreadId(void) {
+    return static_cast<DWORD>(::syscall(SYS_gettid));
+}
+DWORD GetCurrentProcessId(void) {
+    return static_cast<DWORD>(::getpid());
+}
 
-void InitializeCriticalSection(LPCRITICAL_SECTION cs) { cs->impl = new std::recursive_mutex; }
-void EnterCriticalSection(LPCRITICAL_SECTION cs) { static_cast<std::recursive_mutex*>(cs->impl)->lock(); }
+void InitializeCriticalSection(LPCRITICAL_SECTION cs) {
+    cs->impl = new std::recursive_mutex;
+}
+void EnterCriticalSection(LPCRITICAL_SECTION cs) {
+    static_cast<std::recursive_mutex*>(cs->impl)->lock();
+}
 BOOL TryEnterCriticalSection(LPCRITICAL_SECTION cs) {
     return static_cast<std::recursive_mutex*>(cs->impl)->try_lock() ? TRUE : FALSE;
 }
-void LeaveCriticalSection(LPCRITICAL_SECTION cs) { static_cast<std::recursive_mutex*>(cs->impl)->unlock(); }
+void LeaveCriticalSection(LPCRITICAL_SECTION cs) {
+    static_cast<std::recursive_mutex*>(cs->impl)->unlock();
+}
 void DeleteCriticalSection(LPCRITICAL_SECTION cs) {
     delete static_cast<std::recursive_mutex*>(cs->impl);
     cs->impl = nullptr;
@@ -134,7 +150,9 @@ BOOL CloseHandle(HANDLE h) {
     return TRUE;
 }
 
-void Sleep(DWORD ms) { std::this_thread::sleep_for(std::chrono::milliseconds(ms)); }
+void Sleep(DWORD ms) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(ms));
+}
 
 BOOL FileTimeToSystemTime(const FILETIME* ft, LPSYSTEMTIME st) {
     if (ft == nullptr || st == nullptr) {
@@ -196,8 +214,9 @@ BOOL SystemTimeToFileTime(const SYSTEMTIME* st, LPFILETIME ft) {
 
 void GetSystemTimeAsFileTime(LPFILETIME ft) {
     const auto now = std::chrono::system_clock::now().time_since_epoch();
-    const ULONGLONG t = kUnixEpochTicks +
-                        static_cast<ULONGLONG>(std::chrono::duration_cast<std::chrono::microseconds>(now).count()) * 10;
+    const ULONGLONG t =
+        kUnixEpochTicks +
+        static_cast<ULONGLONG>(std::chrono::duration_cast<std::chrono::microseconds>(now).count()) * 10;
     ft->dwLowDateTime = static_cast<DWORD>(t);
     ft->dwHighDateTime = static_cast<DWORD>(t >> 32);
 }

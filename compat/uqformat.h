@@ -36,16 +36,24 @@ inline Arg makeArg(const wchar_t* s) {
     a.ws = s;
     return a;
 }
-inline Arg makeArg(wchar_t* s) { return makeArg(static_cast<const wchar_t*>(s)); }
+inline Arg makeArg(wchar_t* s) {
+    return makeArg(static_cast<const wchar_t*>(s));
+}
 inline Arg makeArg(const char* s) {
     Arg a;
     a.kind = Arg::NARROW_TEXT;
     a.s = s;
     return a;
 }
-inline Arg makeArg(char* s) { return makeArg(static_cast<const char*>(s)); }
-inline Arg makeArg(const std::wstring& s) { return makeArg(s.c_str()); }
-inline Arg makeArg(const std::string& s) { return makeArg(s.c_str()); }
+inline Arg makeArg(char* s) {
+    return makeArg(static_cast<const char*>(s));
+}
+inline Arg makeArg(const std::wstring& s) {
+    return makeArg(s.c_str());
+}
+inline Arg makeArg(const std::string& s) {
+    return makeArg(s.c_str());
+}
 inline Arg makeArg(wchar_t c) {
     Arg a;
     a.kind = Arg::WIDE_CHAR;
@@ -90,7 +98,8 @@ template <class T> Arg makeArg(const T& v) {
 }
 
 // Appends the formatted text to _rOut. Never throws except std::bad_alloc.
-KORCOMPAT_API void formatInto(std::wstring& _rOut, const wchar_t* _pszFormat, const Arg* _pArgs, std::size_t _nArgs);
+KORCOMPAT_API void formatInto(std::wstring& _rOut, const wchar_t* _pszFormat, const Arg* _pArgs,
+                              std::size_t _nArgs);
 
 template <class... A> std::wstring format(const wchar_t* _pszFormat, const A&... _args) {
     std::wstring out;

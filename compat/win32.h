@@ -91,7 +91,8 @@ KORCOMPAT_API BOOL TryEnterCriticalSection(LPCRITICAL_SECTION _pcs);
 KORCOMPAT_API void LeaveCriticalSection(LPCRITICAL_SECTION _pcs);
 KORCOMPAT_API void DeleteCriticalSection(LPCRITICAL_SECTION _pcs);
 
-KORCOMPAT_API HANDLE CreateEventW(LPSECURITY_ATTRIBUTES _psa, BOOL _bManualReset, BOOL _bInitialState, LPCWSTR _pszName);
+KORCOMPAT_API HANDLE CreateEventW(LPSECURITY_ATTRIBUTES _psa, BOOL _bManualReset, BOOL _bInitialState,
+                                  LPCWSTR _pszName);
 KORCOMPAT_API BOOL SetEvent(HANDLE _hEvent);
 KORCOMPAT_API BOOL ResetEvent(HANDLE _hEvent);
 KORCOMPAT_API DWORD WaitForSingleObject(HANDLE _hHandle, DWORD _dwMilliseconds);

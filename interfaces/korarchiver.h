@@ -270,8 +270,8 @@ private:
 
 // Makes large, realistic histories: _uFiles files of 1 to 5 versions (3 on average), paths of 60 to 130
 // characters on a few file servers, some versions protected, expiring, deleted, with security data or
-// alternate data streams. The records come in storage order, not in path order. The same starting value gives the
-// same history.
+// alternate data streams. The records come in storage order, not in path order. The same starting value gives
+// the same history.
 class KORARCHIVER_API UQHistoryGenerator {
 public:
     explicit UQHistoryGenerator(std::uint32_t _uFiles, std::uint64_t _uSeed = 1);
