@@ -105,28 +105,23 @@ CString expandPattern(const CString& pattern, const SYSTEMTIME& st) {
             }
             break;
         case L'M':
-            used = run >= 2 ? 2 : 1;
-            appendNumber(out, st.wMonth, used);
-            break;
         case L'd':
-            used = run >= 2 ? 2 : 1;
-            appendNumber(out, st.wDay, used);
-            break;
         case L'H':
+        case L'm':
+        case L's': {
+            // One letter: the number as it is; two or more: two digits.
+            const unsigned field = c == L'M'   ? st.wMonth
+                                   : c == L'd' ? st.wDay
+                                   : c == L'H' ? st.wHour
+                                   : c == L'm' ? st.wMinute
+                                               : st.wSecond;
             used = run >= 2 ? 2 : 1;
-            appendNumber(out, st.wHour, used);
+            appendNumber(out, field, used);
             break;
+        }
         case L'h':
             used = run >= 2 ? 2 : 1;
             appendNumber(out, st.wHour % 12 == 0 ? 12u : st.wHour % 12u, used);
-            break;
-        case L'm':
-            used = run >= 2 ? 2 : 1;
-            appendNumber(out, st.wMinute, used);
-            break;
-        case L's':
-            used = run >= 2 ? 2 : 1;
-            appendNumber(out, st.wSecond, used);
             break;
         case L't':
             used = run >= 2 ? 2 : 1;
