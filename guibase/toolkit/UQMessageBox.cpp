@@ -124,6 +124,9 @@ int UQMessageBox::mf_implFocusButton(unsigned long _ulButton) {
     SetLastError(0);
     SetFocus(hButton);
     if (GetLastError() == 0) {
+        // The focused button is the default one too, so that it is marked as such and Enter presses it
+        // wherever the focus goes.
+        SendMessageW(m_hDlg, DM_SETDEFID, static_cast<WPARAM>(GetDlgCtrlID(hButton)), 0);
         UQReport::mf_log(UQLogData::LEVEL_G, _sFunction_,
                          _ulButton == 1 ? L"Set focus to button 1" : L"Set focus to button 2");
         return 1;

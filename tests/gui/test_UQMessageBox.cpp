@@ -33,6 +33,7 @@ struct Seen {
     bool bButton1Enabled = false;
     bool bButton2Enabled = false;
     int nFocus = 0;
+    int nDefault = 0;
     HICON hIcon = nullptr;
     int nMessageLength = 0;
 };
@@ -49,6 +50,7 @@ Seen look(HWND _hDlg) {
     seen.bButton1Enabled = IsWindowEnabled(GetDlgItem(_hDlg, IDC_MESSAGE_BUTTON1)) != FALSE;
     seen.bButton2Enabled = IsWindowEnabled(GetDlgItem(_hDlg, IDC_MESSAGE_BUTTON2)) != FALSE;
     seen.nFocus = focusedId();
+    seen.nDefault = LOWORD(SendMessageW(_hDlg, DM_GETDEFID, 0, 0));
     seen.hIcon = iconOf(_hDlg, IDC_MESSAGE_ICON);
     seen.nMessageLength = GetWindowTextLengthW(GetDlgItem(_hDlg, IDC_MESSAGE_TEXT));
     return seen;
@@ -158,6 +160,7 @@ TEST_F(UQMessageBoxTest, YesNoWithDefaultOneFocusesYesAndYesAnswersYes) {
     EXPECT_EQ(seen.sButton1, "&Yes");
     EXPECT_EQ(seen.sButton2, "&No");
     EXPECT_EQ(seen.nFocus, IDC_MESSAGE_BUTTON1);
+    EXPECT_EQ(seen.nDefault, IDC_MESSAGE_BUTTON1);
     EXPECT_TRUE(sameIcon(seen.hIcon, languageIcon(IDI_SEVERITY_YELLOW, 16)));
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{FOCUS_1, YES}));
 }
