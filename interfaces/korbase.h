@@ -789,11 +789,16 @@ private:
 // (also destroy) itself from inside its own mf_onEvent: that delivery is not waited for.
 //
 // A derived class should call mf_unregister first thing in its destructor, so that no delivery reaches it
-// while its own part is being destroyed. A listener's mf_onEvent must not wait for the thread that
-// destroys it.
+// while its own part is being destroyed; for the same reason a listener made while another thread
+// publishes its id registers at the end of its own constructor (the two-argument constructor). A
+// listener's mf_onEvent must not wait for the thread that destroys it.
 class KORBASE_API UQEventListener {
 public:
     explicit UQEventListener(UQEVENT_ID _id);
+    // With _bRegister 0 the listener starts unregistered: a class whose listeners are made while another
+    // thread publishes their id calls mf_register at the end of its own constructor, so that no event
+    // reaches a listener whose derived part is not yet constructed.
+    UQEventListener(UQEVENT_ID _id, int _bRegister);
     // The copy is registered for the same id (if the original is registered).
     UQEventListener(const UQEventListener& _other);
     // Takes over the other's id; registered as this one was.

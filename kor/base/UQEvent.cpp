@@ -81,6 +81,11 @@ UQEventListener::UQEventListener(UQEVENT_ID id) : m_node(std::make_shared<Node>(
     mf_register();
 }
 
+UQEventListener::UQEventListener(UQEVENT_ID id, int bRegister) : m_node(std::make_shared<Node>(this, id)) {
+    if (bRegister)
+        mf_register();
+}
+
 UQEventListener::UQEventListener(const UQEventListener& other)
     : m_node(std::make_shared<Node>(this, other.mf_getEventId())) {
     if (other.mf_isRegistered())

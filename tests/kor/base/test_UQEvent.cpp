@@ -18,7 +18,11 @@ const UQEVENT_ID kIdB = 0x0000000100000002ull;
 
 class Listener : public UQEventListener {
 public:
-    explicit Listener(UQEVENT_ID id, const wchar_t* name = L"test-listener") : UQEventListener(id), m_sName(name) {}
+    explicit Listener(UQEVENT_ID id, const wchar_t* name = L"test-listener", int bRegister = 1)
+        : UQEventListener(id, 0), m_sName(name) {
+        if (bRegister)
+            mf_register(); // only now: another thread may be publishing the id
+    }
     Listener(const Listener& other) : UQEventListener(other), m_sName(other.m_sName), onEvent(other.onEvent) {}
     ~Listener() override { mf_unregister(); }
 
@@ -204,11 +208,12 @@ TEST(UQEventListener, UnregisterWhileAnotherThreadPublishes) {
     for (int round = 0; round < 50; ++round) {
         std::atomic<bool> bUnregistered{false};
         std::atomic<int> lateEvents{0};
-        auto* listener = new Listener(kIdA);
+        auto* listener = new Listener(kIdA, L"coming-and-going", 0);
         listener->onEvent = [&](const UQEvent&) {
             if (bUnregistered.load())
                 ++lateEvents;
         };
+        listener->mf_register();
         ASSERT_TRUE(listener->received.waitFor(1)) << "round " << round;
         if (round % 2 == 0) {
             listener->mf_unregister();

@@ -430,26 +430,16 @@ TEST(UQThreads, ThreadsOfSeveralObjectsRunSideBySide) {
         EXPECT_EQ(w->mf_wait(kLimitMs).mf_getNumber(), 0u);
 }
 
-namespace {
-
-// A worker that, as the base requires, does not end its thread itself: the base's destructor does.
-class CarelessWorker : public UQThreads {
-public:
-    CarelessWorker() : UQThreads(L"Careless worker", UQThreadContext::TYPE_WORKER, 1) {}
-    void mf_implExecute(int) override { mf_implWait(INFINITE); }
-};
-
-} // namespace
-
-TEST(UQThreads, BaseDestructorEndsAThreadStillRunningAndSaysSo) {
+// A worker whose thread has ended (or never ran) goes without a word. (A thread still running when the
+// base's destructor runs is waited for after a LEVEL_E record; that is a derived class's mistake, a race
+// on the object's virtual table, and so not exercised here.)
+TEST(UQThreads, DestroyingAnEndedOrUnstartedWorkerLogsNothing) {
     LogCheck log;
     {
-        auto* worker = new CarelessWorker;
-        worker->mf_start();
-        worker->mf_startWait();
-        ASSERT_TRUE(threadtest::returnsWithin([worker] { delete worker; }));
+        Worker ended(L"Ended worker", 0);
+        ended.mf_start();
+        ASSERT_EQ(ended.mf_wait(kLimitMs).mf_getNumber(), 0u);
+        Worker unstarted(L"Unstarted worker");
     }
-    EXPECT_EQ(log.lines(), (std::vector<LogLine>{{'E', "UQThreads::~UQThreads",
-                                                  "Thread 'Careless worker' is still running while destroyed; "
-                                                  "waiting for it"}}));
+    EXPECT_EQ(log.count(), 0u);
 }
