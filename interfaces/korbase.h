@@ -583,10 +583,16 @@ public:
 
     // Marks the switch cancelled and wakes every waiter; answers 1 if this call cancelled it.
     virtual int mf_implTryCancel() noexcept;
+    // The same, giving the reason (the progress dialogs pass UQErrno::_W_::UserCanceled): kept when this
+    // call is the one that cancels, through the virtual mf_implTryCancel().
+    int mf_implTryCancel(const UQErrnoData& _reason) noexcept;
+    // The reason given by the cancel that tripped the switch; none when it is not cancelled or was
+    // cancelled without one.
+    UQErrnoData mf_getCancelReason() const noexcept;
     int mf_isCancelled() const noexcept;
     // Waits until cancelled or the time-out (ms, or INFINITE) passes; answers 1 when cancelled.
     int mf_waitCancelled(DWORD _dwMilliseconds) const noexcept;
-    // Clears the flag for every copy, so that the switch can be tripped again.
+    // Clears the flag (and the reason) for every copy, so that the switch can be tripped again.
     void mf_reset() noexcept;
 
 private:

@@ -60,7 +60,8 @@ thread_local const CString* t_pName = nullptr;
 thread_local int t_nType = UQThreadContext::TYPE_NONE;
 
 // The system's name of the calling thread: SetThreadDescription on Windows, looked up at run time since
-// older systems (and Wine before 9) may not export it; pthread_setname_np (15 bytes) elsewhere.
+// Windows before 10 (1607) does not export it and the DLL must load there too; pthread_setname_np (15
+// bytes) elsewhere.
 void setSystemThreadName(const CString& name) noexcept {
 #if defined(_WIN32)
     typedef HRESULT(WINAPI * SetThreadDescriptionFn)(HANDLE, PCWSTR);

@@ -140,9 +140,9 @@ TEST(UQThreads, SystemKnowsTheThreadByItsName) {
     ASSERT_EQ(worker.mf_wait(kLimitMs).mf_getNumber(), 0u);
 #if defined(_WIN32)
     if (!bReadable) {
-        // Wine difference: Wine 8 exports no GetThreadDescription/SetThreadDescription; the name is then
-        // only UQThreadContext's, which the test above checks.
-        std::printf("Wine difference: no GetThreadDescription, system thread name not checked\n");
+        // A system without GetThreadDescription (Windows before 10 1607) keeps no name; the name is then
+        // only UQThreadContext's, which the test above checks. (Wine 8 has it.)
+        std::printf("No GetThreadDescription here: system thread name not checked\n");
         return;
     }
     EXPECT_EQ(systemName, "Wizard worker thread");
