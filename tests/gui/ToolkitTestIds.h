@@ -29,3 +29,7 @@
 #define IDM_FONT 2005
 #define IDM_HELP 2006
 #define IDM_BITMAP 2007
+
+// Dialogs that embed a message panel: with all three of its items, and with the message item alone.
+#define IDD_MESSAGE_PANEL 102
+#define IDD_MESSAGE_PANEL_PARTIAL 103
