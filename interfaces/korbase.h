@@ -1,5 +1,6 @@
 // What korguibase calls of korbase, the product family's base library: errors, the log, the message
-// catalogue, paths, number and date formatting, file times and sizes, cancel switches, linked lists.
+// catalogue, paths, number and date formatting, file times and sizes, cancel switches and cancel objects,
+// threads and timer threads, events and their listeners, linked lists.
 #pragma once
 
 #include "../compat/afxtempl.h"
@@ -653,6 +654,8 @@ private:
 //
 // A derived class must end the thread in its own destructor (mf_stopWait), as its steps are virtual;
 // the base's destructor marks shutdown and waits for a thread still running, after logging that it had to.
+// A body may destroy its own object (destroyed on its thread, the thread is detached); the thread then
+// calls none of the object's steps any more, mf_implExecuteOnStop neither.
 class KORBASE_API UQThreads : public UQCancelObject {
 public:
     // _bRepeat non-zero: the body is called again after each return until shutdown; 0: once.

@@ -49,7 +49,8 @@ struct UQThreads::State {
     UQErrnoData exitError;     // under mutex
     std::atomic<bool> bShutdown{false};
     std::atomic<DWORD> dwThreadId{0};
-    UQThreads* pOwner = nullptr; // set before the thread starts, read on it
+    // Set by the destructor: the thread touches the object no more (it may be destroyed by its own body).
+    std::atomic<bool> bDestroyed{false};
 };
 
 namespace {
@@ -120,6 +121,7 @@ UQThreads::UQThreads(const UQThreads& other)
 UQThreads::~UQThreads() {
     static const wchar_t* const _sFunction_ = L"UQThreads::~UQThreads";
     State& s = *m_state;
+    s.bDestroyed.store(true);
     s.bShutdown.store(true);
     std::thread thread;
     bool bRunning = false;
@@ -168,7 +170,6 @@ void UQThreads::mf_start() {
         s.bShutdown.store(false);
         s.bWake = false;
         s.exitError = UQErrnoData();
-        s.pOwner = this;
         s.phase = State::STARTING;
         try {
             s.thread = std::thread(&UQThreads::mf_implRun, this, m_state);
@@ -349,12 +350,13 @@ void UQThreads::mf_implRun(UQThreads* pThis, std::shared_ptr<State> state) noexc
         while (!s.bShutdown.load()) {
             if (!step(L"mf_implExecute", [pThis] { pThis->mf_implExecute(0); }))
                 break;
-            if (!s.bRepeat)
+            if (!s.bRepeat || s.bDestroyed.load())
                 break;
         }
     }
     const UQErrnoData bodyError = exitError;
-    step(L"mf_implExecuteOnStop", [pThis] { pThis->mf_implExecuteOnStop(0); });
+    if (!s.bDestroyed.load())
+        step(L"mf_implExecuteOnStop", [pThis] { pThis->mf_implExecuteOnStop(0); });
     if (bodyError)
         exitError = bodyError; // the first failure is the one that ended the thread
 

@@ -443,3 +443,36 @@ TEST(UQThreads, DestroyingAnEndedOrUnstartedWorkerLogsNothing) {
     }
     EXPECT_EQ(log.count(), 0u);
 }
+
+namespace {
+
+// A one-job worker that deletes itself when its job is done; its steps note into records that the test
+// shares with it, so that they outlive both.
+struct SelfDeletionRecord {
+    Signal gone;
+    std::atomic<int> stops{0};
+};
+
+class SelfDeletingWorker : public UQThreads {
+public:
+    explicit SelfDeletingWorker(std::shared_ptr<SelfDeletionRecord> record)
+        : UQThreads(L"Self-deleting worker", UQThreadContext::TYPE_WORKER, 1), m_record(std::move(record)) {}
+    ~SelfDeletingWorker() override { m_record->gone.raise(); }
+    void mf_implExecute(int) override { delete this; }
+    void mf_implExecuteOnStop(int) override { ++m_record->stops; }
+
+private:
+    std::shared_ptr<SelfDeletionRecord> m_record;
+};
+
+} // namespace
+
+// The thread touches the object no more once its body has destroyed it (AddressSanitizer would see it).
+TEST(UQThreads, BodyMayDestroyItsOwnObject) {
+    LogCheck log;
+    auto record = std::make_shared<SelfDeletionRecord>();
+    (new SelfDeletingWorker(record))->mf_start();
+    ASSERT_TRUE(record->gone.waitFor());
+    EXPECT_EQ(record->stops.load(), 0);
+    EXPECT_EQ(log.count(), 0u);
+}
