@@ -4,6 +4,7 @@
 #include "interfaces/korarchiver.h"
 
 #include <cstdio>
+#include <string>
 
 namespace kortext {
 
@@ -11,5 +12,8 @@ namespace kortext {
 // opened logs "Failure opening <_pszWhat> '<file>'" at LEVEL_E under _pszFunction and throws
 // UQErrno::_E_::File whose detail is "<file>: cannot open (errno N)".
 FILE* openForReading(const CString& _sFile, const wchar_t* _pszFunction, const wchar_t* _pszWhat);
+
+// Well-formed UTF-8: no stray continuation bytes, no overlong forms, no surrogates, nothing above U+10FFFF.
+bool isUtf8(const std::string& _text);
 
 } // namespace kortext
