@@ -37,3 +37,14 @@
 #define IDD_LINE_EDITOR 10046
 #define IDC_LINE_EDIT 184
 #define IDC_LINE_LABEL 30263
+
+// The progress dialogs: the plain one (status text, Cancel, and a button that ends it with 1) and the one
+// with a percentage bar and two counters.
+#define IDD_PROGRESS 10080
+#define IDD_PROGRESS_BAR 10081
+#define IDC_PROGRESS_STATUS 341
+#define IDC_PROGRESS_CLOSE 376
+#define IDC_PROGRESS_BAR 336
+#define IDC_PROGRESS_CURRENT 342
+#define IDC_PROGRESS_TOTAL 343
+#define IDC_PROGRESS_CANCEL 142
