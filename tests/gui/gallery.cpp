@@ -12,9 +12,13 @@
 #include "guibase/toolkit/UQLineEditor.h"
 #include "guibase/toolkit/UQMessageBox.h"
 #include "guibase/toolkit/UQStatusBar.h"
+#include "guibase/wizard/UQProgressBarDialog.h"
+#include "guibase/wizard/UQProgressDialog.h"
+#include "interfaces/korutil.h"
 #include "korlang_ids.h"
 
 #include <cstdlib>
+#include <functional>
 #include <string>
 
 using namespace toolkittest;
@@ -237,4 +241,61 @@ TEST(GalleryStatusBar, ContextMenuOpen) {
                      nullptr);
     EXPECT_EQ(g_sMenuPicture, "");
     DestroyWindow(hDlg);
+}
+
+namespace {
+
+// A worker that shows one state of its work and waits for Cancel (at most ten seconds) before it ends.
+class GalleryWorker : public UQThreads {
+public:
+    explicit GalleryWorker(std::function<void()> _publish)
+        : UQThreads(L"Gallery worker", UQThreadContext::TYPE_WORKER, 0), m_publish(std::move(_publish)) {}
+    ~GalleryWorker() override { mf_stopWait(10000); }
+    void mf_implExecute(int) override {
+        m_publish();
+        if (mf_getCancelSwitch() != nullptr)
+            mf_getCancelSwitch()->mf_waitCancelled(10000);
+        UQProgressEvent(UQProgressEvent::ACTION_END).mf_publish();
+    }
+
+private:
+    std::function<void()> m_publish;
+};
+
+// The worker's texts reach the dialog as messages sent to this thread: take them in until the status text
+// is there (at most five seconds), so that the picture shows the run.
+std::function<void(HWND)> afterStatus(std::function<void(HWND)> _then) {
+    return [_then](HWND _hDlg) {
+        const ULONGLONG uDeadline = GetTickCount64() + 5000;
+        while (itemText(_hDlg, IDC_PROGRESS_STATUS).empty() && GetTickCount64() < uDeadline) {
+            MsgWaitForMultipleObjects(0, nullptr, FALSE, 10, QS_SENDMESSAGE);
+            MSG msg;
+            PeekMessageW(&msg, nullptr, 0, 0, PM_NOREMOVE | PM_QS_SENDMESSAGE);
+        }
+        _then(_hDlg);
+    };
+}
+
+} // namespace
+
+TEST_F(Gallery, ProgressDialog) {
+    GalleryWorker worker([] {
+        UQProgressEvent(UQProgressEvent::ACTION_PROGRESS,
+                        L"Migrating C:\\Finance\\2024\\Quarterly report.xlsx")
+            .mf_publish();
+    });
+    UQProgressDialog dialog(L"Migrating files", worker);
+    m_driver.then(afterStatus(picture(L"progress-dialog", click(IDCANCEL))));
+    EXPECT_EQ(dialog.mf_execute(UQLanguage::mf_getUserLanguageHandle(), nullptr, IDD_PROGRESS), 0);
+}
+
+TEST_F(Gallery, ProgressBarDialog) {
+    GalleryWorker worker([] {
+        UQProgressEvent(UQProgressEvent::ACTION_PROGRESS, L"Retrieving C:\\Finance\\2024\\Budget.docx", 86,
+                        214, 40, 100)
+            .mf_publish();
+    });
+    UQProgressBarDialog dialog(L"Retrieving files", worker);
+    m_driver.then(afterStatus(picture(L"progress-bar-dialog", click(IDC_PROGRESS_CANCEL))));
+    EXPECT_EQ(dialog.mf_execute(UQLanguage::mf_getUserLanguageHandle(), nullptr, IDD_PROGRESS_BAR), 0);
 }
