@@ -265,6 +265,16 @@ const char* const kStoreWord = "KEY";
 const char* const kStoreWord = "FILE";
 #endif
 
+// The store read, as a failure names it.
+std::string storeName() {
+#if defined(_WIN32)
+    // Under --registry, HKEY_LOCAL_MACHINE and HKEY_CURRENT_USER stand for that key's sub keys.
+    return "the registry";
+#else
+    return "the registry store '" + UQRegistry::mf_getStoreFile().ToUtf8() + "'";
+#endif
+}
+
 // Answers an empty string when the arguments are good, else the one line that says what is wrong.
 std::string parseOptions(const std::vector<CString>& args, Options& options) {
     bool optionsEnded = false;
@@ -340,8 +350,18 @@ int SettingsCommand::mf_run(const std::vector<CString>& args, TextOutput& out, T
         return KorFilesTool::EXIT_NOT_CHANGED;
     }
     if (w.empty()) {
+        tap.mf_mark();
         UQGuiRegistry::mf_initialize();
-        out.mf_write(showAll());
+        const std::string shown = showAll();
+        // The getters answer their defaults for a store that cannot be read as for one that lacks the
+        // value: shown, those would pass for the settings.
+        const CString broken = tap.mf_getStoreFailure();
+        if (!broken.IsEmpty()) {
+            err.mf_write("korfiles: cannot read the settings from " + storeName() + ": " + broken.ToUtf8() +
+                         "\n");
+            return KorFilesTool::EXIT_UNREADABLE;
+        }
+        out.mf_write(shown);
         return KorFilesTool::EXIT_ALL_READ;
     }
     if (setting != nullptr)
@@ -388,5 +408,6 @@ std::string SettingsCommand::mf_getHelp() {
            "  --                  take the next arguments as they are even if they start with '-'\n"
            "\n"
            "Exit status of settings: 0 done, 1 nothing was changed (the registry refused the change, or the\n"
-           "MRU held the path already or did not hold it), 2 bad usage, an unknown NAME or a bad VALUE.\n";
+           "MRU held the path already or did not hold it), 2 bad usage, an unknown NAME or a bad VALUE,\n"
+           "3 the settings cannot be read (the store is broken or a value is of the wrong type).\n";
 }
