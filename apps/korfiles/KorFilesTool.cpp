@@ -8,6 +8,8 @@
 #include "SearchCommand.h"
 #include "SettingsCommand.h"
 
+#include "compat/utf8.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -207,7 +209,7 @@ int KorFilesTool::mf_readFile(const CString& path, std::string& text, std::strin
 #if defined(_WIN32)
     std::FILE* file = _wfopen(path, L"rb");
 #else
-    std::FILE* file = std::fopen(path.ToUtf8().c_str(), "rb");
+    std::FILE* file = std::fopen(uqfmt::wideToNative(path.GetString(), path.GetLength()).c_str(), "rb");
 #endif
     if (file == nullptr) {
         reason = std::strerror(errno);

@@ -84,6 +84,24 @@ bool hasControlCharacter(const CString& value) {
     return false;
 }
 
+// Whether the text holds a lone surrogate: an argument keeps the bytes that are not UTF-8 as such
+// characters (main.cpp). No setting can hold them, and U+FFFD in their place would store another text than
+// the one given.
+bool hasInvalidText(const CString& value) {
+    for (int i = 0; i < value.GetLength(); ++i) {
+        const unsigned long c = static_cast<unsigned long>(value[i]);
+        if (c < 0xD800 || c > 0xDFFF)
+            continue;
+        const bool pairStart = sizeof(wchar_t) == 2 && c <= 0xDBFF && i + 1 < value.GetLength() &&
+                               static_cast<unsigned long>(value[i + 1]) >= 0xDC00 &&
+                               static_cast<unsigned long>(value[i + 1]) <= 0xDFFF;
+        if (!pairStart)
+            return true;
+        ++i;
+    }
+    return false;
+}
+
 // One "name: value" line; a stored value with line breaks or other control characters still makes one
 // line, with U+FFFD in their place, and an empty value leaves nothing after the colon.
 std::string line(const wchar_t* name, const CString& value) {
@@ -145,6 +163,8 @@ std::string checkValue(const Setting& s, const CString& value) {
     const std::string name = utf8(s.name);
     if (hasControlCharacter(value))
         return "the value for " + name + " holds a control character";
+    if (hasInvalidText(value))
+        return "the value for " + name + " is not valid UTF-8";
     switch (s.kind) {
     case FLAG: {
         int flag = 0;
@@ -228,6 +248,10 @@ int updateMru(const CString& path, bool remove, LogTap& tap, TextOutput& out, Te
     }
     if (hasControlCharacter(path)) {
         err.mf_write("korfiles: the option file path holds a control character\n");
+        return KorFilesTool::EXIT_BAD_USAGE;
+    }
+    if (hasInvalidText(path)) {
+        err.mf_write("korfiles: the option file path is not valid UTF-8\n");
         return KorFilesTool::EXIT_BAD_USAGE;
     }
     const std::string quoted = "'" + path.ToUtf8() + "'";

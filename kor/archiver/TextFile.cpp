@@ -1,5 +1,7 @@
 #include "kor/archiver/TextFile.h"
 
+#include "compat/utf8.h"
+
 #include <cerrno>
 
 namespace kortext {
@@ -8,7 +10,8 @@ FILE* openForReading(const CString& file, const wchar_t* function, const wchar_t
 #if defined(_WIN32)
     FILE* f = _wfopen(file, L"rb");
 #else
-    FILE* f = std::fopen(file.ToUtf8().c_str(), "rb");
+    // A name that is not UTF-8 keeps its bytes (uqfmt::nativeToWide).
+    FILE* f = std::fopen(uqfmt::wideToNative(file.GetString(), file.GetLength()).c_str(), "rb");
 #endif
     const int openError = errno;
     if (f == nullptr) {

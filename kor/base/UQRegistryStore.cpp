@@ -6,6 +6,8 @@
 
 #include "Environment.h"
 
+#include "compat/utf8.h"
+
 #include <sqlite3.h>
 
 #include <cerrno>
@@ -283,7 +285,8 @@ CString damage(sqlite3* db, int& rc) {
 // Opens the configured file unless it is open already; on failure fills the result. Called under the mutex.
 Result open(sqlite3*& db) {
     const CString file = configuredFile();
-    const std::string path = file.ToUtf8();
+    // A name that is not UTF-8 keeps its bytes (uqfmt::nativeToWide).
+    const std::string path = uqfmt::wideToNative(file.GetString(), file.GetLength());
     if (g_pDb != nullptr && (g_openFile != path || g_openPid != ::getpid()))
         closeConnection();
     if (g_pDb != nullptr) {

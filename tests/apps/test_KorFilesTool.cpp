@@ -1,6 +1,8 @@
 #include "KorFilesTestSupport.h"
 #include "KorFilesTool.h"
 
+#include "compat/utf8.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
@@ -195,3 +197,24 @@ TEST_F(KorFilesToolTest, ANonAsciiPathIsPrintedAsUtf8AndAlignedByCharacters) {
         "Information\n",
         out.text);
 }
+
+#if !defined(_WIN32)
+
+// A file name that is not UTF-8 (a Latin-1 byte) reaches the system as the bytes given, as main passes it.
+TEST_F(KorFilesToolTest, AFileNameThatIsNotUtf8OpensTheFileItNames) {
+    const std::string name = (std::filesystem::temp_directory_path() /
+                              ("korfiles-caf\xE9-" + std::to_string(GetCurrentProcessId()) + ".txt"))
+                                 .string();
+    std::FILE* f = std::fopen(name.c_str(), "wb");
+    ASSERT_NE(nullptr, f);
+    const std::string content = kTwoFiles;
+    ASSERT_EQ(content.size(), std::fwrite(content.data(), 1, content.size(), f));
+    std::fclose(f);
+    const std::wstring arg = uqfmt::nativeToWide(name.data(), name.size());
+    EXPECT_EQ(0, run({CString(arg.c_str(), static_cast<int>(arg.size()))}));
+    EXPECT_EQ("", err.text);
+    EXPECT_NE(std::string::npos, out.text.find("C:\\Data\\b.txt  1, 2")) << out.text;
+    std::remove(name.c_str());
+}
+
+#endif

@@ -3,6 +3,8 @@
 #include "KorFilesSettingsTestSupport.h"
 #include "SettingsCommand.h"
 
+#include "compat/utf8.h"
+
 #if !defined(_WIN32)
 #include <sqlite3.h>
 #endif
@@ -640,4 +642,20 @@ TEST_F(KorFilesSettingsTest, AFailedMruWriteGivesCode1ThoughTheUpdateAnswers1) {
     EXPECT_EQ("korfiles: cannot remove 'a.opt' from the option-file MRU: " + registryError(readDetail) + "\n",
               err.text);
     EXPECT_EQ(std::vector<std::string>{"a.opt"}, mru());
+}
+
+// An argument keeps the bytes that are not UTF-8 (main.cpp); a value that holds one is refused, not stored
+// with U+FFFD in its place.
+TEST_F(KorFilesSettingsTest, AValueThatIsNotUtf8IsBadUsageAndNothingIsStored) {
+    const std::string bytes = "D:\\Archiv\xFF\xFE";
+    const std::wstring wide = uqfmt::nativeToWide(bytes.data(), bytes.size());
+    const CString value(wide.c_str(), static_cast<int>(wide.size()));
+    EXPECT_EQ(2, settings({L"set", L"history-search-root", value}));
+    EXPECT_EQ("", out.text);
+    EXPECT_EQ("korfiles: the value for history-search-root is not valid UTF-8\n", err.text);
+    EXPECT_EQ(2, settings({L"mru", L"add", value}));
+    EXPECT_EQ("korfiles: the option file path is not valid UTF-8\n", err.text);
+    EXPECT_EQ(0, UQRegistry::mf_exists(L"HistorySearchRoot", L"", HKEY_CURRENT_USER));
+    EXPECT_EQ(0, UQRegistry::mf_exists(L"BackupOptionFilesMru", L"", HKEY_CURRENT_USER));
+    EXPECT_EQ(0u, m_log.count());
 }
