@@ -283,7 +283,7 @@ int FileVersionReader::mf_parseLine(const std::string& line, FileVersionRecord& 
 
 int FileVersionReader::mf_read(const std::string& text, std::vector<FileVersionRecord>& records,
                                ProblemSink& problems) {
-    std::size_t pos = text.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0;
+    std::size_t pos = 0;
     int lineNumber = 0;
     int malformed = 0;
     while (pos < text.size()) {
@@ -294,6 +294,10 @@ int FileVersionReader::mf_read(const std::string& text, std::vector<FileVersionR
             end = text.size();
         if (end > pos && text[end - 1] == '\r')
             --end;
+        // A byte order mark marks the encoding, never data: one at the start of any line, not only the
+        // first, is where two files were joined.
+        if (text.compare(pos, 3, "\xEF\xBB\xBF") == 0 && end - pos >= 3)
+            pos += 3;
         FileVersionRecord record;
         std::string problem;
         if (mf_parseLine(text.substr(pos, end - pos), record, problem)) {

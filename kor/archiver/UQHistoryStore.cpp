@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <string>
+#include <unordered_map>
 
 namespace {
 
@@ -149,8 +151,6 @@ public:
     // The next piece of the text; lines may be split across pieces.
     void feed(const char* data, std::size_t size) {
         std::size_t start = 0;
-        if (m_uLine == 0 && m_carry.empty() && size >= 3 && std::string(data, 3) == "\xEF\xBB\xBF")
-            start = 3; // a byte-order mark is no part of the first path
         while (start < size) {
             const void* found = std::memchr(data + start, '\n', size - start);
             if (found == nullptr) {
@@ -188,6 +188,7 @@ private:
         }
         if (!text.empty() && text.back() == '\r')
             text.pop_back();
+        kortext::skipByteOrderMark(text);
         if (text.empty() || text[0] == '#' || text.find_first_not_of(" \t") == std::string::npos)
             return;
         if (!isUtf8(text))
@@ -237,6 +238,17 @@ private:
             return skip(L"bad expiry time", expiry);
         if (!parseAccessKey(access, key))
             return skip(L"bad access key", access);
+        // The search list groups the versions of a file by object path, case-blind: a version listed twice
+        // would show twice.
+        CString sFolded = CString::FromUtf8(objectPath);
+        sFolded.MakeUpper();
+        const auto known = m_firstLines.emplace(sFolded.ToUtf8() + '\t' + std::to_string(uVersion), m_uLine);
+        if (!known.second) {
+            CString what;
+            what.Format(L"version %lu of this path is already listed on line %lu",
+                        static_cast<std::uint32_t>(uVersion), known.first->second);
+            return skip(what);
+        }
         ++m_result.uRecords;
 
         if (m_query.fromTime.mf_getValue() != 0 && uLastWrite < m_query.fromTime.mf_getValue())
@@ -282,6 +294,8 @@ private:
     std::unique_ptr<UQPathPattern> m_pattern;
     std::uint32_t m_uLine;
     std::string m_carry;
+    // The line of each object path's version ("PATH\tversion", the path upper-cased) first listed.
+    std::unordered_map<std::string, std::uint32_t> m_firstLines;
 };
 
 } // namespace

@@ -5,6 +5,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <string>
+#include <unordered_map>
 
 namespace {
 
@@ -119,9 +121,9 @@ UQListingReader::Result UQListingReader::mf_readText(const std::string& text, co
     Result result;
     std::size_t start = 0;
     std::uint32_t lineNumber = 0;
-    // A byte-order mark is no part of the first path.
-    if (text.compare(0, 3, "\xEF\xBB\xBF") == 0)
-        start = 3;
+    // The line that listed each version of a path first ("path\tversion"): the listener would merge a
+    // repeated one into the item silently.
+    std::unordered_map<std::string, std::uint32_t> firstLines;
     const CString stubText = UQString(UQErrno::_I_::StubFile.mf_getMessageNumber());
     while (start < text.size()) {
         const std::size_t end = text.find('\n', start);
@@ -130,6 +132,7 @@ UQListingReader::Result UQListingReader::mf_readText(const std::string& text, co
         ++lineNumber;
         if (!line.empty() && line.back() == '\r')
             line.pop_back();
+        kortext::skipByteOrderMark(line);
         const char first = firstNonBlank(line);
         if (first == '\0' || first == '#')
             continue;
@@ -168,6 +171,14 @@ UQListingReader::Result UQListingReader::mf_readText(const std::string& text, co
                 name, lineNumber,
                 parsed == VersionParse::TooLarge ? L"version number out of range" : L"bad version number",
                 fields[1]));
+            continue;
+        }
+        const auto known = firstLines.emplace(path + '\t' + std::to_string(version), lineNumber);
+        if (!known.second) {
+            CString detail;
+            detail.Format(L"%s:%lu: version %lu of this path is already listed on line %lu", name, lineNumber,
+                          version, known.first->second);
+            result.errors.push_back(UQErrno(UQErrnoData(UQErrno::_E_::Format), detail));
             continue;
         }
         const std::string status = trim(fields[2]);

@@ -57,6 +57,8 @@ std::vector<std::string> details(const UQHistoryStore::Result& result) {
 }
 
 const std::string kGood = "\\\\srv\\share\\a.txt\t=\t3\t2024-03-07 14:05:09\t1024\tSP\t-\t17:4096\n";
+// The next version of the same file.
+const std::string kGood4 = "\\\\srv\\share\\a.txt\t=\t4\t2024-03-08 14:05:09\t1024\tSP\t-\t17:4097\n";
 
 std::string slurp(const char* path) {
     std::string text;
@@ -95,12 +97,50 @@ TEST(UQHistoryStore, ReadsEveryFieldOfARecord) {
 TEST(UQHistoryStore, CommentsBlankLinesByteOrderMarkAndLineEnds) {
     Collector sink;
     const std::string text = "\xEF\xBB\xBF# header\r\n\r\n   \n" + kGood.substr(0, kGood.size() - 1) +
-                             "\r\n# done\n" + kGood.substr(0, kGood.size() - 1);
+                             "\r\n# done\n" + kGood4.substr(0, kGood4.size() - 1);
     const auto result = search(text, sink);
     EXPECT_EQ(result.uRecords, 2u);
     EXPECT_TRUE(result.errors.empty());
     ASSERT_EQ(sink.texts.size(), 2u);
-    EXPECT_EQ(sink.texts[0], sink.texts[1]);
+    EXPECT_NE(sink.texts[1].find("version=4"), std::string::npos);
+}
+
+// Two stores joined: the second one's byte order mark starts a line and is skipped there as well, before a
+// comment as before a record.
+TEST(UQHistoryStore, ByteOrderMarkAtTheStartOfALaterLineIsNoPartOfThePath) {
+    Collector sink;
+    const auto result =
+        search("\xEF\xBB\xBF" + kGood + "\xEF\xBB\xBF# second store\n\xEF\xBB\xBF" + kGood4, sink);
+    EXPECT_TRUE(result.errors.empty());
+    EXPECT_EQ(result.uRecords, 2u);
+    ASSERT_EQ(sink.texts.size(), 2u);
+    EXPECT_EQ(
+        sink.texts[1].rfind("Object='\\\\srv\\share\\a.txt', file='\\\\srv\\share\\a.txt', version=4", 0), 0u)
+        << sink.texts[1];
+}
+
+// A version of an object path listed again (the path compared case-blind, as the search list groups them)
+// is malformed the second time, as in every text format read here.
+TEST(UQHistoryStore, RepeatedObjectPathAndVersionIsMalformedNamingTheFirstLine) {
+    Collector sink;
+    LogCheck log;
+    std::string upper = kGood;
+    upper.replace(0, 17, "\\\\SRV\\SHARE\\A.TXT");
+    std::string padded = kGood;
+    padded.replace(padded.find("\t3\t"), 3, "\t003\t");
+    const auto result = search(kGood + kGood4 + upper + padded, sink);
+    EXPECT_EQ(details(result),
+              (std::vector<std::string>{"store.txt:3: version 3 of this path is already listed on line 1",
+                                        "store.txt:4: version 3 of this path is already listed on line 1"}));
+    EXPECT_EQ(result.uRecords, 2u);
+    EXPECT_EQ(sink.texts.size(), 2u);
+    EXPECT_EQ(log.lines(),
+              (std::vector<LogLine>{{'W', "UQHistoryStore::mf_searchText",
+                                     "History record skipped: store.txt:3: version 3 of this path is already "
+                                     "listed on line 1"},
+                                    {'W', "UQHistoryStore::mf_searchText",
+                                     "History record skipped: store.txt:4: version 3 of this path is already "
+                                     "listed on line 1"}}));
 }
 
 TEST(UQHistoryStore, NonAsciiPathsAreUtf8) {
