@@ -1,5 +1,7 @@
 #include "FileVersionReader.h"
 
+#include "kor/archiver/TextFile.h"
+
 #include <cstdio>
 
 namespace {
@@ -8,8 +10,9 @@ const std::uint64_t kMaxVersion = 0xFFFFFFFFull;
 const std::uint64_t kMaxSize = 0x7FFFFFFFFFFFFFFFull;
 const char* const kTimeForm = "YYYY-MM-DD HH:MM:SS[.mmm]";
 
+// Cut: a malformed field may be megabytes long.
 std::string quoted(const std::string& s) {
-    return "'" + s + "'";
+    return "'" + kortext::echoed(s) + "'";
 }
 
 // Byte offset of the first byte that does not belong to a well-formed UTF-8 sequence (overlong forms,

@@ -109,7 +109,7 @@ bool isUtf8(const std::string& text) {
 
 UQErrno lineError(const CString& name, std::uint32_t line, const wchar_t* what, const std::string& value) {
     CString detail;
-    detail.Format(L"%s:%lu: %s '%s'", name, line, what, CString::FromUtf8(value));
+    detail.Format(L"%s:%lu: %s '%s'", name, line, what, CString::FromUtf8(kortext::echoed(value)));
     return UQErrno(UQErrnoData(UQErrno::_E_::Format), detail);
 }
 
@@ -228,13 +228,14 @@ UQListingReader::Result UQListingReader::mf_read(const CString& file, UVListingF
     std::size_t n;
     while ((n = std::fread(buffer, 1, sizeof buffer, f)) > 0)
         text.append(buffer, n);
+    // Set by the read that failed, the last call before.
+    const int readError = errno;
     const bool failed = std::ferror(f) != 0;
     std::fclose(f);
     if (failed) {
         UQThreadContext::mf_setLoggingLanguage();
         UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_, L"Failure reading listing file '%s'", file);
-        CString detail;
-        detail.Format(L"%s: read error", file);
+        const CString detail = kortext::readErrorDetail(file, readError);
         throw UQErrno(UQErrnoData(UQErrno::_E_::File), detail);
     }
     return mf_readText(text, file, listener);

@@ -322,7 +322,7 @@ TEST_F(SearchCommandTest, AStoreThatCannotBeOpenedEndsWith3) {
     EXPECT_EQ(3, SearchCommand::mf_run({CString::FromUtf8("--store=" + missing)}, HistorySource::mf_sample(),
                                        out, err));
     EXPECT_EQ("", out.text);
-    EXPECT_EQ("korfiles: cannot read the history store " + missing + ": cannot open (errno 2)\n", err.text);
+    EXPECT_EQ("korfiles: cannot read the history store " + missing + ": cannot open: No such file or directory (errno 2)\n", err.text);
     EXPECT_EQ((std::vector<LogLine>{
                   {'E', "UQHistoryStore::mf_search", "Failure opening history store '" + missing + "'"}}),
               log.lines());

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdio>
+#include <filesystem>
 #include <map>
 #include <set>
 #include <stdexcept>
@@ -187,8 +188,8 @@ TEST(UQHistoryStore, MalformedRecordsAreReportedWithFileAndLineAndSkipped) {
         "store.txt:12: bad expiry time 'never'",
         "store.txt:13: bad access key '17'",
         "store.txt:14: bad access key '4294967296:1'",
-        "store.txt:15: invalid UTF-8",
-        "store.txt:16: control character",
+        "store.txt:15: invalid UTF-8 (byte 0xFC at column 8)",
+        "store.txt:16: control character 0x0D at column 8",
     };
     EXPECT_EQ(details(result), expected);
     EXPECT_EQ(result.uRecords, 1u);
@@ -210,11 +211,49 @@ TEST(UQHistoryStore, OnlyWellFormedUtf8IsRead) {
                    line("beyond \xF4\x90\x80\x80") + line("cut \xE2\x82") + line("euro \xE2\x82\xAC"),
                sink);
     EXPECT_EQ(details(result),
-              (std::vector<std::string>{"store.txt:2: invalid UTF-8", "store.txt:3: invalid UTF-8",
-                                        "store.txt:4: invalid UTF-8", "store.txt:5: invalid UTF-8"}));
+              (std::vector<std::string>{"store.txt:2: invalid UTF-8 (byte 0xC0 at column 16)",
+                                        "store.txt:3: invalid UTF-8 (byte 0xED at column 17)",
+                                        "store.txt:4: invalid UTF-8 (byte 0xF4 at column 14)",
+                                        "store.txt:5: invalid UTF-8 (byte 0xE2 at column 11)"}));
     EXPECT_EQ(result.uRecords, 2u);
     EXPECT_EQ(log.count(), 4u);
 }
+
+// A malformed field is quoted back up to 200 bytes, cut at a character boundary with how much was left
+// out: a megabyte line must not become a megabyte message and log record.
+TEST(UQHistoryStore, AnEchoedFieldIsCutWithAMarker) {
+    Collector sink;
+    LogCheck log;
+    const std::string longVersion = "\xC3\xA9" + std::string(1 << 20, '9');
+    std::string line = kGood;
+    line.replace(line.find("\t3\t"), 3, "\t" + longVersion + "\t");
+    const auto result = search(line, sink);
+    const std::string expected = "store.txt:1: bad version number '\xC3\xA9" + std::string(198, '9') +
+                                 "... (" + std::to_string(longVersion.size() - 200) + " more bytes)'";
+    EXPECT_EQ(details(result), (std::vector<std::string>{expected}));
+    EXPECT_EQ(log.lines(), (std::vector<LogLine>{{'W', "UQHistoryStore::mf_searchText",
+                                                  "History record skipped: " + expected}}));
+}
+
+#if !defined(_WIN32)
+// A directory opens as a file here and fails when read: the detail gives the system's reason.
+TEST(UQHistoryStore, AReadErrorGivesTheSystemsReason) {
+    LogCheck log;
+    Collector sink;
+    const CString directory = CString::FromUtf8(std::filesystem::temp_directory_path().string());
+    UQHistoryStore store(directory);
+    std::string detail;
+    try {
+        store.mf_search(UQHistoryQuery(), sink);
+    } catch (const UQErrno& e) {
+        detail = utf8(e.mf_getDetail());
+    }
+    EXPECT_EQ(detail, utf8(directory) + ": read error: Is a directory (errno 21)");
+    EXPECT_EQ(log.lines(),
+              (std::vector<LogLine>{{'E', "UQHistoryStore::mf_search",
+                                     "Failure reading history store '" + utf8(directory) + "'"}}));
+}
+#endif
 
 TEST(UQHistoryStore, PatternMatchesTheFilePathCaseBlind) {
     Collector sink;

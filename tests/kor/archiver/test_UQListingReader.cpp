@@ -446,7 +446,7 @@ TEST(UQListingReader, MissingFileIsAFileError) {
         }
     });
     EXPECT_EQ(category, "_E_::File");
-    EXPECT_EQ(detail, utf8(missing) + ": cannot open (errno 2)");
+    EXPECT_EQ(detail, utf8(missing) + ": cannot open: No such file or directory (errno 2)");
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{{'E', "UQListingReader::mf_read",
                                                   "Failure opening listing file '" + utf8(missing) + "'"}}));
 }
