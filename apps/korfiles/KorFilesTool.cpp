@@ -15,6 +15,11 @@
 #include <cstring>
 #include <new>
 
+#if defined(_WIN32)
+#include <fcntl.h>
+#include <io.h>
+#endif
+
 namespace {
 
 const char* const kUsage =
@@ -26,6 +31,7 @@ struct Options {
     FileListOrder::Key key = FileListOrder::BY_PATH;
     int bAscending = 1;
     bool bHelp = false;
+    bool bVersion = false;
     bool bListing = false;
     MigrationListing::Filter filter;
     // The first option that filters a listing, to name it when no listing is read.
@@ -73,6 +79,8 @@ std::string parseOptions(const std::vector<CString>& args, Options& options) {
                 optionsEnded = true;
             } else if (arg == L"--help" || arg == L"-h") {
                 options.bHelp = true;
+            } else if (arg == L"--version") {
+                options.bVersion = true;
             } else if (arg == L"--descending") {
                 options.bAscending = 0;
             } else if (arg == L"--sort=path") {
@@ -169,11 +177,15 @@ int run(const std::vector<CString>& args, const CString& defaultInput, const CSt
         out.mf_write(KorFilesTool::mf_getHelp(defaultInput, defaultListing));
         return KorFilesTool::EXIT_ALL_READ;
     }
+    if (options.bVersion) {
+        out.mf_write(std::string("korfiles ") + KorFilesTool::VERSION + "\n");
+        return KorFilesTool::EXIT_ALL_READ;
+    }
 
     const CString input = options.bHasInput  ? options.sInput
                           : options.bListing ? defaultListing
                                              : defaultInput;
-    const std::string inputName = input.ToUtf8();
+    const std::string inputName = input == KorFilesTool::STANDARD_INPUT ? "(standard input)" : input.ToUtf8();
     std::string text;
     std::string reason;
     if (!KorFilesTool::mf_readFile(input, text, reason)) {
@@ -181,11 +193,14 @@ int run(const std::vector<CString>& args, const CString& defaultInput, const CSt
         return KorFilesTool::EXIT_UNREADABLE;
     }
     if (options.bListing)
-        return runListing(text, options, input, out, err);
+        return runListing(text, options, CString::FromUtf8(inputName), out, err);
     return runFileVersions(text, options, inputName, out, err);
 }
 
 } // namespace
+
+const char* const KorFilesTool::VERSION = KORFILES_VERSION;
+const wchar_t* const KorFilesTool::STANDARD_INPUT = L"-";
 
 int KorFilesTool::mf_run(const std::vector<CString>& args, const CString& defaultInput,
                          const CString& defaultListing, TextOutput& out, TextOutput& err) noexcept {
@@ -206,6 +221,13 @@ int KorFilesTool::mf_run(const std::vector<CString>& args, const CString& defaul
 
 int KorFilesTool::mf_readFile(const CString& path, std::string& text, std::string& reason) {
     errno = 0;
+    if (path == STANDARD_INPUT) {
+#if defined(_WIN32)
+        // Bytes as they come: text mode would drop CRs and stop at a Ctrl-Z.
+        _setmode(_fileno(stdin), _O_BINARY);
+#endif
+        return mf_implReadStream(stdin, text, reason);
+    }
 #if defined(_WIN32)
     std::FILE* file = _wfopen(path, L"rb");
 #else
@@ -215,6 +237,12 @@ int KorFilesTool::mf_readFile(const CString& path, std::string& text, std::strin
         reason = std::strerror(errno);
         return 0;
     }
+    const int done = mf_implReadStream(file, text, reason);
+    std::fclose(file);
+    return done;
+}
+
+int KorFilesTool::mf_implReadStream(std::FILE* file, std::string& text, std::string& reason) {
     std::string content;
     char buffer[65536];
     std::size_t n;
@@ -222,7 +250,6 @@ int KorFilesTool::mf_readFile(const CString& path, std::string& text, std::strin
         content.append(buffer, n);
     const int failed = std::ferror(file);
     const int error = errno;
-    std::fclose(file);
     if (failed) {
         reason = std::strerror(error);
         return 0;
@@ -272,11 +299,18 @@ std::string KorFilesTool::mf_getHelp(const CString& defaultInput, const CString&
            "  --skip=SEVERITIES   leave out files of these severities: info, warning, error, several\n"
            "                      separated by commas, as in --skip=info,warning (listings only)\n"
            "  -h, --help          print this help and exit\n"
+           "  --version           print the program's version and exit\n"
            "  --                  take the next argument as FILE even if it starts with '-' or is\n"
            "                      the word search or settings\n"
+           "FILE - reads standard input.\n"
            "\n"
            "Exit status: 0 every line was read, 1 malformed lines were skipped, 2 bad usage,\n"
            "3 FILE cannot be read, 4 internal error.\n"
+           "\n"
+           "Failures of the library are recorded in the product log (KOR_LOG_FILE names another file):\n"
+           "  " +
+           UQLogFileSink::mf_getDefaultPath().ToUtf8() +
+           "\n"
            "\n" +
            SearchCommand::mf_getHelp() + "\n" + SettingsCommand::mf_getHelp();
 }

@@ -180,6 +180,35 @@ TEST_F(KorFilesToolTest, HelpGoesToStandardOutputAndNamesBothDefaultInputs) {
     EXPECT_EQ(KorFilesTool::mf_getHelp(L"x", L"y"), shortOut.text);
 }
 
+TEST_F(KorFilesToolTest, VersionPrintsTheProgramsVersion) {
+    EXPECT_EQ(0, run({L"--version"}));
+    EXPECT_EQ("korfiles 0.1.0\n", out.text);
+    EXPECT_EQ("", err.text);
+}
+
+TEST_F(KorFilesToolTest, HelpNamesTheProductLog) {
+    EXPECT_EQ(0, run({L"--help"}));
+    EXPECT_NE(std::string::npos,
+              out.text.find("\nFailures of the library are recorded in the product log (KOR_LOG_FILE names "
+                            "another file):\n  " +
+                            utf8(UQLogFileSink::mf_getDefaultPath()) + "\n"))
+        << out.text;
+}
+
+// "-" is standard input; its problems are named after it. Standard input is this test process's own, so it
+// is pointed at a file for the run.
+TEST_F(KorFilesToolTest, DashReadsStandardInput) {
+    const TempFile file(std::string(kTwoFiles) + "C:\\Data\\c.txt\tx\t1\t2024-01-02 03:04:05\n");
+#if defined(_WIN32)
+    ASSERT_NE(nullptr, _wfreopen(file.path(), L"rb", stdin));
+#else
+    ASSERT_NE(nullptr, std::freopen(file.name().c_str(), "rb", stdin));
+#endif
+    EXPECT_EQ(1, run({L"-"}));
+    EXPECT_NE(std::string::npos, out.text.find("C:\\Data\\b.txt  1, 2")) << out.text;
+    EXPECT_EQ("(standard input):7: version 'x' is not a whole number\n", err.text);
+}
+
 TEST_F(KorFilesToolTest, DoubleDashMakesTheNextArgumentTheFile) {
     EXPECT_EQ(3, run({L"--", L"--descending"}));
     EXPECT_EQ("korfiles: cannot read '--descending': No such file or directory\n", err.text);
