@@ -30,6 +30,7 @@ const char* const kUsage =
 struct Options {
     FileListOrder::Key key = FileListOrder::BY_PATH;
     int bAscending = 1;
+    FileListTable::Format format = FileListTable::TABLE;
     bool bHelp = false;
     bool bVersion = false;
     bool bListing = false;
@@ -81,6 +82,10 @@ std::string parseOptions(const std::vector<CString>& args, Options& options) {
                 options.bHelp = true;
             } else if (arg == L"--version") {
                 options.bVersion = true;
+            } else if (arg == L"--format" || arg.Left(9) == L"--format=") {
+                if (arg.GetLength() <= 9 || !FileListTable::mf_parseFormat(arg.Mid(9), options.format))
+                    return "--format needs table, csv or json, as in --format=csv, not '" + arg.ToUtf8() +
+                           "'";
             } else if (arg == L"--descending") {
                 options.bAscending = 0;
             } else if (arg == L"--sort=path") {
@@ -142,7 +147,7 @@ int runFileVersions(const std::string& text, const Options& options, const std::
 
     UQFileListItem::Array items;
     list.mf_getSorted(items, options.key, options.bAscending);
-    out.mf_write(FileListTable::mf_format(items));
+    out.mf_write(FileListTable::mf_format(items, options.format));
     return problems.mf_getCount() > 0 ? KorFilesTool::EXIT_LINES_SKIPPED : KorFilesTool::EXIT_ALL_READ;
 }
 
@@ -156,7 +161,7 @@ int runListing(const std::string& text, const Options& options, const CString& i
 
     UQFileListItem::Array items;
     listing.mf_getItems(items, options.filter, options.key, options.bAscending);
-    out.mf_write(FileListTable::mf_formatListing(items));
+    out.mf_write(FileListTable::mf_formatListing(items, options.format));
     return skipped.empty() ? KorFilesTool::EXIT_ALL_READ : KorFilesTool::EXIT_LINES_SKIPPED;
 }
 
@@ -299,6 +304,8 @@ std::string KorFilesTool::mf_getHelp(const CString& defaultInput, const CString&
            "  --skip=SEVERITIES   leave out files of these severities: info, warning, error, several\n"
            "                      separated by commas, as in --skip=info,warning (listings only)\n"
            "  -h, --help          print this help and exit\n"
+           "  --format=FORMAT     table (the default), csv or json: one record per file, the\n"
+           "                      table's columns, for programs (also for search)\n"
            "  --version           print the program's version and exit\n"
            "  --                  take the next argument as FILE even if it starts with '-' or is\n"
            "                      the word search or settings\n"

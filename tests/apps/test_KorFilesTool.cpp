@@ -180,6 +180,28 @@ TEST_F(KorFilesToolTest, HelpGoesToStandardOutputAndNamesBothDefaultInputs) {
     EXPECT_EQ(KorFilesTool::mf_getHelp(L"x", L"y"), shortOut.text);
 }
 
+// Quotes, commas, blanks at the ends and control characters survive both formats for programs.
+TEST_F(KorFilesToolTest, CsvAndJsonQuoteWhatTheirSyntaxNeeds) {
+    const TempFile file("C:\\a \"b\", c.txt\t1\t5\t2024-01-02 03:04:05\tDone; 5% \\ ok\twarning\n");
+    EXPECT_EQ(0, run({L"--format=csv", file.path()}));
+    EXPECT_EQ("Path,Versions,Selected version,Result,Severity\n"
+              "\"C:\\a \"\"b\"\", c.txt\",1,\"a \"\"b\"\", c.txt - 2024-01-02 - 03:04:05\",Done; 5% \\ "
+              "ok,Warning\n",
+              out.text);
+    out.text.clear();
+    EXPECT_EQ(0, run({L"--format=json", file.path()}));
+    EXPECT_EQ("[\n{\"path\": \"C:\\\\a \\\"b\\\", c.txt\", \"versions\": \"1\", \"selectedVersion\": \"a "
+              "\\\"b\\\", c.txt - 2024-01-02 - 03:04:05\", \"result\": \"Done; 5% \\\\ ok\", \"severity\": "
+              "\"Warning\"}\n]\n",
+              out.text);
+}
+
+TEST_F(KorFilesToolTest, JsonOfNoFilesIsAnEmptyArray) {
+    const TempFile file("# nothing\n");
+    EXPECT_EQ(0, run({L"--format=json", file.path()}));
+    EXPECT_EQ("[\n]\n", out.text);
+}
+
 TEST_F(KorFilesToolTest, VersionPrintsTheProgramsVersion) {
     EXPECT_EQ(0, run({L"--version"}));
     EXPECT_EQ("korfiles 0.1.0\n", out.text);

@@ -94,6 +94,30 @@ TEST_F(SearchCommandTest, PrintsOneLinePerFileWithRangesStatusSecurityAndStreams
     EXPECT_EQ(std::vector<LogLine>{closed(6)}, log.lines());
 }
 
+TEST_F(SearchCommandTest, CsvAndJsonGiveOneRecordPerFileWithTheTablesColumns) {
+    EXPECT_EQ(0, search({L"--format=csv", L"*avail*"}));
+    EXPECT_EQ("Path,Versions,Status,Security,Streams\n"
+              "\\\\S\\a\\available.txt,\"1, 2\",Available,Yes,No\n"
+              "\\\\S\\b\\avail-prot.txt,1,Available (protected),Yes,No\n",
+              out.text);
+    out.text.clear();
+    EXPECT_EQ(0, search({L"--format=json", L"*avail*"}));
+    EXPECT_EQ(
+        "[\n"
+        "{\"path\": \"\\\\\\\\S\\\\a\\\\available.txt\", \"versions\": \"1, 2\", \"status\": \"Available\", "
+        "\"security\": \"Yes\", \"streams\": \"No\"},\n"
+        "{\"path\": \"\\\\\\\\S\\\\b\\\\avail-prot.txt\", \"versions\": \"1\", \"status\": "
+        "\"Available (protected)\", \"security\": \"Yes\", \"streams\": \"No\"}\n"
+        "]\n",
+        out.text);
+    EXPECT_EQ("", err.text);
+    out.text.clear();
+    EXPECT_EQ(2, search({L"--format=xml"}));
+    EXPECT_EQ(0u, err.text.find("korfiles search: --format needs table, csv or json, as in --format=csv, not "
+                                "'--format=xml'\n"))
+        << err.text;
+}
+
 TEST_F(SearchCommandTest, AnEmptyStorePrintsTheHeaderAlone) {
     const TempFile empty("# nothing stored yet\n");
     EXPECT_EQ(0, SearchCommand::mf_run({L"--store=" + empty.path()}, HistorySource::mf_sample(), out, err));
@@ -322,7 +346,9 @@ TEST_F(SearchCommandTest, AStoreThatCannotBeOpenedEndsWith3) {
     EXPECT_EQ(3, SearchCommand::mf_run({CString::FromUtf8("--store=" + missing)}, HistorySource::mf_sample(),
                                        out, err));
     EXPECT_EQ("", out.text);
-    EXPECT_EQ("korfiles: cannot read the history store " + missing + ": cannot open: No such file or directory (errno 2)\n", err.text);
+    EXPECT_EQ("korfiles: cannot read the history store " + missing +
+                  ": cannot open: No such file or directory (errno 2)\n",
+              err.text);
     EXPECT_EQ((std::vector<LogLine>{
                   {'E', "UQHistoryStore::mf_search", "Failure opening history store '" + missing + "'"}}),
               log.lines());
