@@ -132,6 +132,13 @@ std::string parseOptions(const std::vector<CString>& args, Options& options) {
     return std::string();
 }
 
+long long versionCount(const UQFileListItem::Array& items) {
+    long long n = 0;
+    for (INT_PTR i = 0; i < items.GetSize(); ++i)
+        n += items[i]->mf_getVersionCount();
+    return n;
+}
+
 int runFileVersions(const std::string& text, const Options& options, const std::string& inputName,
                     TextOutput& out, TextOutput& err) {
     MalformedLines problems;
@@ -148,6 +155,8 @@ int runFileVersions(const std::string& text, const Options& options, const std::
     UQFileListItem::Array items;
     list.mf_getSorted(items, options.key, options.bAscending);
     out.mf_write(FileListTable::mf_format(items, options.format));
+    err.mf_write(KorFilesTool::mf_countLine(items.GetSize(), versionCount(items), problems.mf_getCount(),
+                                            "malformed line"));
     return problems.mf_getCount() > 0 ? KorFilesTool::EXIT_LINES_SKIPPED : KorFilesTool::EXIT_ALL_READ;
 }
 
@@ -162,6 +171,8 @@ int runListing(const std::string& text, const Options& options, const CString& i
     UQFileListItem::Array items;
     listing.mf_getItems(items, options.filter, options.key, options.bAscending);
     out.mf_write(FileListTable::mf_formatListing(items, options.format));
+    err.mf_write(KorFilesTool::mf_countLine(items.GetSize(), versionCount(items),
+                                            static_cast<long long>(skipped.size()), "malformed line"));
     return skipped.empty() ? KorFilesTool::EXIT_ALL_READ : KorFilesTool::EXIT_LINES_SKIPPED;
 }
 
@@ -261,6 +272,15 @@ int KorFilesTool::mf_implReadStream(std::FILE* file, std::string& text, std::str
     }
     text.swap(content);
     return 1;
+}
+
+std::string KorFilesTool::mf_countLine(long long _nFiles, long long _nVersions, long long _nSkipped,
+                                       const char* _pszSkipped) {
+    const auto counted = [](long long n, const std::string& what) {
+        return std::to_string(n) + " " + what + (n == 1 ? "" : "s");
+    };
+    return counted(_nFiles, "file") + ", " + counted(_nVersions, "version") + ", " +
+           counted(_nSkipped, _pszSkipped) + " skipped\n";
 }
 
 std::string KorFilesTool::mf_getUsage() {

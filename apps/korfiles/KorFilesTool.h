@@ -37,6 +37,11 @@ public:
     // reason when it cannot be opened or read.
     static int mf_readFile(const CString& _sPath, std::string& _rText, std::string& _rReason);
 
+    // The closing line on standard error: "3 files, 7 versions, 1 malformed line skipped" (_pszSkipped
+    // names what was skipped: "malformed line", "malformed record").
+    static std::string mf_countLine(long long _nFiles, long long _nVersions, long long _nSkipped,
+                                    const char* _pszSkipped);
+
     // The usage lines that follow a usage error.
     static std::string mf_getUsage();
 

@@ -285,6 +285,11 @@ int SearchCommand::mf_run(const std::vector<CString>& args, const HistorySource&
     if (!options.bRetrievalOrder)
         sortItems(shown, options.key, options.bAscending);
     out.mf_write(FileListTable::mf_formatSearch(shown, options.bLatestOnly ? 1 : 0, options.format));
+    long long versions = 0;
+    for (INT_PTR i = 0; i < shown.GetSize(); ++i)
+        versions += shown[i]->mf_getVersionCount();
+    err.mf_write(KorFilesTool::mf_countLine(
+        shown.GetSize(), versions, static_cast<long long>(result.errors.size()), "malformed record"));
     return result.errors.empty() ? KorFilesTool::EXIT_ALL_READ : KorFilesTool::EXIT_LINES_SKIPPED;
 }
 

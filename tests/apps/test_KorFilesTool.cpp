@@ -40,7 +40,7 @@ TEST_F(KorFilesToolTest, PrintsOneAlignedLineperPathSortedByPath) {
               "C:\\Data\\a.txt  1 - 3     a.txt - 2024-01-04 - 03:04:05  Migrated  Information\n"
               "C:\\Data\\b.txt  1, 2      b.txt - 2024-03-07 - 14:05:09  Recalled  Warning\n",
               out.text);
-    EXPECT_EQ("", err.text);
+    EXPECT_EQ("2 files, 5 versions, 0 malformed lines skipped\n", err.text);
     EXPECT_EQ(std::vector<LogLine>{}, log.lines());
 }
 
@@ -56,7 +56,7 @@ TEST_F(KorFilesToolTest, SortsByResultDescending) {
               "C:\\x\\one.txt    1         one.txt - 2024-01-02 - 03:04:05    Migrated       Information\n"
               "C:\\x\\three.txt  1         three.txt - 2024-01-02 - 03:04:05  Access denied  Error\n",
               out.text);
-    EXPECT_EQ("", err.text);
+    EXPECT_EQ("4 files, 4 versions, 0 malformed lines skipped\n", err.text);
 }
 
 TEST_F(KorFilesToolTest, SortsByPathDescending) {
@@ -83,7 +83,7 @@ TEST_F(KorFilesToolTest, MalformedLinesAreReportedInLineOrderAndTheRestIsPrinted
                   ":4: size '-4' is negative\n" + name +
                   ":5: last write time '2023-02-30 14:05:09' is not a valid date and time\n" + name +
                   ":6: version '4294967296' is out of range (0 to 4294967295)\n" + name +
-                  ":7: missing size and last write time\n",
+                  ":7: missing size and last write time\n2 files, 2 versions, 5 malformed lines skipped\n",
               err.text);
     EXPECT_EQ("Path      Versions  Selected version               Result    Severity\n"
               "C:\\a.txt  2         a.txt - 2024-03-07 - 14:05:09            Information\n"
@@ -96,7 +96,7 @@ TEST_F(KorFilesToolTest, AnEmptyFilePrintsTheHeaderOnly) {
     const TempFile file("");
     EXPECT_EQ(0, run({file.path()}));
     EXPECT_EQ("Path  Versions  Selected version  Result  Severity\n", out.text);
-    EXPECT_EQ("", err.text);
+    EXPECT_EQ("0 files, 0 versions, 0 malformed lines skipped\n", err.text);
     EXPECT_EQ(std::vector<LogLine>{}, log.lines());
 }
 
@@ -228,7 +228,9 @@ TEST_F(KorFilesToolTest, DashReadsStandardInput) {
 #endif
     EXPECT_EQ(1, run({L"-"}));
     EXPECT_NE(std::string::npos, out.text.find("C:\\Data\\b.txt  1, 2")) << out.text;
-    EXPECT_EQ("(standard input):7: version 'x' is not a whole number\n", err.text);
+    EXPECT_EQ("(standard input):7: version 'x' is not a whole number\n2 files, 5 versions, 1 malformed line "
+              "skipped\n",
+              err.text);
 }
 
 TEST_F(KorFilesToolTest, DoubleDashMakesTheNextArgumentTheFile) {
@@ -263,7 +265,7 @@ TEST_F(KorFilesToolTest, AFileNameThatIsNotUtf8OpensTheFileItNames) {
     std::fclose(f);
     const std::wstring arg = uqfmt::nativeToWide(name.data(), name.size());
     EXPECT_EQ(0, run({CString(arg.c_str(), static_cast<int>(arg.size()))}));
-    EXPECT_EQ("", err.text);
+    EXPECT_EQ("2 files, 5 versions, 0 malformed lines skipped\n", err.text);
     EXPECT_NE(std::string::npos, out.text.find("C:\\Data\\b.txt  1, 2")) << out.text;
     std::remove(name.c_str());
 }
