@@ -1,0 +1,137 @@
+// The dialog gallery: every dialog of the library opened through its own call in its typical states, each
+// state saved as one PNG. The pictures go to the folder named by KOR_GALLERY_DIR (docs/gallery/ when the
+// docs_gallery target makes them); each test fails when its picture cannot be made.
+#include "DialogDriver.h"
+#include "Screenshot.h"
+#include "ToolkitTestSupport.h"
+
+#include "guibase/settings/RegistrySandbox.h"
+#include "guibase/toolkit/UQCaptionMessageBox.h"
+#include "guibase/toolkit/UQHelpDialog.h"
+#include "guibase/toolkit/UQInformationBox.h"
+#include "guibase/toolkit/UQLineEditor.h"
+#include "guibase/toolkit/UQMessageBox.h"
+#include "korlang_ids.h"
+
+#include <cstdlib>
+#include <string>
+
+using namespace toolkittest;
+
+namespace {
+
+std::wstring pictureDir() {
+    const wchar_t* pszDir = _wgetenv(L"KOR_GALLERY_DIR");
+    std::wstring dir = pszDir != nullptr && *pszDir != L'\0' ? pszDir : L"gallery";
+    CreateDirectoryW(dir.c_str(), nullptr);
+    return dir;
+}
+
+// A step that shows the keyboard cues (focus rectangle, access keys) as after a key press, saves the
+// picture, and then ends the dialog as _finish does.
+DialogDriver::Step picture(const wchar_t* _pszName, std::function<void(HWND)> _finish) {
+    return [_pszName, _finish](HWND _hDlg) {
+        // The first dialog of a process may not be active yet when the first tick comes: draw its title bar
+        // as the active window's, as the user sees it a moment later.
+        SetForegroundWindow(_hDlg);
+        SendMessageW(_hDlg, WM_NCACTIVATE, TRUE, 0);
+        SendMessageW(_hDlg, WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS | UISF_HIDEACCEL), 0);
+        const std::wstring path = pictureDir() + L"\\" + _pszName + L".png";
+        const std::string sFailure = screenshot::save(_hDlg, path);
+        EXPECT_EQ(sFailure, "") << utf8(_pszName);
+        _finish(_hDlg);
+    };
+}
+
+std::function<void(HWND)> click(int _nId) {
+    return [_nId](HWND _hDlg) { DialogDriver::click(_hDlg, _nId); };
+}
+
+void closeBox(HWND _hDlg) {
+    PostMessageW(_hDlg, WM_CLOSE, 0, 0);
+}
+
+class Gallery : public ::testing::Test {
+protected:
+    void SetUp() override { initCommonControls(); }
+    void TearDown() override {
+        EXPECT_EQ(m_driver.unexpectedDialogs(), 0);
+        EXPECT_EQ(m_driver.stepsLeft(), 0);
+    }
+    DialogDriver m_driver;
+};
+
+} // namespace
+
+TEST_F(Gallery, MessageBoxInformation) {
+    m_driver.then(picture(L"message-box-information", click(IDC_MESSAGE_BUTTON2)));
+    UQMessageBox box(L"The migration has finished. 214 files were migrated and replaced by stub files; "
+                     L"their data is on the storage server.",
+                     UQSeverity(UVSeverity::GREEN), UQMessageBox::BUTTONS_SINGLE, L"Migration");
+    EXPECT_EQ(box.mf_show(nullptr), UQMessageBox::RESULT_YES);
+}
+
+TEST_F(Gallery, MessageBoxQuestion) {
+    m_driver.then(picture(L"message-box-question", click(IDC_MESSAGE_BUTTON1)));
+    UQMessageBox box(L"12 of the selected files are stub files. Recall their data from the storage server "
+                     L"before they are retrieved?",
+                     UQSeverity(UVSeverity::YELLOW), UQMessageBox::BUTTONS_YES_NO, L"Retrieve");
+    EXPECT_EQ(box.mf_show(nullptr, 1), UQMessageBox::RESULT_YES);
+}
+
+TEST_F(Gallery, MessageBoxError) {
+    m_driver.then(picture(L"message-box-error", click(IDC_MESSAGE_BUTTON2)));
+    UQMessageBox box(UQErrnoData(UQErrno::_E_::Registry), CString());
+    EXPECT_EQ(box.mf_show(nullptr), UQMessageBox::RESULT_YES);
+}
+
+TEST_F(Gallery, MessageBoxWithoutButtons) {
+    m_driver.then(picture(L"message-box-no-buttons", closeBox));
+    UQMessageBox box(L"Searching the history of \\\\fs01\\projects ...", UQSeverity(UVSeverity::GREEN),
+                     UQMessageBox::BUTTONS_NONE, L"History search");
+    EXPECT_EQ(box.mf_show(nullptr), UQMessageBox::RESULT_CANCEL);
+}
+
+TEST_F(Gallery, CaptionMessageBox) {
+    m_driver.then(picture(L"caption-message-box", click(IDC_MESSAGE_BUTTON2)));
+    UQCaptionMessageBox box(
+        L"Files that have not been accessed for 90 days are migrated to the storage server "
+        L"and replaced by stub files. Opening a stub file recalls its data.",
+        UQMessageBox::BUTTONS_YES_NO, L"Migration settings", L"Stormex HSM Client");
+    EXPECT_EQ(box.mf_show(nullptr, 1), UQMessageBox::RESULT_NO);
+}
+
+TEST_F(Gallery, InformationBox) {
+    registrytest::RegistrySandbox sandbox;
+    m_driver.then(picture(L"information-box", click(IDC_INFORMATION_OK)));
+    UQInformationBox box(L"Tip", L"Migrated files stay visible in their folders as stub files.",
+                         L"A stub file is recalled from the storage server when a program opens it. "
+                         L"Search the history to retrieve older versions.",
+                         L"GalleryTip");
+    box.mf_show(nullptr);
+}
+
+TEST_F(Gallery, HelpDialog) {
+    m_driver.then(picture(L"help-dialog", click(IDCANCEL)));
+    UQHelpDialog help(L"History search",
+                      L"Type a pattern for the paths to search, such as *\\Finance\\*.\r\n\r\n"
+                      L"'*' stands for any run of characters and '?' for one character; case does not "
+                      L"matter.\r\n\r\nChoose a date range to see only the versions migrated in it, and "
+                      L"tick 'Latest versions only' to see one version of each file.\r\n\r\n"
+                      L"Press Search. The files found are listed with their versions; select some and "
+                      L"press Retrieve to restore them to a folder of your choice.");
+    help.mf_show(nullptr);
+}
+
+TEST_F(Gallery, LineEditor) {
+    m_driver.then(picture(L"line-editor", click(IDOK)));
+    UQLineEditor editor(L"Rename search", L"&Name of the saved search:");
+    editor.mf_setText(L"Finance 2024, latest versions", 1);
+    EXPECT_EQ(editor.mf_show(nullptr), 1);
+}
+
+TEST_F(Gallery, LineEditorEmpty) {
+    m_driver.then(picture(L"line-editor-empty", click(IDCANCEL)));
+    UQLineEditor editor(L"New search", L"&Name of the saved search:");
+    EXPECT_EQ(editor.mf_show(nullptr), 0);
+}
