@@ -5,6 +5,7 @@
 #include "FileVersionReader.h"
 #include "MalformedLines.h"
 #include "MigrationListing.h"
+#include "ProgressLine.h"
 #include "SearchCommand.h"
 #include "SettingsCommand.h"
 
@@ -143,7 +144,9 @@ int runFileVersions(const std::string& text, const Options& options, const std::
                     TextOutput& out, TextOutput& err) {
     MalformedLines problems;
     std::vector<FileVersionRecord> records;
-    FileVersionReader::mf_read(text, records, problems);
+    ProgressLine progress(err, text.size());
+    FileVersionReader::mf_read(text, records, problems, &progress);
+    progress.mf_finish();
     FileVersionList list;
     for (const FileVersionRecord& record : records) {
         std::string problem;
