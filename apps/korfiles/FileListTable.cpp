@@ -158,7 +158,7 @@ int FileListTable::mf_parseFormat(const CString& _sWord, Format& _rFormat) {
     return 1;
 }
 
-std::string FileListTable::mf_format(const UQFileListItem::Array& items, Format format) {
+std::string FileListTable::mf_format(const UQFileListItem::Array& items, Format _format) {
     std::vector<Row> rows;
     rows.reserve(static_cast<std::size_t>(items.GetSize()) + 1);
     rows.push_back({L"Path", L"Versions", L"Selected version", L"Result", L"Severity"});
@@ -168,10 +168,10 @@ std::string FileListTable::mf_format(const UQFileListItem::Array& items, Format 
                         item->mf_getSelectedVersionDisplayString(), item->mf_getResult(),
                         UVSeverity::mf_toString(item->mf_getSeverity())});
     }
-    return render(rows, format);
+    return render(rows, _format);
 }
 
-std::string FileListTable::mf_formatListing(const UQFileListItem::Array& items, Format format) {
+std::string FileListTable::mf_formatListing(const UQFileListItem::Array& items, Format _format) {
     std::vector<Row> rows;
     rows.reserve(static_cast<std::size_t>(items.GetSize()) + 1);
     rows.push_back({L"Path", L"Versions", L"Result", L"Severity"});
@@ -180,11 +180,11 @@ std::string FileListTable::mf_formatListing(const UQFileListItem::Array& items, 
         rows.push_back({item->mf_getPath(), item->mf_getRangesDisplayString(), item->mf_getResult(),
                         UVSeverity::mf_toString(item->mf_getSeverity())});
     }
-    return render(rows, format);
+    return render(rows, _format);
 }
 
 std::string FileListTable::mf_formatSearch(const UQSearchFileItem::Array& items, int bSelectedOnly,
-                                           Format format) {
+                                           Format _format) {
     std::vector<Row> rows;
     rows.reserve(static_cast<std::size_t>(items.GetSize()) + 1);
     rows.push_back({L"Path", bSelectedOnly ? L"Version" : L"Versions", L"Status", L"Security", L"Streams"});
@@ -200,5 +200,5 @@ std::string FileListTable::mf_formatSearch(const UQSearchFileItem::Array& items,
         rows.push_back({item->mf_getPathDisplayString(), versions, shown->mf_getStatusString(),
                         item->mf_getSecurityDisplayString(), item->mf_getADStreamsDisplayString()});
     }
-    return render(rows, format);
+    return render(rows, _format);
 }

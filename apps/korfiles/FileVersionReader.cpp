@@ -285,7 +285,7 @@ int FileVersionReader::mf_parseLine(const std::string& line, FileVersionRecord& 
 }
 
 int FileVersionReader::mf_read(const std::string& text, std::vector<FileVersionRecord>& records,
-                               ProblemSink& problems, ProgressSink* progress) {
+                               ProblemSink& problems, ProgressSink* _pProgress) {
     std::size_t pos = 0;
     int lineNumber = 0;
     int malformed = 0;
@@ -311,8 +311,8 @@ int FileVersionReader::mf_read(const std::string& text, std::vector<FileVersionR
             problems.mf_onProblem(lineNumber, problem);
         }
         pos = next;
-        if (progress != nullptr && lineNumber % 4096 == 0)
-            progress->mf_onProgress(static_cast<std::uint64_t>(lineNumber), pos);
+        if (_pProgress != nullptr && lineNumber % 4096 == 0)
+            _pProgress->mf_onProgress(static_cast<std::uint64_t>(lineNumber), pos);
     }
     return malformed;
 }

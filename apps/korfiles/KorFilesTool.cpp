@@ -261,19 +261,19 @@ int KorFilesTool::mf_readFile(const CString& path, std::string& text, std::strin
     return done;
 }
 
-int KorFilesTool::mf_implReadStream(std::FILE* file, std::string& text, std::string& reason) {
+int KorFilesTool::mf_implReadStream(std::FILE* _pFile, std::string& _rText, std::string& _rReason) {
     std::string content;
     char buffer[65536];
     std::size_t n;
-    while ((n = std::fread(buffer, 1, sizeof buffer, file)) > 0)
+    while ((n = std::fread(buffer, 1, sizeof buffer, _pFile)) > 0)
         content.append(buffer, n);
-    const int failed = std::ferror(file);
+    const int failed = std::ferror(_pFile);
     const int error = errno;
     if (failed) {
-        reason = std::strerror(error);
+        _rReason = std::strerror(error);
         return 0;
     }
-    text.swap(content);
+    _rText.swap(content);
     return 1;
 }
 

@@ -561,8 +561,8 @@ Result readOrWrite(HKEY hive, const CString& key, const CString& name, const Val
     return r;
 }
 
-Result beginUpdate(HKEY, const CString&, const CString&, void*& lock) {
-    lock = nullptr;
+Result beginUpdate(HKEY, const CString&, const CString&, void*& _rpLock) {
+    _rpLock = nullptr;
     // Held until endUpdate: the other threads of the process wait here, other processes on the
     // transaction's write lock.
     std::unique_lock<std::recursive_mutex> guard(g_mutex);
@@ -582,13 +582,13 @@ Result beginUpdate(HKEY, const CString&, const CString&, void*& lock) {
         return failure(Status::LockFailed, sqliteMessage(db, rc));
     }
     guard.release();
-    lock = update;
+    _rpLock = update;
     return r;
 }
 
-Result commitUpdate(void* lock) {
+Result commitUpdate(void* _pLock) {
     std::lock_guard<std::recursive_mutex> guard(g_mutex);
-    Update* update = static_cast<Update*>(lock);
+    Update* update = static_cast<Update*>(_pLock);
     if (update == nullptr)
         return failure(Status::WriteFailed, L"no update is held");
     // A connection closed under the update (another store chosen) took its transaction with it.
@@ -602,8 +602,8 @@ Result commitUpdate(void* lock) {
     return Result();
 }
 
-void endUpdate(void* lock) noexcept {
-    Update* update = static_cast<Update*>(lock);
+void endUpdate(void* _pLock) noexcept {
+    Update* update = static_cast<Update*>(_pLock);
     if (update == nullptr)
         return;
     if (!update->bEnded && update->pDb == g_pDb)

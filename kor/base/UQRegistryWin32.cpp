@@ -249,9 +249,9 @@ Result readOrWrite(HKEY hive, const CString& key, const CString& name, const Val
     return Result();
 }
 
-Result beginUpdate(HKEY hive, const CString& key, const CString& name, void*& lock) {
-    lock = nullptr;
-    ValueMutex* mutex = new (std::nothrow) ValueMutex(hive, key, name);
+Result beginUpdate(HKEY _hHive, const CString& _sKey, const CString& _sName, void*& _rpLock) {
+    _rpLock = nullptr;
+    ValueMutex* mutex = new (std::nothrow) ValueMutex(_hHive, _sKey, _sName);
     if (mutex == nullptr)
         return failure(Status::LockFailed, ERROR_NOT_ENOUGH_MEMORY);
     const LONG rc = mutex->rc();
@@ -259,12 +259,12 @@ Result beginUpdate(HKEY hive, const CString& key, const CString& name, void*& lo
         delete mutex;
         return failure(Status::LockFailed, rc);
     }
-    lock = mutex;
+    _rpLock = mutex;
     return Result();
 }
 
-Result commitUpdate(void* lock) {
-    if (lock == nullptr) {
+Result commitUpdate(void* _pLock) {
+    if (_pLock == nullptr) {
         Result r;
         r.status = Status::WriteFailed;
         r.sReason = L"no update is held";
@@ -274,8 +274,8 @@ Result commitUpdate(void* lock) {
     return Result();
 }
 
-void endUpdate(void* lock) noexcept {
-    delete static_cast<ValueMutex*>(lock);
+void endUpdate(void* _pLock) noexcept {
+    delete static_cast<ValueMutex*>(_pLock);
 }
 
 Result valueExists(HKEY hive, const CString& key, const CString& name, bool& exists) {
