@@ -3,6 +3,7 @@
 #include "compat/utf8.h"
 
 #include <cerrno>
+#include <cstdint>
 #include <system_error>
 
 namespace kortext {
@@ -38,6 +39,41 @@ CString readErrorDetail(const CString& file, int error) {
     CString detail;
     detail.Format(L"%s: read error: %s (errno %d)", file, systemReason(error), error);
     return detail;
+}
+
+bool isUtf8(const std::string& text) {
+    const auto* s = reinterpret_cast<const unsigned char*>(text.data());
+    const std::size_t n = text.size();
+    std::size_t i = 0;
+    while (i < n) {
+        const unsigned char c = s[i];
+        if (c < 0x80) {
+            ++i;
+            continue;
+        }
+        std::size_t extra;
+        std::uint32_t cp, min;
+        if ((c & 0xE0) == 0xC0) {
+            extra = 1, cp = c & 0x1Fu, min = 0x80;
+        } else if ((c & 0xF0) == 0xE0) {
+            extra = 2, cp = c & 0x0Fu, min = 0x800;
+        } else if ((c & 0xF8) == 0xF0) {
+            extra = 3, cp = c & 0x07u, min = 0x10000;
+        } else {
+            return false;
+        }
+        if (n - i <= extra)
+            return false;
+        for (std::size_t k = 1; k <= extra; ++k) {
+            if ((s[i + k] & 0xC0) != 0x80)
+                return false;
+            cp = (cp << 6) | (s[i + k] & 0x3Fu);
+        }
+        if (cp < min || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF))
+            return false;
+        i += extra + 1;
+    }
+    return true;
 }
 
 } // namespace kortext

@@ -37,5 +37,7 @@ inline void skipByteOrderMark(std::string& _rsLine) {
     if (_rsLine.compare(0, 3, "\xEF\xBB\xBF") == 0)
         _rsLine.erase(0, 3);
 }
+// Well-formed UTF-8: no stray continuation bytes, no overlong forms, no surrogates, nothing above U+10FFFF.
+bool isUtf8(const std::string& _text);
 
 } // namespace kortext
