@@ -358,6 +358,15 @@ void UQSearchUserDialog::mf_implSort() {
 void UQSearchUserDialog::mf_implSortItems(int _bAscending) {
     SendMessageW(m_hUserList, LVM_SORTITEMS, static_cast<WPARAM>(_bAscending),
                  reinterpret_cast<LPARAM>(compareUsers));
+    // The header shows one arrow: the previous one goes before the new one is set.
+    HWND hHeader = UQListPanel::mf_getHeader(m_hUserList);
+    HDITEMW header;
+    ZeroMemory(&header, sizeof header);
+    header.mask = HDI_FORMAT;
+    if (SendMessageW(hHeader, HDM_GETITEMW, 0, reinterpret_cast<LPARAM>(&header))) {
+        header.fmt &= ~(HDF_SORTUP | HDF_SORTDOWN);
+        SendMessageW(hHeader, HDM_SETITEMW, 0, reinterpret_cast<LPARAM>(&header));
+    }
     UQListPanel::mf_setHeaderSortIcon(
         m_hUserList, 0, UQSortOrder(_bAscending ? UQSortOrder::ASCENDING : UQSortOrder::DESCENDING));
 }

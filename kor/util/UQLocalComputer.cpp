@@ -71,22 +71,38 @@ CString UQLocalComputer::mf_implComputerName() {
 void UQLocalComputer::mf_queryDisplayUsers(UQArray<UQSid*, UQSid*>& _rUsers) const {
     std::vector<std::unique_ptr<UQUser>> users;
 #if defined(_WIN32)
+    // Level 10 brings the full names; Wine 8 knows only level 0 (names) and answers ERROR_INVALID_LEVEL.
+    DWORD dwLevel = 10;
     DWORD dwResume = 0;
     NET_API_STATUS nStatus;
     do {
         LPBYTE pBuffer = nullptr;
         DWORD dwRead = 0, dwTotal = 0;
-        nStatus = NetUserEnum(nullptr, 10, FILTER_NORMAL_ACCOUNT, &pBuffer, MAX_PREFERRED_LENGTH, &dwRead,
-                              &dwTotal, &dwResume);
+        nStatus = NetUserEnum(nullptr, dwLevel, FILTER_NORMAL_ACCOUNT, &pBuffer, MAX_PREFERRED_LENGTH,
+                              &dwRead, &dwTotal, &dwResume);
+        if (nStatus == ERROR_INVALID_LEVEL && dwLevel == 10 && users.empty()) {
+            if (pBuffer != nullptr)
+                NetApiBufferFree(pBuffer);
+            dwLevel = 0;
+            dwResume = 0;
+            nStatus = ERROR_MORE_DATA;
+            continue;
+        }
         if (nStatus != NERR_Success && nStatus != ERROR_MORE_DATA) {
             if (pBuffer != nullptr)
                 NetApiBufferFree(pBuffer);
             queryFailure(UQErrno(UQErrnoData(UQErrno::_E_::System), static_cast<std::uint32_t>(nStatus)),
                          L"enumerating the local accounts");
         }
-        const USER_INFO_10* pInfo = reinterpret_cast<const USER_INFO_10*>(pBuffer);
         try {
             for (DWORD i = 0; i < dwRead; ++i) {
+                if (dwLevel == 0) {
+                    const USER_INFO_0* pInfo = reinterpret_cast<const USER_INFO_0*>(pBuffer);
+                    users.emplace_back(
+                        new UQUser(sidOfAccount(pInfo[i].usri0_name), pInfo[i].usri0_name, CString()));
+                    continue;
+                }
+                const USER_INFO_10* pInfo = reinterpret_cast<const USER_INFO_10*>(pBuffer);
                 // The full name is the second text; without one, the account's comment.
                 CString sSecond(pInfo[i].usri10_full_name != nullptr ? pInfo[i].usri10_full_name : L"");
                 if (sSecond.IsEmpty() && pInfo[i].usri10_comment != nullptr)

@@ -1,0 +1,77 @@
+#include "PanelsTestSupport.h"
+
+#include <cstdio>
+
+namespace panelstest {
+
+namespace {
+
+INT_PTR CALLBACK quietProcedure(HWND, UINT _uMsg, WPARAM, LPARAM) {
+    return _uMsg == WM_INITDIALOG ? TRUE : FALSE;
+}
+
+} // namespace
+
+ScratchFile::ScratchFile(const std::string& _sName, const std::string& _sText) {
+    wchar_t szDirectory[MAX_PATH];
+    GetTempPathW(MAX_PATH, szDirectory);
+    m_sPath = szDirectory;
+    m_sPath += CString::FromUtf8(std::to_string(GetCurrentProcessId()) + "-" + _sName);
+    FILE* pFile = _wfopen(m_sPath, L"wb");
+    EXPECT_NE(pFile, nullptr) << "creating " << utf8(m_sPath);
+    if (pFile != nullptr) {
+        std::fwrite(_sText.data(), 1, _sText.size(), pFile);
+        std::fclose(pFile);
+    }
+}
+
+ScratchFile::~ScratchFile() {
+    DeleteFileW(m_sPath);
+}
+
+MgmtClassDialog::MgmtClassDialog() {
+    toolkittest::initCommonControls();
+    m_hDlg = CreateDialogParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_MGMT_CLASS_TEST), nullptr,
+                                quietProcedure, 0);
+    EXPECT_NE(m_hDlg, nullptr) << "CreateDialogParamW failed with " << GetLastError();
+    if (m_hDlg != nullptr) {
+        ShowWindow(m_hDlg, SW_SHOW);
+        toolkittest::pumpMessages();
+    }
+}
+
+MgmtClassDialog::~MgmtClassDialog() {
+    if (m_hDlg != nullptr)
+        DestroyWindow(m_hDlg);
+    toolkittest::pumpMessages();
+}
+
+std::vector<std::string> comboTexts(HWND _hCombo) {
+    std::vector<std::string> texts;
+    const LRESULT nCount = SendMessageW(_hCombo, CB_GETCOUNT, 0, 0);
+    for (LRESULT i = 0; i < nCount; ++i) {
+        const LRESULT nLength = SendMessageW(_hCombo, CB_GETLBTEXTLEN, static_cast<WPARAM>(i), 0);
+        std::wstring sText(static_cast<std::size_t>(nLength) + 1, L'\0');
+        SendMessageW(_hCombo, CB_GETLBTEXT, static_cast<WPARAM>(i), reinterpret_cast<LPARAM>(&sText[0]));
+        texts.push_back(utf8(sText.c_str()));
+    }
+    return texts;
+}
+
+std::vector<std::string> listTexts(HWND _hList) {
+    std::vector<std::string> texts;
+    const LRESULT nCount = SendMessageW(_hList, LVM_GETITEMCOUNT, 0, 0);
+    for (LRESULT i = 0; i < nCount; ++i) {
+        wchar_t szText[512] = {};
+        LVITEMW item;
+        ZeroMemory(&item, sizeof item);
+        item.iSubItem = 0;
+        item.pszText = szText;
+        item.cchTextMax = 512;
+        SendMessageW(_hList, LVM_GETITEMTEXTW, static_cast<WPARAM>(i), reinterpret_cast<LPARAM>(&item));
+        texts.push_back(utf8(szText));
+    }
+    return texts;
+}
+
+} // namespace panelstest
