@@ -43,6 +43,8 @@ const WORD ICON_USER = 561;
 const unsigned long TOOLTIP_DELAY_MS = 30000;
 // The start message's background, as GetSysColor numbers it.
 const int START_MESSAGE_COLOR = 20;
+// The scroll bar width that UQListPanel::mf_adjustColumnWidths leaves room for.
+const int ASSUMED_SCROLL_BAR_WIDTH = 16;
 
 const wchar_t* const VALUE_AUTHORITY = L"SearchUserAuthority";
 const wchar_t* const NO_USER_DATA = L"No user data pointer in call WM_COMMAND";
@@ -85,8 +87,17 @@ int UQSearchUserDialog::mf_show(HWND _hParent) {
 }
 
 CString UQSearchUserDialog::mf_implStartText() {
+    // The button's label without its access key: the message is no label, and an '&' in a static would
+    // give it the button's key.
+    CString sLabel = UQString(TEXT_LIST_BUTTON).mf_getText();
+    CString sPlain;
+    for (int i = 0; i < sLabel.GetLength(); ++i) {
+        if (sLabel[i] == L'&' && i + 1 < sLabel.GetLength())
+            ++i;
+        sPlain += sLabel[i];
+    }
     CString sText;
-    sText.Format(UQString(TEXT_START), UQString(TEXT_LIST_BUTTON).mf_getText());
+    sText.Format(UQString(TEXT_START), sPlain);
     return sText;
 }
 
@@ -159,6 +170,12 @@ int UQSearchUserDialog::mf_implOnInitDialog(HWND _hDlg) {
     SendMessageW(hToolTip, TTM_SETDELAYTIME, TTDT_AUTOPOP, MAKELPARAM(TOOLTIP_DELAY_MS, 0));
     UQListPanel::mf_insertColumn(m_hUserList, 0, UQString(TEXT_COLUMN), 100, LVCFMT_LEFT);
     UQListPanel::mf_adjustColumnWidths(m_hUserList, 1);
+    // The adjustment leaves room for a scroll bar of 16 pixels; where the system's is wider, a listed page
+    // would also get a horizontal scroll bar for the difference.
+    const int nExtra = GetSystemMetrics(SM_CXVSCROLL) - ASSUMED_SCROLL_BAR_WIDTH;
+    if (nExtra > 0)
+        UQListPanel::mf_setColumnWidth(m_hUserList, 0,
+                                       UQListPanel::mf_getColumnWidth(m_hUserList, 0) - nExtra);
     UQListPanel::mf_createImageList(m_hUserList);
     UQListPanel::mf_addIcon(m_hUserList, ICON_USER);
     mf_implOnUpdateControls();

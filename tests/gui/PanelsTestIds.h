@@ -1,7 +1,7 @@
 // Resource numbers of the panels test dialogs (panels_tests.rc).
 #pragma once
 
-#define IDD_MGMT_CLASS_TEST 200
+#define IDD_MGMT_CLASS_TEST 210
 #define IDC_MGMT_CLASS_LABEL 30106
 #define IDC_MGMT_CLASS_COMBO 1027
 #define IDC_MGMT_DESCRIPTION_LABEL 30149

@@ -30,7 +30,7 @@ const char* const DIRECTORY = "# test domain\n"
                               "silent\n"
                               "controller\tDC04\tDC04\t-\n";
 
-const std::string START = "Choose where to search and press &List to list the users.";
+const std::string START = "Choose where to search and press List to list the users.";
 const char* const LIST = "UQQuotaPanel::mf_implOnUpdateList";
 
 HWND item(HWND _hDlg, int _nId) {
@@ -471,4 +471,56 @@ TEST_F(UQSearchUserDialogTest, TheLocalComputerListsItsAccountsWithTheirSids) {
             << utf8(direct[i]->mf_getDisplayName());
         delete direct[i];
     }
+}
+
+namespace {
+
+// Notes what the start message says while the authority is being asked.
+class WatchingDialog : public UQSearchUserDialog {
+public:
+    HWND hDlg = nullptr;
+    std::vector<std::string> duringQuery;
+    std::vector<bool> shownDuringQuery;
+
+protected:
+    void mf_implCreateSidArray(UQSidAuthority& _rAuthority, UQArray<UQSid*, UQSid*>& _rUsers) override {
+        duringQuery.push_back(itemText(hDlg, IDC_SEARCH_USER_START));
+        shownDuringQuery.push_back(visible(hDlg, IDC_SEARCH_USER_START));
+        UQSearchUserDialog::mf_implCreateSidArray(_rAuthority, _rUsers);
+    }
+};
+
+} // namespace
+
+TEST_F(UQSearchUserDialogTest, ThePleaseWaitTextShowsOnlyWhileAnAuthorityIsQueriedTheFirstTime) {
+    WatchingDialog dialog;
+    DialogDriver driver;
+    driver.then([&](HWND _hDlg) {
+        dialog.hDlg = _hDlg;
+        pressList(_hDlg);
+        pressList(_hDlg);
+        DialogDriver::click(_hDlg, IDC_SEARCH_USER_CANCEL);
+    });
+    dialog.mf_show(nullptr);
+    EXPECT_EQ(dialog.duringQuery,
+              (std::vector<std::string>{"Please wait while the users are queried ...", ""}));
+    EXPECT_EQ(dialog.shownDuringQuery, (std::vector<bool>{true, false}));
+}
+
+TEST_F(UQSearchUserDialogTest, TheStartMessageAloneGetsItsOwnBackground) {
+    INT_PTR nStart = 0, nLabel = 1;
+    DialogDriver driver;
+    driver.then([&](HWND _hDlg) {
+        HDC hDC = GetDC(_hDlg);
+        nStart = SendMessageW(_hDlg, WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(hDC),
+                              reinterpret_cast<LPARAM>(item(_hDlg, IDC_SEARCH_USER_START)));
+        nLabel = SendMessageW(_hDlg, WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(hDC),
+                              reinterpret_cast<LPARAM>(item(_hDlg, IDC_SEARCH_USER_FILTER_LABEL)));
+        ReleaseDC(_hDlg, hDC);
+        DialogDriver::click(_hDlg, IDC_SEARCH_USER_CANCEL);
+    });
+    m_dialog.mf_show(nullptr);
+    EXPECT_EQ(nStart, reinterpret_cast<INT_PTR>(GetSysColorBrush(20)));
+    // Other statics get what the dialog manager gives them.
+    EXPECT_NE(nLabel, nStart);
 }
