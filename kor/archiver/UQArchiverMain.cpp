@@ -53,7 +53,7 @@ CString UQArchiverMain::mf_getMgmtClassFile() {
 }
 
 void UQArchiverMain::mf_getMgmtClasses(UQArray<UQQueryMgmtClassData*, UQQueryMgmtClassData*>& _rList,
-                                       const UQHost&, const CString&) {
+                                       const UQHost& _host, const CString& _sOptions) {
     static const wchar_t* const _sFunction_ = L"UQArchiverMain::mf_getMgmtClasses";
     const UQMgmtClassFile::Result result = readServer(_sFunction_);
     for (const UQQueryMgmtClassData& data : result.classes) {
@@ -63,7 +63,8 @@ void UQArchiverMain::mf_getMgmtClasses(UQArray<UQQueryMgmtClassData*, UQQueryMgm
     }
 }
 
-UQQueryMgmtClassData* UQArchiverMain::mf_getMgmtClass(const CString& _sName, const UQHost&, const CString&) {
+UQQueryMgmtClassData* UQArchiverMain::mf_getMgmtClass(const CString& _sName, const UQHost& _host,
+                                                      const CString& _sOptions) {
     static const wchar_t* const _sFunction_ = L"UQArchiverMain::mf_getMgmtClass";
     const UQMgmtClassFile::Result result = readServer(_sFunction_);
     const bool bDefault = _sName == L"DEFAULT";

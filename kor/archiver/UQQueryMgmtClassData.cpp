@@ -9,7 +9,8 @@ UQQueryMgmtClassData::UQQueryMgmtClassData(const CString& _sName, const CString&
 
 UQQueryMgmtClassData::~UQQueryMgmtClassData() = default;
 
-UQSeverity UQQueryMgmtClassData::mf_queryUserComment(CString& _rsComment, int) const {
+// The server keeps one form of its comments, the user's: _bForUser chooses nothing here.
+UQSeverity UQQueryMgmtClassData::mf_queryUserComment(CString& _rsComment, int _bForUser) const {
     static const wchar_t* const _sFunction_ = L"UQQueryMgmtClassData::mf_queryUserComment";
     if (m_eCommentState == COMMENT_UNAVAILABLE) {
         CString sDetail;
