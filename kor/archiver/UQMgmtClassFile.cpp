@@ -34,11 +34,6 @@ bool hasControlCharacter(const std::string& _sLine) {
     return false;
 }
 
-// Text that survives the way to UTF-16 and back unchanged is well-formed UTF-8.
-bool isUtf8(const std::string& _sText) {
-    return CString::FromUtf8(_sText).ToUtf8() == _sText;
-}
-
 bool isKey(const std::string& _sKey) {
     if (_sKey.empty())
         return false;
@@ -72,7 +67,7 @@ public:
     void mf_line(const std::string& _sLine, unsigned _uLine) {
         if (isBlank(_sLine) || _sLine[0] == '#')
             return;
-        if (!isUtf8(_sLine))
+        if (!kortext::isUtf8(_sLine))
             return mf_bad(_uLine, "invalid UTF-8");
         if (hasControlCharacter(_sLine))
             return mf_bad(_uLine, "control character");

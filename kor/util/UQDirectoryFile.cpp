@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <set>
+#include <system_error>
 
 namespace {
 
@@ -170,7 +171,10 @@ UQDirectoryFile::Result UQDirectoryFile::mf_read(const CString& _sFile) {
     const int nOpenError = errno;
     if (pFile == nullptr) {
         CString sDetail;
-        sDetail.Format(L"%s: cannot open (errno %d)", _sFile, nOpenError);
+        // Worded as korarchiver words the files it cannot open.
+        sDetail.Format(L"%s: cannot open: %s (errno %d)", _sFile,
+                       CString::FromUtf8(std::error_code(nOpenError, std::generic_category()).message()),
+                       nOpenError);
         fileFailure(_sFunction_, L"Failure opening directory file '%s'", _sFile, sDetail);
     }
     std::string sText;

@@ -1,7 +1,5 @@
 #include "PanelsTestSupport.h"
 
-#include <cstdio>
-
 namespace panelstest {
 
 namespace {
@@ -11,23 +9,6 @@ INT_PTR CALLBACK quietProcedure(HWND, UINT _uMsg, WPARAM, LPARAM) {
 }
 
 } // namespace
-
-ScratchFile::ScratchFile(const std::string& _sName, const std::string& _sText) {
-    wchar_t szDirectory[MAX_PATH];
-    GetTempPathW(MAX_PATH, szDirectory);
-    m_sPath = szDirectory;
-    m_sPath += CString::FromUtf8(std::to_string(GetCurrentProcessId()) + "-" + _sName);
-    FILE* pFile = _wfopen(m_sPath, L"wb");
-    EXPECT_NE(pFile, nullptr) << "creating " << utf8(m_sPath);
-    if (pFile != nullptr) {
-        std::fwrite(_sText.data(), 1, _sText.size(), pFile);
-        std::fclose(pFile);
-    }
-}
-
-ScratchFile::~ScratchFile() {
-    DeleteFileW(m_sPath);
-}
 
 MgmtClassDialog::MgmtClassDialog() {
     toolkittest::initCommonControls();

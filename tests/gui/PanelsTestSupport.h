@@ -1,9 +1,10 @@
-// What the panel tests share: scratch files for the class file and the directory file, the services
-// pointed at them for one test, and the management class test dialog opened modeless.
+// What the panel tests share: the class file and the directory file pointed at for one test, and the
+// management class test dialog opened modeless.
 #pragma once
 
 #include "PanelsTestIds.h"
 #include "ToolkitTestSupport.h"
+#include "support/ScratchFile.h"
 
 #include "interfaces/korarchiver.h"
 #include "interfaces/korutil.h"
@@ -11,20 +12,6 @@
 #include <string>
 
 namespace panelstest {
-
-// A file in the temporary directory with the given UTF-8 text, deleted with the object.
-class ScratchFile {
-public:
-    ScratchFile(const std::string& _sName, const std::string& _sText);
-    ~ScratchFile();
-    ScratchFile(const ScratchFile&) = delete;
-    ScratchFile& operator=(const ScratchFile&) = delete;
-
-    const CString& path() const noexcept { return m_sPath; }
-
-private:
-    CString m_sPath;
-};
 
 // The archiver answers from _sFile while the object lives.
 class UseClassFile {

@@ -2,16 +2,15 @@
 
 #include "PngWriter.h"
 
+#include <algorithm>
 #include <set>
 
 namespace screenshot {
 
-bool capture(HWND _hWnd, std::vector<std::uint8_t>& _rgb, int& _nWidth, int& _nHeight) {
-    RECT rc;
-    GetWindowRect(_hWnd, &rc);
-    _nWidth = rc.right - rc.left;
-    _nHeight = rc.bottom - rc.top;
-    HDC hWindowDC = GetWindowDC(_hWnd);
+namespace {
+
+bool copyDC(HDC hWindowDC, int _nLeft, int _nTop, std::vector<std::uint8_t>& _rgb, int _nWidth,
+            int _nHeight) {
     HDC hMemoryDC = CreateCompatibleDC(hWindowDC);
     BITMAPINFO info;
     ZeroMemory(&info, sizeof info);
@@ -26,7 +25,7 @@ bool capture(HWND _hWnd, std::vector<std::uint8_t>& _rgb, int& _nWidth, int& _nH
     bool bCopied = false;
     if (hBitmap != nullptr && pBits != nullptr) {
         HGDIOBJ hOld = SelectObject(hMemoryDC, hBitmap);
-        bCopied = BitBlt(hMemoryDC, 0, 0, _nWidth, _nHeight, hWindowDC, 0, 0, SRCCOPY) != FALSE;
+        bCopied = BitBlt(hMemoryDC, 0, 0, _nWidth, _nHeight, hWindowDC, _nLeft, _nTop, SRCCOPY) != FALSE;
         GdiFlush();
         const std::uint8_t* pBgra = static_cast<const std::uint8_t*>(pBits);
         _rgb.resize(static_cast<std::size_t>(_nWidth) * _nHeight * 3);
@@ -40,6 +39,27 @@ bool capture(HWND _hWnd, std::vector<std::uint8_t>& _rgb, int& _nWidth, int& _nH
     if (hBitmap != nullptr)
         DeleteObject(hBitmap);
     DeleteDC(hMemoryDC);
+    return bCopied;
+}
+
+std::string write(const std::vector<std::uint8_t>& _rgb, int _nWidth, int _nHeight,
+                  const std::wstring& _path) {
+    if (colourCount(_rgb) < 4)
+        return "nothing was drawn";
+    if (!png::writeFile(_path, png::encode(_rgb, _nWidth, _nHeight)))
+        return "the picture cannot be written";
+    return std::string();
+}
+
+} // namespace
+
+bool capture(HWND _hWnd, std::vector<std::uint8_t>& _rgb, int& _nWidth, int& _nHeight) {
+    RECT rc;
+    GetWindowRect(_hWnd, &rc);
+    _nWidth = rc.right - rc.left;
+    _nHeight = rc.bottom - rc.top;
+    HDC hWindowDC = GetWindowDC(_hWnd);
+    const bool bCopied = copyDC(hWindowDC, 0, 0, _rgb, _nWidth, _nHeight);
     ReleaseDC(_hWnd, hWindowDC);
     return bCopied;
 }
@@ -59,11 +79,42 @@ std::string save(HWND _hWnd, const std::wstring& _path) {
     int nHeight = 0;
     if (!capture(_hWnd, rgb, nWidth, nHeight))
         return "the window cannot be copied";
-    if (colourCount(rgb) < 4)
-        return "nothing was drawn";
-    if (!png::writeFile(_path, png::encode(rgb, nWidth, nHeight)))
-        return "the picture cannot be written";
-    return std::string();
+    return write(rgb, nWidth, nHeight, _path);
+}
+
+std::string saveTogether(const std::vector<HWND>& _windows, const std::wstring& _path) {
+    RECT rcAll = {0, 0, 0, 0};
+    for (HWND hWnd : _windows) {
+        RECT rc;
+        GetWindowRect(hWnd, &rc);
+        UnionRect(&rcAll, &rcAll, &rc);
+    }
+    const int nWidth = rcAll.right - rcAll.left;
+    const int nHeight = rcAll.bottom - rcAll.top;
+    // What no window covers shows the desktop's colour.
+    const COLORREF crDesktop = GetSysColor(COLOR_DESKTOP);
+    std::vector<std::uint8_t> rgb(static_cast<std::size_t>(nWidth) * nHeight * 3);
+    for (std::size_t i = 0; i < rgb.size(); i += 3) {
+        rgb[i] = GetRValue(crDesktop);
+        rgb[i + 1] = GetGValue(crDesktop);
+        rgb[i + 2] = GetBValue(crDesktop);
+    }
+    for (HWND hWnd : _windows) {
+        RECT rc;
+        GetWindowRect(hWnd, &rc);
+        std::vector<std::uint8_t> window;
+        int nWindowWidth = 0;
+        int nWindowHeight = 0;
+        if (!capture(hWnd, window, nWindowWidth, nWindowHeight))
+            return "a window cannot be copied";
+        for (int y = 0; y < nWindowHeight; ++y) {
+            const std::size_t uTo =
+                (static_cast<std::size_t>(y + rc.top - rcAll.top) * nWidth + (rc.left - rcAll.left)) * 3;
+            std::copy_n(window.begin() + static_cast<std::ptrdiff_t>(y) * nWindowWidth * 3, nWindowWidth * 3,
+                        rgb.begin() + static_cast<std::ptrdiff_t>(uTo));
+        }
+    }
+    return write(rgb, nWidth, nHeight, _path);
 }
 
 } // namespace screenshot

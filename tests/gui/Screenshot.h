@@ -20,4 +20,8 @@ int colourCount(const std::vector<std::uint8_t>& _rgb);
 // success, else what went wrong.
 std::string save(HWND _hWnd, const std::wstring& _path);
 
+// Several windows as they lie on the screen (a dialog and its open menu), each copied from its own window
+// DC into one picture of the rectangle that holds them all; later windows lie on top.
+std::string saveTogether(const std::vector<HWND>& _windows, const std::wstring& _path);
+
 } // namespace screenshot

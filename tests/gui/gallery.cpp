@@ -14,6 +14,7 @@
 #include "guibase/toolkit/UQInformationBox.h"
 #include "guibase/toolkit/UQLineEditor.h"
 #include "guibase/toolkit/UQMessageBox.h"
+#include "guibase/toolkit/UQStatusBar.h"
 #include "korlang_ids.h"
 
 #include <cstdlib>
@@ -141,6 +142,108 @@ TEST_F(Gallery, LineEditorEmpty) {
 
 namespace {
 
+// A status bar item as the history search shows them.
+class ShownItem : public UQStatusBarItem {
+public:
+    ShownItem(unsigned long _ulWidth, const wchar_t* _pszName)
+        : UQStatusBarItem(_ulWidth), m_sName(_pszName) {}
+    CString mf_getName() const override { return m_sName; }
+
+private:
+    CString m_sName;
+};
+
+INT_PTR CALLBACK statusBarProcedure(HWND _hDlg, UINT _uMsg, WPARAM _wParam, LPARAM _lParam) {
+    UQStatusBar* pBar = reinterpret_cast<UQStatusBar*>(GetWindowLongPtrW(_hDlg, GWLP_USERDATA));
+    switch (_uMsg) {
+    case WM_INITDIALOG:
+        SetWindowLongPtrW(_hDlg, GWLP_USERDATA, _lParam);
+        return TRUE;
+    case WM_SIZE:
+        if (pBar != nullptr && pBar->mf_getWindowHandle() != nullptr)
+            pBar->mf_onSizeEvent(LOWORD(_lParam), HIWORD(_lParam));
+        return FALSE;
+    case WM_DRAWITEM:
+        return pBar != nullptr ? pBar->mf_onDrawItem(*reinterpret_cast<const DRAWITEMSTRUCT*>(_lParam))
+                               : FALSE;
+    default:
+        return FALSE;
+    }
+}
+
+// The status bar dialog of the tests with three parts: files, selection, store.
+HWND openStatusBarDialog(UQStatusBar& _bar) {
+    ShownItem* pFiles = new ShownItem(30, L"Files");
+    ShownItem* pSelection = new ShownItem(30, L"Selection");
+    ShownItem* pStore = new ShownItem(40, L"Store");
+    _bar.mf_addItem(pFiles);
+    _bar.mf_addItem(pSelection);
+    _bar.mf_addItem(pStore);
+    HWND hDlg = CreateDialogParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_STATUS_BAR), nullptr,
+                                   statusBarProcedure, reinterpret_cast<LPARAM>(&_bar));
+    _bar.mf_onInitDialog(hDlg, LoadMenuW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDR_STATUS_MENUS)));
+    pFiles->mf_updateContent(languageIcon(IDI_SEVERITY_GREEN, 16), L"1 234 files");
+    pSelection->mf_updateContent(languageIcon(IDI_SEVERITY_YELLOW, 16), L"12 selected, 3 stub files");
+    pStore->mf_updateContent(languageIcon(IDI_BLANK, 16), L"Store: history.kst");
+    SetWindowPos(hDlg, HWND_TOP, 0, 0, 0, 0, SWP_NOSIZE | SWP_SHOWWINDOW);
+    setClientSize(hDlg, 600, 120);
+    pumpMessages();
+    SetForegroundWindow(hDlg);
+    SendMessageW(hDlg, WM_NCACTIVATE, TRUE, 0);
+    return hDlg;
+}
+
+} // namespace
+
+TEST(GalleryStatusBar, ThreeParts) {
+    initCommonControls();
+    UQStatusBar bar;
+    HWND hDlg = openStatusBarDialog(bar);
+    EXPECT_EQ(screenshot::save(hDlg, pictureDir() + L"\\status-bar.png"), "");
+    DestroyWindow(hDlg);
+}
+
+namespace {
+
+std::string g_sMenuPicture = "the menu did not open";
+
+// Fires inside the menu's own loop: the dialog and the open menu together, then the menu is closed.
+void CALLBACK photographMenu(HWND, UINT, UINT_PTR _uTimer, DWORD) {
+    KillTimer(nullptr, _uTimer);
+    HWND hMenu = FindWindowW(L"#32768", nullptr);
+    HWND hDlg = FindWindowW(nullptr, L"History search");
+    if (hMenu != nullptr && hDlg != nullptr) {
+        RedrawWindow(hMenu, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
+        g_sMenuPicture =
+            screenshot::saveTogether({hDlg, hMenu}, pictureDir() + L"\\status-bar-context-menu.png");
+    }
+    EndMenu();
+}
+
+} // namespace
+
+TEST(GalleryStatusBar, ContextMenuOpen) {
+    initCommonControls();
+    UQStatusBar bar;
+    HWND hDlg = openStatusBarDialog(bar);
+    // A right click in the middle part, as WM_CONTEXTMENU brings it.
+    RECT rcBar;
+    GetWindowRect(bar.mf_getWindowHandle(), &rcBar);
+    POINT point = {rcBar.left + 250, rcBar.top + 8};
+    POINT client = point;
+    ScreenToClient(bar.mf_getWindowHandle(), &client);
+    HMENU hMenu = bar.mf_getContextMenu(client.x, client.y);
+    ASSERT_NE(hMenu, nullptr);
+    const UINT_PTR uTimer = SetTimer(nullptr, 0, 200, photographMenu);
+    ASSERT_NE(uTimer, 0u);
+    TrackPopupMenuEx(hMenu, TPM_LEFTALIGN | TPM_BOTTOMALIGN | TPM_RIGHTBUTTON, point.x, point.y, hDlg,
+                     nullptr);
+    EXPECT_EQ(g_sMenuPicture, "");
+    DestroyWindow(hDlg);
+}
+
+namespace {
+
 // An application's dialog around the management class panel, as a migration dialog has it.
 INT_PTR CALLBACK mgmtClassDialogProcedure(HWND _hDlg, UINT _uMsg, WPARAM _wParam, LPARAM _lParam) {
     UQMgmtClassPanel* pPanel = reinterpret_cast<UQMgmtClassPanel*>(GetWindowLongPtrW(_hDlg, GWLP_USERDATA));
@@ -180,10 +283,10 @@ TEST_F(Gallery, MgmtClassPanelEventClassUnderHold) {
 
 TEST_F(Gallery, SearchUserFilteredAndSorted) {
     registrytest::RegistrySandbox sandbox;
-    panelstest::ScratchFile directory(
-        "gallery-directory.txt", "controller\tCORVEX-DC01\tCORVEX-DC01\tprimary\ngenerate\t3000\t20240307\n"
-                                 "controller\tCORVEX-DC02\tCORVEX-DC02\t-\ngenerate\t200\t5\n");
-    panelstest::UseDirectoryFile use(directory.path());
+    ScratchFile directory("gallery-directory.txt",
+                          "controller\tCORVEX-DC01\tCORVEX-DC01\tprimary\ngenerate\t3000\t20240307\n"
+                          "controller\tCORVEX-DC02\tCORVEX-DC02\t-\ngenerate\t200\t5\n");
+    panelstest::UseDirectoryFile use(directory.mf_getPath());
     m_driver.then([](HWND _hDlg) {
         SetWindowTextW(GetDlgItem(_hDlg, IDC_SEARCH_USER_FILTER), L"a*r*");
         SendMessageW(_hDlg, WM_COMMAND, MAKEWPARAM(IDC_SEARCH_USER_LIST_BUTTON, BN_CLICKED),
@@ -204,9 +307,9 @@ TEST_F(Gallery, SearchUserFilteredAndSorted) {
 
 TEST_F(Gallery, SearchUserBeforeListing) {
     registrytest::RegistrySandbox sandbox;
-    panelstest::ScratchFile directory("gallery-directory-start.txt",
-                                      "controller\tCORVEX-DC01\tCORVEX-DC01\tprimary\ngenerate\t10\t1\n");
-    panelstest::UseDirectoryFile use(directory.path());
+    ScratchFile directory("gallery-directory-start.txt",
+                          "controller\tCORVEX-DC01\tCORVEX-DC01\tprimary\ngenerate\t10\t1\n");
+    panelstest::UseDirectoryFile use(directory.mf_getPath());
     m_driver.then(picture(L"search-user-start", click(IDC_SEARCH_USER_CANCEL)));
     UQSearchUserDialog dialog;
     EXPECT_EQ(dialog.mf_show(nullptr), 0);

@@ -56,13 +56,13 @@ protected:
                                   L"BackendEntryProtection", REG_DWORD, &dwValue, sizeof dwValue),
                   ERROR_SUCCESS);
         m_pFile.reset(new ScratchFile("classes.txt", _sClasses));
-        m_pUse.reset(new UseClassFile(m_pFile->path()));
+        m_pUse.reset(new UseClassFile(m_pFile->mf_getPath()));
         m_pPanel.reset(new UQMgmtClassPanel());
     }
 
     HWND dlg() const { return m_dialog.hwnd(); }
     HWND combo() const { return GetDlgItem(m_dialog.hwnd(), IDC_MGMT_CLASS_COMBO); }
-    std::string file() const { return utf8(m_pFile->path()); }
+    std::string file() const { return utf8(m_pFile->mf_getPath()); }
 
     Shown shown() const {
         return {itemText(dlg(), IDC_MGMT_DESCRIPTION), itemText(dlg(), IDC_MGMT_RETAIN_VERS),
@@ -226,7 +226,7 @@ TEST_F(UQMgmtClassPanelTest, AnEntryWithoutClassDataShowsTheTailOfTheDefaultText
 
 TEST_F(UQMgmtClassPanelTest, AMissingClassFileLeavesTheComboEmptyAndThePanelUsable) {
     open(CLASSES);
-    const CString sMissing = m_pFile->path() + L".missing";
+    const CString sMissing = m_pFile->mf_getPath() + L".missing";
     UQArchiverMain::mf_setMgmtClassFile(sMissing);
     LogCheck log;
     EXPECT_EQ(m_pPanel->mf_onInitDialog(dlg(), L"DEFAULT"), 1);
@@ -239,7 +239,8 @@ TEST_F(UQMgmtClassPanelTest, AMissingClassFileLeavesTheComboEmptyAndThePanelUsab
     EXPECT_EQ(lines[1].function, "UQMgmtClassPanel::mf_onInitDialog");
     EXPECT_EQ(lines[1].text.rfind("Failure querying management classes:\r\n    [E] _E_::File: ", 0), 0u)
         << lines[1].text;
-    EXPECT_NE(lines[1].text.find(utf8(sMissing) + ": cannot open (errno 2)"), std::string::npos)
+    EXPECT_NE(lines[1].text.find(utf8(sMissing) + ": cannot open: No such file or directory (errno 2)"),
+              std::string::npos)
         << lines[1].text;
     EXPECT_EQ(lines[1].text.substr(lines[1].text.size() - 20), "\r\n    Continuing ...");
     EXPECT_EQ(lines[2], (LogLine{'W', "UQComboBox::mf_selectItem::2",
@@ -327,7 +328,7 @@ TEST_F(UQMgmtClassPanelTest, ASecondInitialisationQueriesTheClassesAfresh) {
     ScratchFile other(
         "other.txt",
         "@default\tONLY\nONLY\tOnly\tI\t-\tretainVers=1\tretainInit=CREATION\tretainMin=2\tdestName=P\n");
-    UQArchiverMain::mf_setMgmtClassFile(other.path());
+    UQArchiverMain::mf_setMgmtClassFile(other.mf_getPath());
     m_pPanel->mf_onInitDialog(second.hwnd(), L"DEFAULT");
     EXPECT_EQ(comboTexts(GetDlgItem(second.hwnd(), IDC_MGMT_CLASS_COMBO)),
               (std::vector<std::string>{"ONLY", DEFAULT_TEXT}));

@@ -88,7 +88,7 @@ protected:
 
     RegistrySandbox m_sandbox;
     ScratchFile m_directory{"directory.txt", DIRECTORY};
-    UseDirectoryFile m_use{m_directory.path()};
+    UseDirectoryFile m_use{m_directory.mf_getPath()};
     UQSearchUserDialog m_dialog;
 };
 
@@ -430,7 +430,7 @@ TEST_F(UQSearchUserDialogTest, TheToolTipShowsTheSecondTextAndTheSid) {
 }
 
 TEST_F(UQSearchUserDialogTest, AMissingDirectoryFileLeavesADialogWithoutAuthorities) {
-    UQDomain::mf_setDirectoryFile(m_directory.path() + L".missing");
+    UQDomain::mf_setDirectoryFile(m_directory.mf_getPath() + L".missing");
     std::vector<std::string> authorities{"x"};
     DialogDriver driver;
     driver.then([&](HWND _hDlg) {
