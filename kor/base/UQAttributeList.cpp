@@ -1,5 +1,7 @@
 #include "interfaces/korbase.h"
 
+#include "kor/base/KorReport.h"
+
 UQAttributeList::UQAttributeList(const UQAttributeList& _other) : UQArray<UQAttribute*, UQAttribute*>() {
     *this = _other;
 }
@@ -34,9 +36,7 @@ CString& UQAttributeList::mf_getAttributeValue(const CString& _sKey) {
         if (record != nullptr && record->m_sKey.Compare(_sKey) == 0)
             return record->m_sValue;
     }
-    UQThreadContext::mf_setLoggingLanguage();
-    UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_, L"Attribute key='%s' not found", _sKey);
-    throw UQErrno(UQErrno::_E_::ItemNotFound);
+    korreport::fail(UQErrno::_E_::ItemNotFound, _sFunction_, L"Attribute key='%s' not found", _sKey);
 }
 
 void UQAttributeList::mf_clear() noexcept {
