@@ -2,9 +2,12 @@
 // state saved as one PNG. The pictures go to the folder named by KOR_GALLERY_DIR (docs/gallery/ when the
 // docs_gallery target makes them); each test fails when its picture cannot be made.
 #include "DialogDriver.h"
+#include "PanelsTestSupport.h"
 #include "Screenshot.h"
 #include "ToolkitTestSupport.h"
 
+#include "guibase/panels/UQMgmtClassPanel.h"
+#include "guibase/panels/UQSearchUserDialog.h"
 #include "guibase/settings/RegistrySandbox.h"
 #include "guibase/toolkit/UQCaptionMessageBox.h"
 #include "guibase/toolkit/UQHelpDialog.h"
@@ -274,6 +277,23 @@ std::function<void(HWND)> afterStatus(std::function<void(HWND)> _then) {
         }
         _then(_hDlg);
     };
+// An application's dialog around the management class panel, as a migration dialog has it.
+INT_PTR CALLBACK mgmtClassDialogProcedure(HWND _hDlg, UINT _uMsg, WPARAM _wParam, LPARAM _lParam) {
+    UQMgmtClassPanel* pPanel = reinterpret_cast<UQMgmtClassPanel*>(GetWindowLongPtrW(_hDlg, GWLP_USERDATA));
+    switch (_uMsg) {
+    case WM_INITDIALOG:
+        SetWindowLongPtrW(_hDlg, GWLP_USERDATA, _lParam);
+        reinterpret_cast<UQMgmtClassPanel*>(_lParam)->mf_onInitDialog(_hDlg, L"ARCHIVE10Y");
+        return TRUE;
+    case WM_COMMAND:
+        if (LOWORD(_wParam) == IDC_MGMT_CLASS_COMBO && HIWORD(_wParam) == CBN_SELCHANGE && pPanel != nullptr)
+            pPanel->mf_onUpdateDialog(_hDlg);
+        if (LOWORD(_wParam) == IDOK || LOWORD(_wParam) == IDCANCEL)
+            EndDialog(_hDlg, LOWORD(_wParam));
+        return TRUE;
+    default:
+        return FALSE;
+    }
 }
 
 } // namespace
@@ -298,4 +318,52 @@ TEST_F(Gallery, ProgressBarDialog) {
     UQProgressBarDialog dialog(L"Retrieving files", worker);
     m_driver.then(afterStatus(picture(L"progress-bar-dialog", click(IDC_PROGRESS_CANCEL))));
     EXPECT_EQ(dialog.mf_execute(UQLanguage::mf_getUserLanguageHandle(), nullptr, IDD_PROGRESS_BAR), 0);
+TEST_F(Gallery, MgmtClassPanelEventClassUnderHold) {
+    registrytest::RegistrySandbox sandbox;
+    const DWORD dwHold = 1;
+    ASSERT_EQ(RegSetKeyValueW(sandbox.machine(),
+                              L"SOFTWARE\\Corvex\\Stormex\\CurrentVersion\\HSMClient\\Options",
+                              L"BackendEntryProtection", REG_DWORD, &dwHold, sizeof dwHold),
+              ERROR_SUCCESS);
+    // The sample classes built into korarchiver.
+    UQArchiverMain::mf_setMgmtClassFile(CString());
+    UQMgmtClassPanel panel;
+    m_driver.then(picture(L"mgmt-class-panel-event-hold", click(IDOK)));
+    EXPECT_EQ(DialogBoxParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_MGMT_CLASS_TEST), nullptr,
+                              mgmtClassDialogProcedure, reinterpret_cast<LPARAM>(&panel)),
+              IDOK);
+}
+
+TEST_F(Gallery, SearchUserFilteredAndSorted) {
+    registrytest::RegistrySandbox sandbox;
+    ScratchFile directory("gallery-directory.txt",
+                          "controller\tCORVEX-DC01\tCORVEX-DC01\tprimary\ngenerate\t3000\t20240307\n"
+                          "controller\tCORVEX-DC02\tCORVEX-DC02\t-\ngenerate\t200\t5\n");
+    panelstest::UseDirectoryFile use(directory.mf_getPath());
+    m_driver.then([](HWND _hDlg) {
+        SetWindowTextW(GetDlgItem(_hDlg, IDC_SEARCH_USER_FILTER), L"a*r*");
+        SendMessageW(_hDlg, WM_COMMAND, MAKEWPARAM(IDC_SEARCH_USER_LIST_BUTTON, BN_CLICKED),
+                     reinterpret_cast<LPARAM>(GetDlgItem(_hDlg, IDC_SEARCH_USER_LIST_BUTTON)));
+        HWND hList = GetDlgItem(_hDlg, IDC_SEARCH_USER_LIST);
+        LVITEMW state;
+        ZeroMemory(&state, sizeof state);
+        state.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
+        state.state = LVIS_SELECTED | LVIS_FOCUSED;
+        SendMessageW(hList, LVM_SETITEMSTATE, 2, reinterpret_cast<LPARAM>(&state));
+        SetFocus(hList);
+        picture(L"search-user-filtered-sorted", click(IDC_SEARCH_USER_OK))(_hDlg);
+    });
+    UQSearchUserDialog dialog;
+    EXPECT_EQ(dialog.mf_show(nullptr), 1);
+    ASSERT_NE(dialog.mf_getResultUser(), nullptr);
+}
+
+TEST_F(Gallery, SearchUserBeforeListing) {
+    registrytest::RegistrySandbox sandbox;
+    ScratchFile directory("gallery-directory-start.txt",
+                          "controller\tCORVEX-DC01\tCORVEX-DC01\tprimary\ngenerate\t10\t1\n");
+    panelstest::UseDirectoryFile use(directory.mf_getPath());
+    m_driver.then(picture(L"search-user-start", click(IDC_SEARCH_USER_CANCEL)));
+    UQSearchUserDialog dialog;
+    EXPECT_EQ(dialog.mf_show(nullptr), 0);
 }
