@@ -277,23 +277,6 @@ std::function<void(HWND)> afterStatus(std::function<void(HWND)> _then) {
         }
         _then(_hDlg);
     };
-// An application's dialog around the management class panel, as a migration dialog has it.
-INT_PTR CALLBACK mgmtClassDialogProcedure(HWND _hDlg, UINT _uMsg, WPARAM _wParam, LPARAM _lParam) {
-    UQMgmtClassPanel* pPanel = reinterpret_cast<UQMgmtClassPanel*>(GetWindowLongPtrW(_hDlg, GWLP_USERDATA));
-    switch (_uMsg) {
-    case WM_INITDIALOG:
-        SetWindowLongPtrW(_hDlg, GWLP_USERDATA, _lParam);
-        reinterpret_cast<UQMgmtClassPanel*>(_lParam)->mf_onInitDialog(_hDlg, L"ARCHIVE10Y");
-        return TRUE;
-    case WM_COMMAND:
-        if (LOWORD(_wParam) == IDC_MGMT_CLASS_COMBO && HIWORD(_wParam) == CBN_SELCHANGE && pPanel != nullptr)
-            pPanel->mf_onUpdateDialog(_hDlg);
-        if (LOWORD(_wParam) == IDOK || LOWORD(_wParam) == IDCANCEL)
-            EndDialog(_hDlg, LOWORD(_wParam));
-        return TRUE;
-    default:
-        return FALSE;
-    }
 }
 
 } // namespace
@@ -318,6 +301,31 @@ TEST_F(Gallery, ProgressBarDialog) {
     UQProgressBarDialog dialog(L"Retrieving files", worker);
     m_driver.then(afterStatus(picture(L"progress-bar-dialog", click(IDC_PROGRESS_CANCEL))));
     EXPECT_EQ(dialog.mf_execute(UQLanguage::mf_getUserLanguageHandle(), nullptr, IDD_PROGRESS_BAR), 0);
+}
+
+namespace {
+
+// An application's dialog around the management class panel, as a migration dialog has it.
+INT_PTR CALLBACK mgmtClassDialogProcedure(HWND _hDlg, UINT _uMsg, WPARAM _wParam, LPARAM _lParam) {
+    UQMgmtClassPanel* pPanel = reinterpret_cast<UQMgmtClassPanel*>(GetWindowLongPtrW(_hDlg, GWLP_USERDATA));
+    switch (_uMsg) {
+    case WM_INITDIALOG:
+        SetWindowLongPtrW(_hDlg, GWLP_USERDATA, _lParam);
+        reinterpret_cast<UQMgmtClassPanel*>(_lParam)->mf_onInitDialog(_hDlg, L"ARCHIVE10Y");
+        return TRUE;
+    case WM_COMMAND:
+        if (LOWORD(_wParam) == IDC_MGMT_CLASS_COMBO && HIWORD(_wParam) == CBN_SELCHANGE && pPanel != nullptr)
+            pPanel->mf_onUpdateDialog(_hDlg);
+        if (LOWORD(_wParam) == IDOK || LOWORD(_wParam) == IDCANCEL)
+            EndDialog(_hDlg, LOWORD(_wParam));
+        return TRUE;
+    default:
+        return FALSE;
+    }
+}
+
+} // namespace
+
 TEST_F(Gallery, MgmtClassPanelEventClassUnderHold) {
     registrytest::RegistrySandbox sandbox;
     const DWORD dwHold = 1;
