@@ -1,6 +1,6 @@
-#include "guibase/foundation/UQCancelObject.h"
+#include "interfaces/korbase.h"
 
-#include "guibase/foundation/UQReport.h"
+#include "kor/base/KorReport.h"
 
 UQCancelObject::UQCancelObject() noexcept : m_pCancelSwitch(nullptr) {}
 
@@ -17,10 +17,9 @@ UQCancelObject::~UQCancelObject() = default;
 void UQCancelObject::mf_installCancelSwitch(UQCancelSwitch* pSwitch) {
     static const wchar_t* const _sFunction_ = L"UQCancelObject::mf_installCancelSwitch";
     if (pSwitch == nullptr)
-        UQReport::mf_fail(UQErrno::_E_::Parameter, _sFunction_,
-                          L"Resetting cancel switch to NULL is not allowed");
+        korreport::fail(UQErrno::_E_::Parameter, _sFunction_, L"Resetting cancel switch to NULL is not allowed");
     if (m_pCancelSwitch.load() != nullptr)
-        UQReport::mf_fail(UQErrno::_E_::AlreadyInitialized, _sFunction_, L"Cancel switch is already set");
+        korreport::fail(UQErrno::_E_::AlreadyInitialized, _sFunction_, L"Cancel switch is already set");
     m_pCancelSwitch.exchange(pSwitch);
 }
 
@@ -38,9 +37,9 @@ void UQCancelObject::mf_implPropagateCancelSwitch(UQCancelObject& target, int bO
     static const wchar_t* const _sFunction_ = L"UQCancelObject::mf_implPropagateCancelSwitch";
     UQCancelSwitch* pSwitch = m_pCancelSwitch.load();
     if (pSwitch == nullptr)
-        UQReport::mf_fail(UQErrno::_E_::Initialization, _sFunction_, L"No cancel switch to propagate");
+        korreport::fail(UQErrno::_E_::Initialization, _sFunction_, L"No cancel switch to propagate");
     if (bOverwrite == 0 && target.m_pCancelSwitch.load() != nullptr)
-        UQReport::mf_fail(UQErrno::_E_::AlreadyInitialized, _sFunction_,
-                          L"Target cancle switch is already initialized");
+        korreport::fail(UQErrno::_E_::AlreadyInitialized, _sFunction_,
+                        L"Target cancle switch is already initialized");
     target.m_pCancelSwitch.exchange(pSwitch);
 }
