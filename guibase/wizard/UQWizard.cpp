@@ -321,5 +321,8 @@ void UQWizard::mf_implSetItemText(int _nId, unsigned _uTextId) {
 }
 
 void UQWizard::mf_implEnableItem(int _nId, int _bEnable) {
-    UQWindow::mf_enableItem(m_hDlg, _nId, _bEnable);
+    // EnableWindow answers the previous state, not success; Wine also leaves ERROR_ACCESS_DENIED behind
+    // when a button's state changes while the focus moves, so the helper's last-error check would report
+    // a failure that is none.
+    EnableWindow(GetDlgItem(m_hDlg, _nId), _bEnable ? TRUE : FALSE);
 }

@@ -37,3 +37,13 @@
 #define IDD_LINE_EDITOR 10046
 #define IDC_LINE_EDIT 184
 #define IDC_LINE_LABEL 30263
+
+// Demonstration panels of the wizard (the tests and the gallery show them in their frame 528).
+#define IDD_WIZARD_PANEL_WELCOME 9601
+#define IDD_WIZARD_PANEL_NAME 9602
+#define IDD_WIZARD_PANEL_RUN 9603
+#define IDD_WIZARD_PANEL_DONE 9604
+#define IDC_WIZARD_PANEL_TEXT 9610
+#define IDC_WIZARD_PANEL_LABEL 9611
+#define IDC_WIZARD_PANEL_EDIT 9612
+#define IDC_WIZARD_PANEL_RESULT 9613
