@@ -26,18 +26,21 @@ public:
         virtual void mf_execute(int _nIndex) = 0;
     };
 
-    // Texts of the frame's buttons and title.
-    static constexpr unsigned TEXT_TITLE = 4533;
-    static constexpr unsigned TEXT_BACK = 3880;
-    static constexpr unsigned TEXT_NEXT_INITIAL = 3066;
-    static constexpr unsigned TEXT_CANCEL = 3155;
-    static constexpr unsigned TEXT_NEXT = 933;
-    static constexpr unsigned TEXT_FINISH = 932;
-    static constexpr unsigned TEXT_EXECUTE = 3095;
-    static constexpr unsigned TEXT_CANCEL_QUESTION = 931;
-    static constexpr unsigned TEXT_CANCEL_CAPTION = 804;
-    static constexpr unsigned TEXT_READ_FAILURE_CAPTION = 806;
-    static constexpr unsigned TEXT_EXECUTION_FAILURE_CAPTION = 655;
+    // Texts of the frame's buttons and title. An enumeration, so that no object of an exported class
+    // has to be imported for them.
+    enum TEXT : unsigned {
+        TEXT_TITLE = 4533,
+        TEXT_BACK = 3880,
+        TEXT_NEXT_INITIAL = 3066,
+        TEXT_CANCEL = 3155,
+        TEXT_NEXT = 933,
+        TEXT_FINISH = 932,
+        TEXT_EXECUTE = 3095,
+        TEXT_CANCEL_QUESTION = 931,
+        TEXT_CANCEL_CAPTION = 804,
+        TEXT_READ_FAILURE_CAPTION = 806,
+        TEXT_EXECUTION_FAILURE_CAPTION = 655,
+    };
 
     // What a click on Next comes to.
     enum NEXT { NEXT_EXECUTING, NEXT_REFUSED, NEXT_FINISH, NEXT_FORWARD };
