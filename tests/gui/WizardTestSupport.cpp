@@ -99,7 +99,8 @@ int visiblePanels(HWND _hFrame) {
 }
 
 Script::Script(UQWizard& _wizard, DWORD _dwTimeLimitMs)
-    : m_wizard(_wizard), m_driver(_dwTimeLimitMs), m_pPrevious(t_pScript), m_uTimer(0) {
+    : m_wizard(_wizard), m_driver(_dwTimeLimitMs + 2000), m_pPrevious(t_pScript), m_uTimer(0),
+      m_uDeadline(GetTickCount64() + _dwTimeLimitMs), m_bTimedOut(false) {
     m_driver.onlyWatchTheTime();
     t_pScript = this;
     m_uTimer = SetTimer(nullptr, 0, USER_TIMER_MINIMUM, &Script::mf_tick);
@@ -160,6 +161,25 @@ void CALLBACK Script::mf_tick(HWND, UINT, UINT_PTR, DWORD) noexcept {
 
 void Script::mf_onTick() noexcept {
     try {
+        if (GetTickCount64() > m_uDeadline) {
+            // The driver ends this thread's dialogs a little later; a failure box of the worker (one button,
+            // 2) left open would keep the finishing frame waiting for the worker for ever.
+            if (!m_bTimedOut)
+                ADD_FAILURE() << "wizard script: time limit reached with " << m_actions.size()
+                              << " actions left";
+            m_bTimedOut = true;
+            const DWORD dwWorker = m_wizard.mf_getThreadId();
+            if (dwWorker != 0 && m_wizard.mf_isRunning()) {
+                EnumThreadWindows(
+                    dwWorker,
+                    [](HWND _hWnd, LPARAM) -> BOOL {
+                        PostMessageW(_hWnd, WM_COMMAND, MAKEWPARAM(IDC_MESSAGE_BUTTON2, BN_CLICKED), 0);
+                        return TRUE;
+                    },
+                    0);
+            }
+            return;
+        }
         if (!m_actions.empty() && m_actions.front()())
             m_actions.pop_front();
     } catch (...) {

@@ -67,7 +67,8 @@ public:
 };
 
 // Drives the wizard frame: each action is tried on every tick until it answers true, then the next one.
-// A DialogDriver that only watches the time ends every dialog at the limit, so nothing hangs.
+// At the time limit the worker's boxes are closed, and a DialogDriver that only watches the time ends every
+// dialog of the thread shortly after, so nothing hangs.
 class Script {
 public:
     using Action = std::function<bool()>;
@@ -88,7 +89,7 @@ public:
     Script& waitUntil(std::function<bool()> _condition);
 
     int actionsLeft() const { return static_cast<int>(m_actions.size()); }
-    bool timedOut() const { return m_driver.timedOut(); }
+    bool timedOut() const { return m_bTimedOut || m_driver.timedOut(); }
     // Captions of the boxes answered, in order.
     std::vector<std::string> answered;
 
@@ -101,6 +102,8 @@ private:
     std::deque<Action> m_actions;
     Script* m_pPrevious;
     UINT_PTR m_uTimer;
+    ULONGLONG m_uDeadline;
+    bool m_bTimedOut;
 };
 
 // The frame takes input (no box of this thread is open over it).

@@ -724,6 +724,8 @@ TEST_F(Wizard, FiveHundredRunsLeaveNoThreadHandleOrFontBehind) {
     int nFontsLeft = 0;
     for (HFONT hFont : fonts)
         nFontsLeft += GetObjectType(hFont) == OBJ_FONT ? 1 : 0;
+    std::printf("wizard runs: GDI objects by GetGuiResources %lu\n",
+                static_cast<unsigned long>(GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS)));
     std::printf("wizard runs: threads %lu -> %lu, handles %lu -> %lu, fonts made %zu, left %d\n",
                 static_cast<unsigned long>(dwThreadsBefore), static_cast<unsigned long>(dwThreadsAfter),
                 static_cast<unsigned long>(dwHandlesBefore), static_cast<unsigned long>(dwHandlesAfter),
