@@ -15,9 +15,12 @@ void appendCodePoint(std::wstring& out, char32_t cp) {
     out += static_cast<wchar_t>(cp);
 }
 
-} // namespace
+// An invalid byte: U+FFFD, or with _bKeepBytes the character that stands for that byte.
+void appendInvalid(std::wstring& out, unsigned char byte, bool keepBytes) {
+    out += static_cast<wchar_t>(keepBytes ? 0xDC00 + byte : 0xFFFD);
+}
 
-std::wstring utf8ToWide(const char* p, std::size_t n) {
+std::wstring decode(const char* p, std::size_t n, bool keepBytes) {
     std::wstring out;
     out.reserve(n);
     const auto* s = reinterpret_cast<const unsigned char*>(p);
@@ -45,12 +48,12 @@ std::wstring utf8ToWide(const char* p, std::size_t n) {
             cp = c & 0x07;
             min = 0x10000;
         } else {
-            out += static_cast<wchar_t>(0xFFFD);
+            appendInvalid(out, c, keepBytes);
             ++i;
             continue;
         }
         if (i + static_cast<std::size_t>(extra) >= n) {
-            out += static_cast<wchar_t>(0xFFFD);
+            appendInvalid(out, c, keepBytes);
             ++i;
             continue;
         }
@@ -64,13 +67,42 @@ std::wstring utf8ToWide(const char* p, std::size_t n) {
             cp = (cp << 6) | (t & 0x3F);
         }
         if (!ok || cp < min || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) {
-            out += static_cast<wchar_t>(0xFFFD);
+            appendInvalid(out, c, keepBytes);
             ++i;
             continue;
         }
         appendCodePoint(out, cp);
         i += static_cast<std::size_t>(extra) + 1;
     }
+    return out;
+}
+
+} // namespace
+
+std::wstring utf8ToWide(const char* p, std::size_t n) {
+    return decode(p, n, false);
+}
+
+std::wstring nativeToWide(const char* p, std::size_t n) {
+    return decode(p, n, true);
+}
+
+std::string wideToNative(const wchar_t* p, std::size_t n) {
+    std::string out;
+    out.reserve(n);
+    std::size_t start = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        const char32_t c = static_cast<char32_t>(p[i]);
+        // In UTF-16 a low surrogate after a high one is half of a pair, not a kept byte.
+        const bool paired = sizeof(wchar_t) == 2 && i > 0 && static_cast<char32_t>(p[i - 1]) >= 0xD800 &&
+                            static_cast<char32_t>(p[i - 1]) <= 0xDBFF;
+        if (c < 0xDC80 || c > 0xDCFF || paired)
+            continue;
+        out += wideToUtf8(p + start, i - start);
+        out += static_cast<char>(c - 0xDC00);
+        start = i + 1;
+    }
+    out += wideToUtf8(p + start, n - start);
     return out;
 }
 

@@ -47,7 +47,7 @@ private:
     CString m_sFileName;
 };
 
-// Progress of a worker, published under UQEVENT_ID_PROGRESS for the progress dialogs (Part 6.3), which
+// Progress of a worker, published under UQEVENT_ID_PROGRESS for the progress dialogs, which
 // read the action, the text, the two counters and mf_calcCurDataPercent.
 //
 // The counters: the first is the number of objects (files) processed so far, the second the number of

@@ -2,6 +2,10 @@
 
 #include "compat/utf8.h"
 
+#if !defined(_WIN32)
+#include <unistd.h>
+#endif
+
 ConsoleOutput::ConsoleOutput(Stream stream) noexcept : m_pFile(stream == STANDARD_ERROR ? stderr : stdout) {
 #if defined(_WIN32)
     m_hConsole = nullptr;
@@ -42,4 +46,12 @@ void ConsoleOutput::mf_write(const std::string& text) noexcept {
 #endif
     std::fwrite(text.data(), 1, text.size(), m_pFile);
     std::fflush(m_pFile);
+}
+
+bool ConsoleOutput::mf_isTerminal() const noexcept {
+#if defined(_WIN32)
+    return m_hConsole != nullptr;
+#else
+    return ::isatty(::fileno(m_pFile)) != 0;
+#endif
 }

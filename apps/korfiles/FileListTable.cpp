@@ -1,5 +1,7 @@
 #include "FileListTable.h"
 
+#include <cctype>
+#include <cstdio>
 #include <vector>
 
 namespace {
@@ -53,9 +55,110 @@ std::string alignColumns(const std::vector<Row>& rows) {
     return text;
 }
 
+std::string csvField(const CString& value) {
+    const std::string text = value.ToUtf8();
+    const bool quote = text.find_first_of(",\"\r\n") != std::string::npos ||
+                       (!text.empty() && (text.front() == ' ' || text.back() == ' '));
+    if (!quote)
+        return text;
+    std::string out = "\"";
+    for (const char c : text) {
+        if (c == '"')
+            out += '"';
+        out += c;
+    }
+    return out + "\"";
+}
+
+std::string csv(const std::vector<Row>& rows) {
+    std::string text;
+    for (const Row& row : rows) {
+        for (std::size_t c = 0; c < row.size(); ++c) {
+            if (c > 0)
+                text += ',';
+            text += csvField(row[c]);
+        }
+        text += '\n';
+    }
+    return text;
+}
+
+std::string jsonString(const std::string& text) {
+    std::string out = "\"";
+    for (const char c : text) {
+        const unsigned char u = static_cast<unsigned char>(c);
+        if (c == '"' || c == '\\') {
+            out += '\\';
+            out += c;
+        } else if (u < 0x20 || u == 0x7F) {
+            char escaped[8];
+            std::snprintf(escaped, sizeof escaped, "\\u%04x", u);
+            out += escaped;
+        } else {
+            out += c;
+        }
+    }
+    return out + "\"";
+}
+
+// "Selected version" -> "selectedVersion".
+std::string jsonName(const CString& header) {
+    std::string name;
+    bool upper = false;
+    for (const char c : header.ToUtf8()) {
+        if (c == ' ') {
+            upper = true;
+            continue;
+        }
+        name += name.empty() ? static_cast<char>(std::tolower(static_cast<unsigned char>(c)))
+                : upper      ? static_cast<char>(std::toupper(static_cast<unsigned char>(c)))
+                             : c;
+        upper = false;
+    }
+    return name;
+}
+
+std::string json(const std::vector<Row>& rows) {
+    std::vector<std::string> names;
+    for (const CString& header : rows.front())
+        names.push_back(jsonString(jsonName(header)));
+    std::string text = "[";
+    for (std::size_t r = 1; r < rows.size(); ++r) {
+        text += r == 1 ? "\n{" : ",\n{";
+        for (std::size_t c = 0; c < rows[r].size(); ++c)
+            text += (c > 0 ? ", " : "") + names[c] + ": " + jsonString(rows[r][c].ToUtf8());
+        text += '}';
+    }
+    return text + "\n]\n";
+}
+
+std::string render(const std::vector<Row>& rows, FileListTable::Format format) {
+    switch (format) {
+    case FileListTable::CSV:
+        return csv(rows);
+    case FileListTable::JSON:
+        return json(rows);
+    case FileListTable::TABLE:
+        break;
+    }
+    return alignColumns(rows);
+}
+
 } // namespace
 
-std::string FileListTable::mf_format(const UQFileListItem::Array& items) {
+int FileListTable::mf_parseFormat(const CString& _sWord, Format& _rFormat) {
+    if (_sWord == L"table")
+        _rFormat = TABLE;
+    else if (_sWord == L"csv")
+        _rFormat = CSV;
+    else if (_sWord == L"json")
+        _rFormat = JSON;
+    else
+        return 0;
+    return 1;
+}
+
+std::string FileListTable::mf_format(const UQFileListItem::Array& items, Format _format) {
     std::vector<Row> rows;
     rows.reserve(static_cast<std::size_t>(items.GetSize()) + 1);
     rows.push_back({L"Path", L"Versions", L"Selected version", L"Result", L"Severity"});
@@ -65,10 +168,10 @@ std::string FileListTable::mf_format(const UQFileListItem::Array& items) {
                         item->mf_getSelectedVersionDisplayString(), item->mf_getResult(),
                         UVSeverity::mf_toString(item->mf_getSeverity())});
     }
-    return alignColumns(rows);
+    return render(rows, _format);
 }
 
-std::string FileListTable::mf_formatListing(const UQFileListItem::Array& items) {
+std::string FileListTable::mf_formatListing(const UQFileListItem::Array& items, Format _format) {
     std::vector<Row> rows;
     rows.reserve(static_cast<std::size_t>(items.GetSize()) + 1);
     rows.push_back({L"Path", L"Versions", L"Result", L"Severity"});
@@ -77,10 +180,11 @@ std::string FileListTable::mf_formatListing(const UQFileListItem::Array& items) 
         rows.push_back({item->mf_getPath(), item->mf_getRangesDisplayString(), item->mf_getResult(),
                         UVSeverity::mf_toString(item->mf_getSeverity())});
     }
-    return alignColumns(rows);
+    return render(rows, _format);
 }
 
-std::string FileListTable::mf_formatSearch(const UQSearchFileItem::Array& items, int bSelectedOnly) {
+std::string FileListTable::mf_formatSearch(const UQSearchFileItem::Array& items, int bSelectedOnly,
+                                           Format _format) {
     std::vector<Row> rows;
     rows.reserve(static_cast<std::size_t>(items.GetSize()) + 1);
     rows.push_back({L"Path", bSelectedOnly ? L"Version" : L"Versions", L"Status", L"Security", L"Streams"});
@@ -96,5 +200,5 @@ std::string FileListTable::mf_formatSearch(const UQSearchFileItem::Array& items,
         rows.push_back({item->mf_getPathDisplayString(), versions, shown->mf_getStatusString(),
                         item->mf_getSecurityDisplayString(), item->mf_getADStreamsDisplayString()});
     }
-    return alignColumns(rows);
+    return render(rows, _format);
 }

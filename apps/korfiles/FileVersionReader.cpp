@@ -1,5 +1,7 @@
 #include "FileVersionReader.h"
 
+#include "kor/archiver/TextFile.h"
+
 #include <cstdio>
 
 namespace {
@@ -8,8 +10,9 @@ const std::uint64_t kMaxVersion = 0xFFFFFFFFull;
 const std::uint64_t kMaxSize = 0x7FFFFFFFFFFFFFFFull;
 const char* const kTimeForm = "YYYY-MM-DD HH:MM:SS[.mmm]";
 
+// Cut: a malformed field may be megabytes long.
 std::string quoted(const std::string& s) {
-    return "'" + s + "'";
+    return "'" + kortext::echoed(s) + "'";
 }
 
 // Byte offset of the first byte that does not belong to a well-formed UTF-8 sequence (overlong forms,
@@ -282,8 +285,8 @@ int FileVersionReader::mf_parseLine(const std::string& line, FileVersionRecord& 
 }
 
 int FileVersionReader::mf_read(const std::string& text, std::vector<FileVersionRecord>& records,
-                               ProblemSink& problems) {
-    std::size_t pos = text.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0;
+                               ProblemSink& problems, ProgressSink* _pProgress) {
+    std::size_t pos = 0;
     int lineNumber = 0;
     int malformed = 0;
     while (pos < text.size()) {
@@ -294,6 +297,10 @@ int FileVersionReader::mf_read(const std::string& text, std::vector<FileVersionR
             end = text.size();
         if (end > pos && text[end - 1] == '\r')
             --end;
+        // A byte order mark marks the encoding, never data: one at the start of any line, not only the
+        // first, is where two files were joined.
+        if (text.compare(pos, 3, "\xEF\xBB\xBF") == 0 && end - pos >= 3)
+            pos += 3;
         FileVersionRecord record;
         std::string problem;
         if (mf_parseLine(text.substr(pos, end - pos), record, problem)) {
@@ -304,6 +311,8 @@ int FileVersionReader::mf_read(const std::string& text, std::vector<FileVersionR
             problems.mf_onProblem(lineNumber, problem);
         }
         pos = next;
+        if (_pProgress != nullptr && lineNumber % 4096 == 0)
+            _pProgress->mf_onProgress(static_cast<std::uint64_t>(lineNumber), pos);
     }
     return malformed;
 }

@@ -5,13 +5,21 @@
 #include "FileVersionReader.h"
 #include "MalformedLines.h"
 #include "MigrationListing.h"
+#include "ProgressLine.h"
 #include "SearchCommand.h"
 #include "SettingsCommand.h"
+
+#include "compat/utf8.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <new>
+
+#if defined(_WIN32)
+#include <fcntl.h>
+#include <io.h>
+#endif
 
 namespace {
 
@@ -23,7 +31,9 @@ const char* const kUsage =
 struct Options {
     FileListOrder::Key key = FileListOrder::BY_PATH;
     int bAscending = 1;
+    FileListTable::Format format = FileListTable::TABLE;
     bool bHelp = false;
+    bool bVersion = false;
     bool bListing = false;
     MigrationListing::Filter filter;
     // The first option that filters a listing, to name it when no listing is read.
@@ -71,6 +81,12 @@ std::string parseOptions(const std::vector<CString>& args, Options& options) {
                 optionsEnded = true;
             } else if (arg == L"--help" || arg == L"-h") {
                 options.bHelp = true;
+            } else if (arg == L"--version") {
+                options.bVersion = true;
+            } else if (arg == L"--format" || arg.Left(9) == L"--format=") {
+                if (arg.GetLength() <= 9 || !FileListTable::mf_parseFormat(arg.Mid(9), options.format))
+                    return "--format needs table, csv or json, as in --format=csv, not '" + arg.ToUtf8() +
+                           "'";
             } else if (arg == L"--descending") {
                 options.bAscending = 0;
             } else if (arg == L"--sort=path") {
@@ -117,11 +133,20 @@ std::string parseOptions(const std::vector<CString>& args, Options& options) {
     return std::string();
 }
 
+long long versionCount(const UQFileListItem::Array& items) {
+    long long n = 0;
+    for (INT_PTR i = 0; i < items.GetSize(); ++i)
+        n += items[i]->mf_getVersionCount();
+    return n;
+}
+
 int runFileVersions(const std::string& text, const Options& options, const std::string& inputName,
                     TextOutput& out, TextOutput& err) {
     MalformedLines problems;
     std::vector<FileVersionRecord> records;
-    FileVersionReader::mf_read(text, records, problems);
+    ProgressLine progress(err, text.size());
+    FileVersionReader::mf_read(text, records, problems, &progress);
+    progress.mf_finish();
     FileVersionList list;
     for (const FileVersionRecord& record : records) {
         std::string problem;
@@ -132,7 +157,9 @@ int runFileVersions(const std::string& text, const Options& options, const std::
 
     UQFileListItem::Array items;
     list.mf_getSorted(items, options.key, options.bAscending);
-    out.mf_write(FileListTable::mf_format(items));
+    out.mf_write(FileListTable::mf_format(items, options.format));
+    err.mf_write(KorFilesTool::mf_countLine(items.GetSize(), versionCount(items), problems.mf_getCount(),
+                                            "malformed line"));
     return problems.mf_getCount() > 0 ? KorFilesTool::EXIT_LINES_SKIPPED : KorFilesTool::EXIT_ALL_READ;
 }
 
@@ -146,7 +173,9 @@ int runListing(const std::string& text, const Options& options, const CString& i
 
     UQFileListItem::Array items;
     listing.mf_getItems(items, options.filter, options.key, options.bAscending);
-    out.mf_write(FileListTable::mf_formatListing(items));
+    out.mf_write(FileListTable::mf_formatListing(items, options.format));
+    err.mf_write(KorFilesTool::mf_countLine(items.GetSize(), versionCount(items),
+                                            static_cast<long long>(skipped.size()), "malformed line"));
     return skipped.empty() ? KorFilesTool::EXIT_ALL_READ : KorFilesTool::EXIT_LINES_SKIPPED;
 }
 
@@ -167,11 +196,15 @@ int run(const std::vector<CString>& args, const CString& defaultInput, const CSt
         out.mf_write(KorFilesTool::mf_getHelp(defaultInput, defaultListing));
         return KorFilesTool::EXIT_ALL_READ;
     }
+    if (options.bVersion) {
+        out.mf_write(std::string("korfiles ") + KorFilesTool::VERSION + "\n");
+        return KorFilesTool::EXIT_ALL_READ;
+    }
 
     const CString input = options.bHasInput  ? options.sInput
                           : options.bListing ? defaultListing
                                              : defaultInput;
-    const std::string inputName = input.ToUtf8();
+    const std::string inputName = input == KorFilesTool::STANDARD_INPUT ? "(standard input)" : input.ToUtf8();
     std::string text;
     std::string reason;
     if (!KorFilesTool::mf_readFile(input, text, reason)) {
@@ -179,11 +212,14 @@ int run(const std::vector<CString>& args, const CString& defaultInput, const CSt
         return KorFilesTool::EXIT_UNREADABLE;
     }
     if (options.bListing)
-        return runListing(text, options, input, out, err);
+        return runListing(text, options, CString::FromUtf8(inputName), out, err);
     return runFileVersions(text, options, inputName, out, err);
 }
 
 } // namespace
+
+const char* const KorFilesTool::VERSION = KORFILES_VERSION;
+const wchar_t* const KorFilesTool::STANDARD_INPUT = L"-";
 
 int KorFilesTool::mf_run(const std::vector<CString>& args, const CString& defaultInput,
                          const CString& defaultListing, TextOutput& out, TextOutput& err) noexcept {
@@ -204,29 +240,50 @@ int KorFilesTool::mf_run(const std::vector<CString>& args, const CString& defaul
 
 int KorFilesTool::mf_readFile(const CString& path, std::string& text, std::string& reason) {
     errno = 0;
+    if (path == STANDARD_INPUT) {
+#if defined(_WIN32)
+        // Bytes as they come: text mode would drop CRs and stop at a Ctrl-Z.
+        _setmode(_fileno(stdin), _O_BINARY);
+#endif
+        return mf_implReadStream(stdin, text, reason);
+    }
 #if defined(_WIN32)
     std::FILE* file = _wfopen(path, L"rb");
 #else
-    std::FILE* file = std::fopen(path.ToUtf8().c_str(), "rb");
+    std::FILE* file = std::fopen(uqfmt::wideToNative(path.GetString(), path.GetLength()).c_str(), "rb");
 #endif
     if (file == nullptr) {
         reason = std::strerror(errno);
         return 0;
     }
+    const int done = mf_implReadStream(file, text, reason);
+    std::fclose(file);
+    return done;
+}
+
+int KorFilesTool::mf_implReadStream(std::FILE* _pFile, std::string& _rText, std::string& _rReason) {
     std::string content;
     char buffer[65536];
     std::size_t n;
-    while ((n = std::fread(buffer, 1, sizeof buffer, file)) > 0)
+    while ((n = std::fread(buffer, 1, sizeof buffer, _pFile)) > 0)
         content.append(buffer, n);
-    const int failed = std::ferror(file);
+    const int failed = std::ferror(_pFile);
     const int error = errno;
-    std::fclose(file);
     if (failed) {
-        reason = std::strerror(error);
+        _rReason = std::strerror(error);
         return 0;
     }
-    text.swap(content);
+    _rText.swap(content);
     return 1;
+}
+
+std::string KorFilesTool::mf_countLine(long long _nFiles, long long _nVersions, long long _nSkipped,
+                                       const char* _pszSkipped) {
+    const auto counted = [](long long n, const std::string& what) {
+        return std::to_string(n) + " " + what + (n == 1 ? "" : "s");
+    };
+    return counted(_nFiles, "file") + ", " + counted(_nVersions, "version") + ", " +
+           counted(_nSkipped, _pszSkipped) + " skipped\n";
 }
 
 std::string KorFilesTool::mf_getUsage() {
@@ -270,11 +327,20 @@ std::string KorFilesTool::mf_getHelp(const CString& defaultInput, const CString&
            "  --skip=SEVERITIES   leave out files of these severities: info, warning, error, several\n"
            "                      separated by commas, as in --skip=info,warning (listings only)\n"
            "  -h, --help          print this help and exit\n"
+           "  --format=FORMAT     table (the default), csv or json: one record per file, the\n"
+           "                      table's columns, for programs (also for search)\n"
+           "  --version           print the program's version and exit\n"
            "  --                  take the next argument as FILE even if it starts with '-' or is\n"
            "                      the word search or settings\n"
+           "FILE - reads standard input.\n"
            "\n"
            "Exit status: 0 every line was read, 1 malformed lines were skipped, 2 bad usage,\n"
            "3 FILE cannot be read, 4 internal error.\n"
+           "\n"
+           "Failures of the library are recorded in the product log (KOR_LOG_FILE names another file):\n"
+           "  " +
+           UQLogFileSink::mf_getDefaultPath().ToUtf8() +
+           "\n"
            "\n" +
            SearchCommand::mf_getHelp() + "\n" + SettingsCommand::mf_getHelp();
 }

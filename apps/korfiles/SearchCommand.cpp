@@ -33,6 +33,7 @@ struct Options {
     UQFileTime toTime;
     CString sFrom;
     CString sTo;
+    FileListTable::Format format = FileListTable::TABLE;
     bool bHelp = false;
 };
 
@@ -151,6 +152,10 @@ std::string parseOptions(const std::vector<CString>& args, Options& options) {
                 if (arg.GetLength() <= 10 || !parseExclusions(arg.Mid(10), options.abExclude))
                     return "--exclude needs one or more of " + exclusionWords() +
                            ", separated by commas, not '" + arg.ToUtf8() + "'";
+            } else if (arg == L"--format" || arg.Left(9) == L"--format=") {
+                if (arg.GetLength() <= 9 || !FileListTable::mf_parseFormat(arg.Mid(9), options.format))
+                    return "--format needs table, csv or json, as in --format=csv, not '" + arg.ToUtf8() +
+                           "'";
             } else if (arg == L"--latest-only") {
                 options.bLatestOnly = true;
             } else if (arg == L"--retrieval-order") {
@@ -279,7 +284,12 @@ int SearchCommand::mf_run(const std::vector<CString>& args, const HistorySource&
     }
     if (!options.bRetrievalOrder)
         sortItems(shown, options.key, options.bAscending);
-    out.mf_write(FileListTable::mf_formatSearch(shown, options.bLatestOnly ? 1 : 0));
+    out.mf_write(FileListTable::mf_formatSearch(shown, options.bLatestOnly ? 1 : 0, options.format));
+    long long versions = 0;
+    for (INT_PTR i = 0; i < shown.GetSize(); ++i)
+        versions += shown[i]->mf_getVersionCount();
+    err.mf_write(KorFilesTool::mf_countLine(
+        shown.GetSize(), versions, static_cast<long long>(result.errors.size()), "malformed record"));
     return result.errors.empty() ? KorFilesTool::EXIT_ALL_READ : KorFilesTool::EXIT_LINES_SKIPPED;
 }
 
@@ -319,6 +329,7 @@ std::string SearchCommand::mf_getHelp() {
            "  --retrieval-order   list the selected files (the latest versions) in the order the backend\n"
            "                      reads them fastest, volume by volume and front to back, as a\n"
            "                      retrieval takes them; takes no --sort or --descending\n"
+           "  --format=FORMAT     table (the default), csv or json: one record per file, for programs\n"
            "  -h, --help          print this help and exit\n"
            "  --                  take the next argument as PATTERN even if it starts with '-'\n"
            "\n"

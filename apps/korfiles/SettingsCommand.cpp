@@ -84,6 +84,24 @@ bool hasControlCharacter(const CString& value) {
     return false;
 }
 
+// Whether the text holds a lone surrogate: an argument keeps the bytes that are not UTF-8 as such
+// characters (main.cpp). No setting can hold them, and U+FFFD in their place would store another text than
+// the one given.
+bool hasInvalidText(const CString& value) {
+    for (int i = 0; i < value.GetLength(); ++i) {
+        const unsigned long c = static_cast<unsigned long>(value[i]);
+        if (c < 0xD800 || c > 0xDFFF)
+            continue;
+        const bool pairStart = sizeof(wchar_t) == 2 && c <= 0xDBFF && i + 1 < value.GetLength() &&
+                               static_cast<unsigned long>(value[i + 1]) >= 0xDC00 &&
+                               static_cast<unsigned long>(value[i + 1]) <= 0xDFFF;
+        if (!pairStart)
+            return true;
+        ++i;
+    }
+    return false;
+}
+
 // One "name: value" line; a stored value with line breaks or other control characters still makes one
 // line, with U+FFFD in their place, and an empty value leaves nothing after the colon.
 std::string line(const wchar_t* name, const CString& value) {
@@ -145,6 +163,8 @@ std::string checkValue(const Setting& s, const CString& value) {
     const std::string name = utf8(s.name);
     if (hasControlCharacter(value))
         return "the value for " + name + " holds a control character";
+    if (hasInvalidText(value))
+        return "the value for " + name + " is not valid UTF-8";
     switch (s.kind) {
     case FLAG: {
         int flag = 0;
@@ -230,6 +250,10 @@ int updateMru(const CString& path, bool remove, LogTap& tap, TextOutput& out, Te
         err.mf_write("korfiles: the option file path holds a control character\n");
         return KorFilesTool::EXIT_BAD_USAGE;
     }
+    if (hasInvalidText(path)) {
+        err.mf_write("korfiles: the option file path is not valid UTF-8\n");
+        return KorFilesTool::EXIT_BAD_USAGE;
+    }
     const std::string quoted = "'" + path.ToUtf8() + "'";
     tap.mf_mark();
     // DEFAULT is the dynamic option file here as everywhere; the update itself recognises the other ways
@@ -264,6 +288,16 @@ const char* const kStoreWord = "KEY";
 #else
 const char* const kStoreWord = "FILE";
 #endif
+
+// The store read, as a failure names it.
+std::string storeName() {
+#if defined(_WIN32)
+    // Under --registry, HKEY_LOCAL_MACHINE and HKEY_CURRENT_USER stand for that key's sub keys.
+    return "the registry";
+#else
+    return "the registry store '" + UQRegistry::mf_getStoreFile().ToUtf8() + "'";
+#endif
+}
 
 // Answers an empty string when the arguments are good, else the one line that says what is wrong.
 std::string parseOptions(const std::vector<CString>& args, Options& options) {
@@ -340,8 +374,18 @@ int SettingsCommand::mf_run(const std::vector<CString>& args, TextOutput& out, T
         return KorFilesTool::EXIT_NOT_CHANGED;
     }
     if (w.empty()) {
+        tap.mf_mark();
         UQGuiRegistry::mf_initialize();
-        out.mf_write(showAll());
+        const std::string shown = showAll();
+        // The getters answer their defaults for a store that cannot be read as for one that lacks the
+        // value: shown, those would pass for the settings.
+        const CString broken = tap.mf_getStoreFailure();
+        if (!broken.IsEmpty()) {
+            err.mf_write("korfiles: cannot read the settings from " + storeName() + ": " + broken.ToUtf8() +
+                         "\n");
+            return KorFilesTool::EXIT_UNREADABLE;
+        }
+        out.mf_write(shown);
         return KorFilesTool::EXIT_ALL_READ;
     }
     if (setting != nullptr)
@@ -388,5 +432,6 @@ std::string SettingsCommand::mf_getHelp() {
            "  --                  take the next arguments as they are even if they start with '-'\n"
            "\n"
            "Exit status of settings: 0 done, 1 nothing was changed (the registry refused the change, or the\n"
-           "MRU held the path already or did not hold it), 2 bad usage, an unknown NAME or a bad VALUE.\n";
+           "MRU held the path already or did not hold it), 2 bad usage, an unknown NAME or a bad VALUE,\n"
+           "3 the settings cannot be read (the store is broken or a value is of the wrong type).\n";
 }

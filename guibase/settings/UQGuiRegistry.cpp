@@ -2,6 +2,8 @@
 
 #include "guibase/foundation/UQReport.h"
 
+#include <optional>
+
 namespace {
 
 const wchar_t* const kMigration = L"Migration";
@@ -447,7 +449,11 @@ int UQGuiRegistry::mf_updateTranslatedBackupOptionFilePathMRU(const CString& sPa
     const CString sEntry =
         isDynamicOptionFile(sPath, dynamicOptionFileText()) ? CString(kDynamicOptionFile) : sPath;
     UQArray<CString> asEntries;
+    // Held from the read to the write, so that another thread or process adding at the same time neither
+    // loses its entry nor makes this one lost.
+    std::optional<UQRegistryUpdate> update;
     try {
+        update.emplace(kBackupOptionFilesMru, L"", HKEY_CURRENT_USER);
         if (UQRegistry::mf_exists(kBackupOptionFilesMru, L"", HKEY_CURRENT_USER))
             UQRegistry::mf_getValues(kBackupOptionFilesMru, asEntries, L"", HKEY_CURRENT_USER);
     } catch (const UQErrno& e) {
@@ -487,6 +493,7 @@ int UQGuiRegistry::mf_updateTranslatedBackupOptionFilePathMRU(const CString& sPa
     try {
         // It logs its own failure; its 0 does not change what this call did to the list.
         mf_setTranslatedBackupOptionFilePathMRU(asEntries);
+        update->mf_commit();
     } catch (const UQErrno& e) {
         UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
                          L"Failure sorting/writing registry values '%s':\r\n%s%s", kBackupOptionFilesMru,

@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <string>
+#include <unordered_map>
 
 namespace {
 
@@ -79,12 +81,15 @@ bool parseFlags(const std::string& text, std::uint32_t& flags) {
     return true;
 }
 
-// Well-formed UTF-8: no stray continuation byte, overlong form, encoded surrogate, code point above
-// U+10FFFF or cut sequence. A store in another encoding would give paths that name no file.
-bool isUtf8(const std::string& text) {
-    const unsigned char* p = reinterpret_cast<const unsigned char*>(text.data());
+// Where well-formed UTF-8 ends: the first byte of a stray continuation byte, overlong form, encoded
+// surrogate, code point above U+10FFFF or cut sequence; npos when there is none. A store in another
+// encoding would give paths that name no file.
+std::size_t findInvalidUtf8(const std::string& text) {
+    const unsigned char* const begin = reinterpret_cast<const unsigned char*>(text.data());
+    const unsigned char* p = begin;
     const unsigned char* const end = p + text.size();
     while (p < end) {
+        const unsigned char* const start = p;
         const unsigned c = *p++;
         if (c < 0x80)
             continue;
@@ -101,25 +106,26 @@ bool isUtf8(const std::string& text) {
             low = c == 0xF0 ? 0x90 : 0x80;
             high = c == 0xF4 ? 0x8F : 0xBF;
         } else {
-            return false;
+            return static_cast<std::size_t>(start - begin);
         }
         if (static_cast<std::size_t>(end - p) < more || *p < low || *p > high)
-            return false;
+            return static_cast<std::size_t>(start - begin);
         ++p;
         for (std::size_t i = 1; i < more; ++i, ++p)
             if (*p < 0x80 || *p > 0xBF)
-                return false;
+                return static_cast<std::size_t>(start - begin);
     }
-    return true;
+    return std::string::npos;
 }
 
-bool hasControlCharacter(const std::string& text) {
-    for (char c : text) {
-        const unsigned u = static_cast<unsigned char>(c);
+// The position of the first control character other than the tab, or npos.
+std::size_t findControlCharacter(const std::string& text) {
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const unsigned u = static_cast<unsigned char>(text[i]);
         if ((u < 0x20 && u != '\t') || u == 0x7F)
-            return true;
+            return i;
     }
-    return false;
+    return std::string::npos;
 }
 
 // "volume:position".
@@ -149,8 +155,6 @@ public:
     // The next piece of the text; lines may be split across pieces.
     void feed(const char* data, std::size_t size) {
         std::size_t start = 0;
-        if (m_uLine == 0 && m_carry.empty() && size >= 3 && std::string(data, 3) == "\xEF\xBB\xBF")
-            start = 3; // a byte-order mark is no part of the first path
         while (start < size) {
             const void* found = std::memchr(data + start, '\n', size - start);
             if (found == nullptr) {
@@ -188,12 +192,25 @@ private:
         }
         if (!text.empty() && text.back() == '\r')
             text.pop_back();
+        kortext::skipByteOrderMark(text);
         if (text.empty() || text[0] == '#' || text.find_first_not_of(" \t") == std::string::npos)
             return;
-        if (!isUtf8(text))
-            return skip(L"invalid UTF-8");
-        if (hasControlCharacter(text))
-            return skip(L"control character");
+        const std::size_t invalid = findInvalidUtf8(text);
+        if (invalid != std::string::npos) {
+            CString what;
+            what.Format(L"invalid UTF-8 (byte 0x%02X at column %lu)",
+                        static_cast<unsigned>(static_cast<unsigned char>(text[invalid])),
+                        static_cast<std::uint32_t>(invalid + 1));
+            return skip(what);
+        }
+        const std::size_t control = findControlCharacter(text);
+        if (control != std::string::npos) {
+            CString what;
+            what.Format(L"control character 0x%02X at column %lu",
+                        static_cast<unsigned>(static_cast<unsigned char>(text[control])),
+                        static_cast<std::uint32_t>(control + 1));
+            return skip(what);
+        }
         std::vector<std::string> fields;
         std::size_t start = 0;
         for (;;) {
@@ -237,6 +254,17 @@ private:
             return skip(L"bad expiry time", expiry);
         if (!parseAccessKey(access, key))
             return skip(L"bad access key", access);
+        // The search list groups the versions of a file by object path, case-blind: a version listed twice
+        // would show twice.
+        CString sFolded = CString::FromUtf8(objectPath);
+        sFolded.MakeUpper();
+        const auto known = m_firstLines.emplace(sFolded.ToUtf8() + '\t' + std::to_string(uVersion), m_uLine);
+        if (!known.second) {
+            CString what;
+            what.Format(L"version %lu of this path is already listed on line %lu",
+                        static_cast<std::uint32_t>(uVersion), known.first->second);
+            return skip(what);
+        }
         ++m_result.uRecords;
 
         if (m_query.fromTime.mf_getValue() != 0 && uLastWrite < m_query.fromTime.mf_getValue())
@@ -270,7 +298,7 @@ private:
 
     void skip(const wchar_t* what, const std::string& value) {
         CString text;
-        text.Format(L"%s '%s'", what, CString::FromUtf8(value));
+        text.Format(L"%s '%s'", what, CString::FromUtf8(kortext::echoed(value)));
         skip(text);
     }
 
@@ -282,6 +310,8 @@ private:
     std::unique_ptr<UQPathPattern> m_pattern;
     std::uint32_t m_uLine;
     std::string m_carry;
+    // The line of each object path's version ("PATH\tversion", the path upper-cased) first listed.
+    std::unordered_map<std::string, std::uint32_t> m_firstLines;
 };
 
 } // namespace
@@ -310,9 +340,10 @@ UQHistoryStore::Result UQHistoryStore::mf_search(const UQHistoryQuery& query, UV
     std::size_t n;
     while ((n = std::fread(buffer.get(), 1, 1u << 16, f)) > 0)
         reader.feed(buffer.get(), n);
+    // Set by the read that failed, the last call before.
+    const int readError = errno;
     if (std::ferror(f)) {
-        CString detail;
-        detail.Format(L"%s: read error", m_sFile);
+        const CString detail = kortext::readErrorDetail(m_sFile, readError);
         logLine(UQLogData::LEVEL_E, _sFunction_, L"Failure reading history store '%s'", m_sFile);
         throw UQErrno(UQErrnoData(UQErrno::_E_::File), detail);
     }

@@ -5,6 +5,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <string>
+#include <unordered_map>
 
 namespace {
 
@@ -107,7 +109,7 @@ bool isUtf8(const std::string& text) {
 
 UQErrno lineError(const CString& name, std::uint32_t line, const wchar_t* what, const std::string& value) {
     CString detail;
-    detail.Format(L"%s:%lu: %s '%s'", name, line, what, CString::FromUtf8(value));
+    detail.Format(L"%s:%lu: %s '%s'", name, line, what, CString::FromUtf8(kortext::echoed(value)));
     return UQErrno(UQErrnoData(UQErrno::_E_::Format), detail);
 }
 
@@ -119,9 +121,9 @@ UQListingReader::Result UQListingReader::mf_readText(const std::string& text, co
     Result result;
     std::size_t start = 0;
     std::uint32_t lineNumber = 0;
-    // A byte-order mark is no part of the first path.
-    if (text.compare(0, 3, "\xEF\xBB\xBF") == 0)
-        start = 3;
+    // The line that listed each version of a path first ("path\tversion"): the listener would merge a
+    // repeated one into the item silently.
+    std::unordered_map<std::string, std::uint32_t> firstLines;
     const CString stubText = UQString(UQErrno::_I_::StubFile.mf_getMessageNumber());
     while (start < text.size()) {
         const std::size_t end = text.find('\n', start);
@@ -130,6 +132,7 @@ UQListingReader::Result UQListingReader::mf_readText(const std::string& text, co
         ++lineNumber;
         if (!line.empty() && line.back() == '\r')
             line.pop_back();
+        kortext::skipByteOrderMark(line);
         const char first = firstNonBlank(line);
         if (first == '\0' || first == '#')
             continue;
@@ -168,6 +171,14 @@ UQListingReader::Result UQListingReader::mf_readText(const std::string& text, co
                 name, lineNumber,
                 parsed == VersionParse::TooLarge ? L"version number out of range" : L"bad version number",
                 fields[1]));
+            continue;
+        }
+        const auto known = firstLines.emplace(path + '\t' + std::to_string(version), lineNumber);
+        if (!known.second) {
+            CString detail;
+            detail.Format(L"%s:%lu: version %lu of this path is already listed on line %lu", name, lineNumber,
+                          version, known.first->second);
+            result.errors.push_back(UQErrno(UQErrnoData(UQErrno::_E_::Format), detail));
             continue;
         }
         const std::string status = trim(fields[2]);
@@ -217,13 +228,14 @@ UQListingReader::Result UQListingReader::mf_read(const CString& file, UVListingF
     std::size_t n;
     while ((n = std::fread(buffer, 1, sizeof buffer, f)) > 0)
         text.append(buffer, n);
+    // Set by the read that failed, the last call before.
+    const int readError = errno;
     const bool failed = std::ferror(f) != 0;
     std::fclose(f);
     if (failed) {
         UQThreadContext::mf_setLoggingLanguage();
         UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_, L"Failure reading listing file '%s'", file);
-        CString detail;
-        detail.Format(L"%s: read error", file);
+        const CString detail = kortext::readErrorDetail(file, readError);
         throw UQErrno(UQErrnoData(UQErrno::_E_::File), detail);
     }
     return mf_readText(text, file, listener);

@@ -1,4 +1,4 @@
-// How korbase's own operations report, as the library does (Part 1.1): the logging language is selected
+// How korbase's own operations report, as the library does: the logging language is selected
 // right before each record, and a failure is logged where it arises before its category is thrown.
 #pragma once
 

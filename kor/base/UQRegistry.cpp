@@ -90,7 +90,8 @@ struct Target {
 
 // Checks the hive, resolves the key and lets an injected failure come due: the common start of every
 // operation that touches the store. _pszName null: an operation on the key itself.
-Target target(const wchar_t* function, const wchar_t* name, const CString& key, HKEY hive) {
+Target target(const wchar_t* function, const wchar_t* name, const CString& key, HKEY hive,
+              bool injectable = true) {
     Target t;
     t.hHive = hive;
     t.sKey = normalizeKey(key);
@@ -113,7 +114,7 @@ Target target(const wchar_t* function, const wchar_t* name, const CString& key, 
     } else {
         t.sSubject.Format(L"key '%s'", t.sKeyText);
     }
-    if (injectionDue()) {
+    if (injectable && injectionDue()) {
         CString text;
         text.Format(L"Injected failure (%s)", t.sSubject);
         fail(UQErrno::_E_::Registry, function, text);
@@ -142,15 +143,20 @@ void check(const wchar_t* function, const Target& t, const korregistry::Result& 
     case korregistry::Status::WriteFailed:
         text.Format(L"Failure writing %s: %s", t.sSubject, result.sReason);
         break;
+    case korregistry::Status::LockFailed:
+        text.Format(L"Failure locking %s for an update: %s", t.sSubject, result.sReason);
+        break;
     }
     fail(UQErrno::_E_::Registry, function, text);
 }
 
 void checkType(const wchar_t* function, const Target& t, const korregistry::Value& value, DWORD expected1,
                DWORD expected2, const wchar_t* expectedText) {
-    if (value.dwType == expected1 || value.dwType == expected2)
+    const bool expectedType = value.dwType == expected1 || value.dwType == expected2;
+    if (expectedType && value.sMalformed.IsEmpty())
         return;
-    CString actual(typeText(value.dwType));
+    // Data that does not fit its type is no value of that type either.
+    CString actual(expectedType ? value.sMalformed : CString(typeText(value.dwType)));
     if (actual.IsEmpty())
         actual.Format(L"of type %lu", value.dwType);
     CString text;
@@ -302,6 +308,20 @@ int UQRegistry::mf_exists(const CString& name, const CString& key, HKEY hive) {
     bool exists = false;
     check(_sFunction_, t, korregistry::valueExists(t.hHive, t.sKey, t.sName, exists));
     return exists ? 1 : 0;
+}
+
+void* UQRegistry::mf_implBeginUpdate(const wchar_t* _pszFunction, const CString& _sName, const CString& _sKey,
+                                     HKEY _hHive) {
+    const Target t = target(_pszFunction, _sName, _sKey, _hHive, false);
+    void* pLock = nullptr;
+    check(_pszFunction, t, korregistry::beginUpdate(t.hHive, t.sKey, t.sName, pLock));
+    return pLock;
+}
+
+void UQRegistry::mf_implCommitUpdate(const wchar_t* _pszFunction, void* _pLock, const CString& _sName,
+                                     const CString& _sKey, HKEY _hHive) {
+    const Target t = target(_pszFunction, _sName, _sKey, _hHive, false);
+    check(_pszFunction, t, korregistry::commitUpdate(_pLock));
 }
 
 void UQRegistry::mf_setUserKey(const CString& key) {

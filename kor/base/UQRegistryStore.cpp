@@ -6,16 +6,21 @@
 
 #include "Environment.h"
 
+#include "compat/utf8.h"
+
 #include <sqlite3.h>
 
 #include <cerrno>
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
+#include <new>
 #include <string>
 #include <thread>
 
+#include <fcntl.h>
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -44,8 +49,9 @@ const char* const kSchema = "CREATE TABLE IF NOT EXISTS registry_key("
                             "PRAGMA user_version = 1;";
 
 // One connection per process, used under the mutex: SQLite transactions belong to a connection, so two
-// threads must not interleave theirs on it.
-std::mutex g_mutex;
+// threads must not interleave theirs on it. Recursive, as an update holds it across the operations of its
+// thread.
+std::recursive_mutex g_mutex;
 CString g_sConfiguredFile;
 sqlite3* g_pDb = nullptr;
 std::string g_openFile;
@@ -132,23 +138,32 @@ private:
 };
 
 // A transaction that rolls back unless committed. Writers begin IMMEDIATE: a deferred transaction that
-// turns into a write while another process writes fails at once instead of waiting its turn.
+// turns into a write while another process writes fails at once instead of waiting its turn. Inside an
+// update's transaction it is a savepoint of that one, so that the update's reads and writes are one
+// transaction and a failed write still undoes only itself.
 class Transaction {
 public:
-    Transaction(sqlite3* db, bool write) : m_pDb(db), m_bOpen(false) {
-        m_rc = sqlite3_exec(db, write ? "BEGIN IMMEDIATE" : "BEGIN", nullptr, nullptr, nullptr);
+    Transaction(sqlite3* db, bool write)
+        : m_pDb(db), m_bOpen(false), m_bNested(sqlite3_get_autocommit(db) == 0) {
+        m_rc = sqlite3_exec(db,
+                            m_bNested ? "SAVEPOINT kor_operation"
+                            : write   ? "BEGIN IMMEDIATE"
+                                      : "BEGIN",
+                            nullptr, nullptr, nullptr);
         m_bOpen = m_rc == SQLITE_OK;
     }
     ~Transaction() {
         if (m_bOpen)
-            sqlite3_exec(m_pDb, "ROLLBACK", nullptr, nullptr, nullptr);
+            sqlite3_exec(m_pDb, m_bNested ? "ROLLBACK TO kor_operation; RELEASE kor_operation" : "ROLLBACK",
+                         nullptr, nullptr, nullptr);
     }
     Transaction(const Transaction&) = delete;
     Transaction& operator=(const Transaction&) = delete;
 
     int rc() const noexcept { return m_rc; }
     int commit() {
-        const int rc = sqlite3_exec(m_pDb, "COMMIT", nullptr, nullptr, nullptr);
+        const int rc =
+            sqlite3_exec(m_pDb, m_bNested ? "RELEASE kor_operation" : "COMMIT", nullptr, nullptr, nullptr);
         // A failed COMMIT (busy) leaves the transaction open; the destructor rolls it back.
         if (rc == SQLITE_OK)
             m_bOpen = false;
@@ -158,7 +173,16 @@ public:
 private:
     sqlite3* m_pDb;
     bool m_bOpen;
+    bool m_bNested;
     int m_rc;
+};
+
+// What beginUpdate hands out: the connection whose transaction (or, nested in another update of the same
+// thread, savepoint) it holds open.
+struct Update {
+    sqlite3* pDb = nullptr;
+    bool bNested = false;
+    bool bEnded = false;
 };
 
 CString configuredFile() {
@@ -177,22 +201,64 @@ void closeConnection() {
     g_openFile.clear();
 }
 
+int readVersion(sqlite3* db, int& version) {
+    Statement s(db, "PRAGMA user_version");
+    if (s.step() == SQLITE_ROW)
+        version = sqlite3_column_int(s.get(), 0);
+    return s.rc();
+}
+
+// "file:" URI of a path, for the URI parameters SQLite takes only there.
+std::string fileUri(const std::string& path) {
+    std::string uri = "file:";
+    for (const char c : path) {
+        if (c == '%' || c == '?' || c == '#') {
+            char escaped[4];
+            std::snprintf(escaped, sizeof escaped, "%%%02X", static_cast<unsigned char>(c));
+            uri += escaped;
+        } else {
+            uri += c;
+        }
+    }
+    return uri;
+}
+
+// One try at opening a file that this process may only read. Nothing is set up or created: a read must
+// never need write access. A store in write-ahead-log mode needs its shared-memory file; where that may
+// neither be opened nor created (a directory the process cannot write), the file is read as it stands,
+// without the log of a writer that has not finished.
+int attemptOpenReadOnly(const std::string& path, sqlite3*& opened, int& version) {
+    int rc = sqlite3_open_v2(path.c_str(), &opened, SQLITE_OPEN_READONLY, nullptr);
+    if (rc == SQLITE_OK) {
+        sqlite3_busy_timeout(opened, kBusyTimeoutMs);
+        rc = readVersion(opened, version);
+    }
+    if ((rc & 0xFF) == SQLITE_CANTOPEN || (rc & 0xFF) == SQLITE_READONLY) {
+        sqlite3_close_v2(opened);
+        opened = nullptr;
+        rc = sqlite3_open_v2((fileUri(path) + "?immutable=1").c_str(), &opened,
+                             SQLITE_OPEN_READONLY | SQLITE_OPEN_URI, nullptr);
+        if (rc == SQLITE_OK)
+            rc = readVersion(opened, version);
+    }
+    return rc;
+}
+
 // One try at opening the file, setting it up and reading (or creating) its schema.
 int attemptOpen(const std::string& path, sqlite3*& opened, int& version) {
     int rc = sqlite3_open_v2(path.c_str(), &opened, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
     if (rc == SQLITE_OK) {
         sqlite3_busy_timeout(opened, kBusyTimeoutMs);
-        // Write-ahead logging where the file system supports it; the rollback journal is as safe otherwise.
-        rc = sqlite3_exec(opened, "PRAGMA journal_mode=WAL", nullptr, nullptr, nullptr);
+        // A newer program's store is left as it is, its journal mode too.
+        rc = readVersion(opened, version);
     }
+    if (rc == SQLITE_OK && version > kSchemaVersion)
+        return rc;
+    // Write-ahead logging where the file system supports it; the rollback journal is as safe otherwise.
+    if (rc == SQLITE_OK)
+        rc = sqlite3_exec(opened, "PRAGMA journal_mode=WAL", nullptr, nullptr, nullptr);
     if (rc == SQLITE_OK)
         rc = sqlite3_exec(opened, "PRAGMA synchronous=FULL", nullptr, nullptr, nullptr);
-    if (rc == SQLITE_OK) {
-        Statement s(opened, "PRAGMA user_version");
-        if (s.step() == SQLITE_ROW)
-            version = sqlite3_column_int(s.get(), 0);
-        rc = s.rc();
-    }
     if (rc == SQLITE_OK && version == 0) {
         Transaction t(opened, true);
         rc = t.rc();
@@ -204,10 +270,23 @@ int attemptOpen(const std::string& path, sqlite3*& opened, int& version) {
     return rc;
 }
 
+// Whether the store is whole: a damaged or cut-off file must not read as one without values. Answers an
+// empty text when it is, else what SQLite found first.
+CString damage(sqlite3* db, int& rc) {
+    Statement s(db, "PRAGMA quick_check(1)");
+    rc = s.step() == SQLITE_ROW ? SQLITE_OK : s.rc();
+    if (rc != SQLITE_OK)
+        return CString();
+    const unsigned char* text = sqlite3_column_text(s.get(), 0);
+    const std::string found = text != nullptr ? reinterpret_cast<const char*>(text) : "";
+    return found == "ok" ? CString() : CString::FromUtf8(found);
+}
+
 // Opens the configured file unless it is open already; on failure fills the result. Called under the mutex.
 Result open(sqlite3*& db) {
     const CString file = configuredFile();
-    const std::string path = file.ToUtf8();
+    // A name that is not UTF-8 keeps its bytes (uqfmt::nativeToWide).
+    const std::string path = uqfmt::wideToNative(file.GetString(), file.GetLength());
     if (g_pDb != nullptr && (g_openFile != path || g_openPid != ::getpid()))
         closeConnection();
     if (g_pDb != nullptr) {
@@ -218,8 +297,16 @@ Result open(sqlite3*& db) {
     Result r;
     r.status = Status::StoreUnavailable;
     r.sFile = file;
+    struct stat status;
+    const bool exists = ::stat(path.c_str(), &status) == 0;
+    if (exists && S_ISDIR(status.st_mode)) {
+        r.sReason = L"it is a directory, not a database file";
+        return r;
+    }
+    // A store the process may only read is opened for reading alone; writes then fail, reads work.
+    const bool readOnly = exists && ::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0;
     std::string error;
-    if (!makeDirectories(path, error)) {
+    if (!readOnly && !makeDirectories(path, error)) {
         r.sReason = CString::FromUtf8(error);
         return r;
     }
@@ -233,7 +320,7 @@ Result open(sqlite3*& db) {
     for (;;) {
         opened = nullptr;
         version = -1;
-        rc = attemptOpen(path, opened, version);
+        rc = readOnly ? attemptOpenReadOnly(path, opened, version) : attemptOpen(path, opened, version);
         if ((rc & 0xFF) != SQLITE_BUSY && (rc & 0xFF) != SQLITE_LOCKED)
             break;
         if (std::chrono::steady_clock::now() >= deadline)
@@ -248,6 +335,15 @@ Result open(sqlite3*& db) {
     }
     if (version > kSchemaVersion) {
         r.sReason.Format(L"schema version %d is newer than this program's (%d)", version, kSchemaVersion);
+        sqlite3_close_v2(opened);
+        return r;
+    }
+    const CString found = damage(opened, rc);
+    if (rc != SQLITE_OK || !found.IsEmpty()) {
+        if (rc != SQLITE_OK)
+            r.sReason = sqliteMessage(opened, rc);
+        else
+            r.sReason = L"the store is damaged: " + found;
         sqlite3_close_v2(opened);
         return r;
     }
@@ -282,6 +378,21 @@ std::vector<CString> decodeList(const char* data, int size) {
     return list;
 }
 
+const wchar_t* storageText(int type) noexcept {
+    switch (type) {
+    case SQLITE_INTEGER:
+        return L"an integer";
+    case SQLITE_FLOAT:
+        return L"a real number";
+    case SQLITE_TEXT:
+        return L"text";
+    case SQLITE_BLOB:
+        return L"bytes";
+    default:
+        return L"NULL";
+    }
+}
+
 // SQLITE_ROW with the value filled in, SQLITE_DONE when there is none, or an error.
 int selectValue(sqlite3* db, HKEY hive, const std::string& keyFolded, const std::string& nameFolded,
                 Value* value) {
@@ -295,17 +406,37 @@ int selectValue(sqlite3* db, HKEY hive, const std::string& keyFolded, const std:
         return rc == SQLITE_ROW || rc == SQLITE_DONE ? rc : s.rc();
     sqlite3_stmt* st = s.get();
     value->dwType = static_cast<DWORD>(sqlite3_column_int64(st, 0));
+    const int stored = sqlite3_column_type(st, 1);
     switch (value->dwType) {
     case TYPE_SZ:
     case TYPE_EXPAND_SZ: {
+        if (stored != SQLITE_TEXT) {
+            value->sMalformed.Format(L"a string stored as %s", storageText(stored));
+            break;
+        }
         const unsigned char* text = sqlite3_column_text(st, 1);
         value->sText = CString::FromUtf8(text != nullptr ? reinterpret_cast<const char*>(text) : "");
         break;
     }
-    case TYPE_DWORD:
-        value->dwNumber = static_cast<DWORD>(sqlite3_column_int64(st, 1));
+    case TYPE_DWORD: {
+        // Only what a REG_DWORD can hold: SQLite keeps any integer, text or nothing in the column.
+        if (stored != SQLITE_INTEGER) {
+            value->sMalformed.Format(L"a number stored as %s", storageText(stored));
+            break;
+        }
+        const sqlite3_int64 number = sqlite3_column_int64(st, 1);
+        if (number < 0 || number > 0xFFFFFFFFll) {
+            value->sMalformed.Format(L"a number out of range (%I64d)", static_cast<long long>(number));
+            break;
+        }
+        value->dwNumber = static_cast<DWORD>(number);
         break;
+    }
     case TYPE_MULTI_SZ:
+        if (stored != SQLITE_BLOB) {
+            value->sMalformed.Format(L"a list of strings stored as %s", storageText(stored));
+            break;
+        }
         value->asList =
             decodeList(static_cast<const char*>(sqlite3_column_blob(st, 1)), sqlite3_column_bytes(st, 1));
         break;
@@ -368,7 +499,7 @@ int insertValue(sqlite3* db, HKEY hive, const CString& key, const CString& name,
 } // namespace
 
 Result read(HKEY hive, const CString& key, const CString& name, Value& value) {
-    std::lock_guard<std::mutex> lock(g_mutex);
+    std::lock_guard<std::recursive_mutex> lock(g_mutex);
     sqlite3* db = nullptr;
     Result r = open(db);
     if (r.status != Status::Ok)
@@ -388,7 +519,7 @@ Result read(HKEY hive, const CString& key, const CString& name, Value& value) {
 }
 
 Result write(HKEY hive, const CString& key, const CString& name, const Value& value) {
-    std::lock_guard<std::mutex> lock(g_mutex);
+    std::lock_guard<std::recursive_mutex> lock(g_mutex);
     sqlite3* db = nullptr;
     Result r = open(db);
     if (r.status != Status::Ok)
@@ -406,7 +537,7 @@ Result write(HKEY hive, const CString& key, const CString& name, const Value& va
 
 Result readOrWrite(HKEY hive, const CString& key, const CString& name, const Value& dflt, Value& value,
                    bool& written) {
-    std::lock_guard<std::mutex> lock(g_mutex);
+    std::lock_guard<std::recursive_mutex> lock(g_mutex);
     written = false;
     sqlite3* db = nullptr;
     Result r = open(db);
@@ -430,8 +561,61 @@ Result readOrWrite(HKEY hive, const CString& key, const CString& name, const Val
     return r;
 }
 
+Result beginUpdate(HKEY, const CString&, const CString&, void*& _rpLock) {
+    _rpLock = nullptr;
+    // Held until endUpdate: the other threads of the process wait here, other processes on the
+    // transaction's write lock.
+    std::unique_lock<std::recursive_mutex> guard(g_mutex);
+    sqlite3* db = nullptr;
+    Result r = open(db);
+    if (r.status != Status::Ok)
+        return r;
+    Update* update = new (std::nothrow) Update;
+    if (update == nullptr)
+        return failure(Status::LockFailed, L"out of memory");
+    update->pDb = db;
+    update->bNested = sqlite3_get_autocommit(db) == 0;
+    const int rc = sqlite3_exec(db, update->bNested ? "SAVEPOINT kor_update" : "BEGIN IMMEDIATE", nullptr,
+                                nullptr, nullptr);
+    if (rc != SQLITE_OK) {
+        delete update;
+        return failure(Status::LockFailed, sqliteMessage(db, rc));
+    }
+    guard.release();
+    _rpLock = update;
+    return r;
+}
+
+Result commitUpdate(void* _pLock) {
+    std::lock_guard<std::recursive_mutex> guard(g_mutex);
+    Update* update = static_cast<Update*>(_pLock);
+    if (update == nullptr)
+        return failure(Status::WriteFailed, L"no update is held");
+    // A connection closed under the update (another store chosen) took its transaction with it.
+    if (update->bEnded || update->pDb != g_pDb)
+        return failure(Status::WriteFailed, L"the update has ended");
+    const int rc = sqlite3_exec(update->pDb, update->bNested ? "RELEASE kor_update" : "COMMIT", nullptr,
+                                nullptr, nullptr);
+    if (rc != SQLITE_OK)
+        return failure(Status::WriteFailed, sqliteMessage(update->pDb, rc));
+    update->bEnded = true;
+    return Result();
+}
+
+void endUpdate(void* _pLock) noexcept {
+    Update* update = static_cast<Update*>(_pLock);
+    if (update == nullptr)
+        return;
+    if (!update->bEnded && update->pDb == g_pDb)
+        sqlite3_exec(update->pDb, update->bNested ? "ROLLBACK TO kor_update; RELEASE kor_update" : "ROLLBACK",
+                     nullptr, nullptr, nullptr);
+    delete update;
+    // Taken by beginUpdate on this thread.
+    g_mutex.unlock();
+}
+
 Result valueExists(HKEY hive, const CString& key, const CString& name, bool& exists) {
-    std::lock_guard<std::mutex> lock(g_mutex);
+    std::lock_guard<std::recursive_mutex> lock(g_mutex);
     exists = false;
     sqlite3* db = nullptr;
     Result r = open(db);
@@ -445,7 +629,7 @@ Result valueExists(HKEY hive, const CString& key, const CString& name, bool& exi
 }
 
 Result keyExists(HKEY hive, const CString& key, bool& exists) {
-    std::lock_guard<std::mutex> lock(g_mutex);
+    std::lock_guard<std::recursive_mutex> lock(g_mutex);
     exists = false;
     sqlite3* db = nullptr;
     Result r = open(db);
@@ -459,14 +643,14 @@ Result keyExists(HKEY hive, const CString& key, bool& exists) {
 }
 
 void setFile(const CString& path) {
-    std::lock_guard<std::mutex> lock(g_mutex);
+    std::lock_guard<std::recursive_mutex> lock(g_mutex);
     g_sConfiguredFile = path;
     // The next operation opens the new file; a test that deletes the old one finds it closed.
     closeConnection();
 }
 
 CString currentFile() {
-    std::lock_guard<std::mutex> lock(g_mutex);
+    std::lock_guard<std::recursive_mutex> lock(g_mutex);
     return configuredFile();
 }
 

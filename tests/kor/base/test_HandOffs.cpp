@@ -1,6 +1,6 @@
 // The two hand-offs the dialogs build on these classes, without windows: the wizard's task event between
-// the GUI thread and its "Wizard worker thread" (Part 6.1), and a progress dialog that listens to its
-// worker's progress events and cancels it through the installed switch (Part 6.3).
+// the GUI thread and its "Wizard worker thread", and a progress dialog that listens to its
+// worker's progress events and cancels it through the installed switch.
 #include "ThreadTestSupport.h"
 #include "support/LogCheck.h"
 
