@@ -2,12 +2,10 @@
 // state saved as one PNG. The pictures go to the folder named by KOR_GALLERY_DIR (docs/gallery/ when the
 // docs_gallery target makes them); each test fails when its picture cannot be made.
 #include "DialogDriver.h"
-#include "PanelsTestSupport.h"
 #include "Screenshot.h"
 #include "ToolkitTestSupport.h"
+#include "WizardTestSupport.h"
 
-#include "guibase/panels/UQMgmtClassPanel.h"
-#include "guibase/panels/UQSearchUserDialog.h"
 #include "guibase/settings/RegistrySandbox.h"
 #include "guibase/toolkit/UQCaptionMessageBox.h"
 #include "guibase/toolkit/UQHelpDialog.h"
@@ -15,11 +13,14 @@
 #include "guibase/toolkit/UQLineEditor.h"
 #include "guibase/toolkit/UQMessageBox.h"
 #include "guibase/toolkit/UQStatusBar.h"
+#include "korlang_ids.h"
+
+#include "PanelsTestSupport.h"
+#include "guibase/panels/UQMgmtClassPanel.h"
+#include "guibase/panels/UQSearchUserDialog.h"
 #include "guibase/wizard/UQProgressBarDialog.h"
 #include "guibase/wizard/UQProgressDialog.h"
 #include "interfaces/korutil.h"
-#include "korlang_ids.h"
-
 #include <cstdlib>
 #include <functional>
 #include <string>
@@ -37,16 +38,20 @@ std::wstring pictureDir() {
 
 // A step that shows the keyboard cues (focus rectangle, access keys) as after a key press, saves the
 // picture, and then ends the dialog as _finish does.
+void savePicture(HWND _hDlg, const wchar_t* _pszName) {
+    // The first dialog of a process may not be active yet when the first tick comes: draw its title bar
+    // as the active window's, as the user sees it a moment later.
+    SetForegroundWindow(_hDlg);
+    SendMessageW(_hDlg, WM_NCACTIVATE, TRUE, 0);
+    SendMessageW(_hDlg, WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS | UISF_HIDEACCEL), 0);
+    const std::wstring path = pictureDir() + L"\\" + _pszName + L".png";
+    const std::string sFailure = screenshot::save(_hDlg, path);
+    EXPECT_EQ(sFailure, "") << utf8(_pszName);
+}
+
 DialogDriver::Step picture(const wchar_t* _pszName, std::function<void(HWND)> _finish) {
     return [_pszName, _finish](HWND _hDlg) {
-        // The first dialog of a process may not be active yet when the first tick comes: draw its title bar
-        // as the active window's, as the user sees it a moment later.
-        SetForegroundWindow(_hDlg);
-        SendMessageW(_hDlg, WM_NCACTIVATE, TRUE, 0);
-        SendMessageW(_hDlg, WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS | UISF_HIDEACCEL), 0);
-        const std::wstring path = pictureDir() + L"\\" + _pszName + L".png";
-        const std::string sFailure = screenshot::save(_hDlg, path);
-        EXPECT_EQ(sFailure, "") << utf8(_pszName);
+        savePicture(_hDlg, _pszName);
         _finish(_hDlg);
     };
 }
@@ -374,4 +379,39 @@ TEST_F(Gallery, SearchUserBeforeListing) {
     m_driver.then(picture(L"search-user-start", click(IDC_SEARCH_USER_CANCEL)));
     UQSearchUserDialog dialog;
     EXPECT_EQ(dialog.mf_show(nullptr), 0);
+}
+
+// The wizard is driven by its own script; the fixture's driver would take its frame for an unexpected
+// dialog.
+TEST(GalleryWizard, FirstPanelExecutePanelBeforeAndAfterAndFinishPanel) {
+    initCommonControls();
+    wizardtest::TestWizard wizard;
+    wizard.add(IDD_WIZARD_PANEL_WELCOME, wizardtest::TITLE_WELCOME);
+    wizardtest::RunPanel& run = wizard.addRun();
+    wizard.add(IDD_WIZARD_PANEL_DONE, wizardtest::TITLE_DONE);
+    run.work = [](wizardtest::RunPanel& _panel) {
+        SetDlgItemTextW(_panel.mf_getHandle(), IDC_WIZARD_PANEL_RESULT,
+                        L"Connected to backup.example.org:1500 as client WS-0147.");
+        return UQErrnoData(UQErrno::_I_::StubFile);
+    };
+    auto snap = [&wizard](int _nIndex, const wchar_t* _pszName, std::function<bool()> _ready) {
+        return [&wizard, _nIndex, _pszName, _ready] {
+            if (wizard.mf_getCurrentIndex() != _nIndex || !wizardtest::frameReady(wizard) || !_ready())
+                return false;
+            savePicture(wizard.mf_getHandle(), _pszName);
+            return true;
+        };
+    };
+    auto always = [] { return true; };
+    wizardtest::Script script(wizard);
+    script.then(snap(0, L"wizard-first-panel", always))
+        .click(wizardtest::ITEM_NEXT)
+        .then(snap(1, L"wizard-execute-panel", always))
+        .click(wizardtest::ITEM_NEXT)
+        .then(snap(1, L"wizard-execute-panel-done", [&] { return run.returned.load() == 1; }))
+        .click(wizardtest::ITEM_NEXT)
+        .then(snap(2, L"wizard-finish-panel", always))
+        .click(wizardtest::ITEM_NEXT);
+    EXPECT_EQ(wizard.mf_create(GetModuleHandleW(nullptr), nullptr), 1);
+    EXPECT_EQ(script.actionsLeft(), 0);
 }
