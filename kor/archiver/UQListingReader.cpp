@@ -71,42 +71,6 @@ VersionParse parseVersion(const std::string& text, std::uint32_t& version) {
     return VersionParse::Ok;
 }
 
-// Well-formed UTF-8: no stray continuation bytes, no overlong forms, no surrogates, nothing above U+10FFFF.
-bool isUtf8(const std::string& text) {
-    const auto* s = reinterpret_cast<const unsigned char*>(text.data());
-    const std::size_t n = text.size();
-    std::size_t i = 0;
-    while (i < n) {
-        const unsigned char c = s[i];
-        if (c < 0x80) {
-            ++i;
-            continue;
-        }
-        std::size_t extra;
-        std::uint32_t cp, min;
-        if ((c & 0xE0) == 0xC0) {
-            extra = 1, cp = c & 0x1Fu, min = 0x80;
-        } else if ((c & 0xF0) == 0xE0) {
-            extra = 2, cp = c & 0x0Fu, min = 0x800;
-        } else if ((c & 0xF8) == 0xF0) {
-            extra = 3, cp = c & 0x07u, min = 0x10000;
-        } else {
-            return false;
-        }
-        if (n - i <= extra)
-            return false;
-        for (std::size_t k = 1; k <= extra; ++k) {
-            if ((s[i + k] & 0xC0) != 0x80)
-                return false;
-            cp = (cp << 6) | (s[i + k] & 0x3Fu);
-        }
-        if (cp < min || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF))
-            return false;
-        i += extra + 1;
-    }
-    return true;
-}
-
 UQErrno lineError(const CString& name, std::uint32_t line, const wchar_t* what, const std::string& value) {
     CString detail;
     detail.Format(L"%s:%lu: %s '%s'", name, line, what, CString::FromUtf8(kortext::echoed(value)));
@@ -137,7 +101,7 @@ UQListingReader::Result UQListingReader::mf_readText(const std::string& text, co
         if (first == '\0' || first == '#')
             continue;
         // A listing written in another encoding would give paths that name no file.
-        if (!isUtf8(line)) {
+        if (!kortext::isUtf8(line)) {
             result.errors.push_back(lineError(name, lineNumber, L"invalid UTF-8 in", line));
             continue;
         }

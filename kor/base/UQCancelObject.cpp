@@ -17,7 +17,8 @@ UQCancelObject::~UQCancelObject() = default;
 void UQCancelObject::mf_installCancelSwitch(UQCancelSwitch* pSwitch) {
     static const wchar_t* const _sFunction_ = L"UQCancelObject::mf_installCancelSwitch";
     if (pSwitch == nullptr)
-        korreport::fail(UQErrno::_E_::Parameter, _sFunction_, L"Resetting cancel switch to NULL is not allowed");
+        korreport::fail(UQErrno::_E_::Parameter, _sFunction_,
+                        L"Resetting cancel switch to NULL is not allowed");
     if (m_pCancelSwitch.load() != nullptr)
         korreport::fail(UQErrno::_E_::AlreadyInitialized, _sFunction_, L"Cancel switch is already set");
     m_pCancelSwitch.exchange(pSwitch);

@@ -20,7 +20,7 @@
 struct UQEventListener::Node {
     explicit Node(UQEventListener* pListener_, UQEVENT_ID id_) : pListener(pListener_), id(id_) {}
     UQEventListener* pListener;
-    UQEVENT_ID id;          // under the registry mutex once registered
+    UQEVENT_ID id;            // under the registry mutex once registered
     bool bRegistered = false; // under the registry mutex
     int nActive = 0;          // deliveries under way, under the registry mutex
 };
@@ -187,14 +187,17 @@ int UQEventManager::mf_publish(const UQEvent& event) {
         try {
             pListener->mf_onEvent(event);
         } catch (const UQErrno& e) {
-            korreport::log(UQLogData::LEVEL_E, _sFunction_, L"Failure delivering event to '%s':\r\n%s%s\r\n%s%s",
-                           pListener->mf_toString(), UQLog::TAB, e.mf_toString(), UQLog::TAB, event.mf_toString());
+            korreport::log(UQLogData::LEVEL_E, _sFunction_,
+                           L"Failure delivering event to '%s':\r\n%s%s\r\n%s%s", pListener->mf_toString(),
+                           UQLog::TAB, e.mf_toString(), UQLog::TAB, event.mf_toString());
         } catch (const std::exception& e) {
-            korreport::log(UQLogData::LEVEL_E, _sFunction_, L"Unexpected exception delivering event to '%s': %s",
-                           pListener->mf_toString(), CString::FromUtf8(e.what()));
+            korreport::log(UQLogData::LEVEL_E, _sFunction_,
+                           L"Unexpected exception delivering event to '%s': %s", pListener->mf_toString(),
+                           CString::FromUtf8(e.what()));
         } catch (...) {
             korreport::log(UQLogData::LEVEL_E, _sFunction_,
-                           L"Unexpected exception delivering event to '%s': unknown type", pListener->mf_toString());
+                           L"Unexpected exception delivering event to '%s': unknown type",
+                           pListener->mf_toString());
         }
         t_pDeliveries = frame.pOuter;
         ++delivered;

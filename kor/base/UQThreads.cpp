@@ -42,11 +42,11 @@ struct UQThreads::State {
 
     std::mutex mutex;
     std::condition_variable cond;
-    Phase phase = IDLE;        // under mutex
-    bool bWake = false;        // under mutex
-    std::thread thread;        // under mutex
-    std::thread::id threadId;  // under mutex
-    UQErrnoData exitError;     // under mutex
+    Phase phase = IDLE;       // under mutex
+    bool bWake = false;       // under mutex
+    std::thread thread;       // under mutex
+    std::thread::id threadId; // under mutex
+    UQErrnoData exitError;    // under mutex
     std::atomic<bool> bShutdown{false};
     std::atomic<DWORD> dwThreadId{0};
     // Set by the destructor: the thread touches the object no more (it may be destroyed by its own body).
@@ -180,7 +180,8 @@ void UQThreads::mf_start() {
         }
     }
     if (!sError.IsEmpty())
-        korreport::fail(UQErrno::_E_::System, _sFunction_, L"Failure creating thread '%s': %s", s.sName, sError);
+        korreport::fail(UQErrno::_E_::System, _sFunction_, L"Failure creating thread '%s': %s", s.sName,
+                        sError);
 }
 
 void UQThreads::mf_startWait() {
@@ -189,7 +190,8 @@ void UQThreads::mf_startWait() {
     std::unique_lock<std::mutex> lock(s.mutex);
     if (s.phase == State::IDLE) {
         lock.unlock();
-        korreport::fail(UQErrno::_E_::Initialization, _sFunction_, L"Thread '%s' has not been started", s.sName);
+        korreport::fail(UQErrno::_E_::Initialization, _sFunction_, L"Thread '%s' has not been started",
+                        s.sName);
     }
     s.cond.wait(lock, [&s] { return s.phase != State::STARTING; });
 }

@@ -1,7 +1,7 @@
 #include "interfaces/korutil.h"
 
-UQProgressEvent::UQProgressEvent(std::uint32_t uAction, const CString& sText, int nCurObjects, int nTotalObjects,
-                                 std::int64_t nCurData, std::int64_t nTotalData)
+UQProgressEvent::UQProgressEvent(std::uint32_t uAction, const CString& sText, int nCurObjects,
+                                 int nTotalObjects, std::int64_t nCurData, std::int64_t nTotalData)
     : UQEvent(UQEVENT_ID_PROGRESS), m_uAction(uAction), m_sText(sText), m_nCurObjects(nCurObjects),
       m_nTotalObjects(nTotalObjects), m_nCurData(nCurData), m_nTotalData(nTotalData) {}
 
@@ -22,7 +22,7 @@ unsigned long UQProgressEvent::mf_calcCurDataPercent() const noexcept {
 
 CString UQProgressEvent::mf_toString() const {
     CString s;
-    s.Format(L"ProgressEvent action=%lu text='%s' objects=%d/%d data=%I64d/%I64d", m_uAction, m_sText, m_nCurObjects,
-             m_nTotalObjects, m_nCurData, m_nTotalData);
+    s.Format(L"ProgressEvent action=%lu text='%s' objects=%d/%d data=%I64d/%I64d", m_uAction, m_sText,
+             m_nCurObjects, m_nTotalObjects, m_nCurData, m_nTotalData);
     return s;
 }
