@@ -31,7 +31,8 @@ public:
             throw UQErrno(UQErrno::_E_::Synchronization);
         if (mf_isShutdown(nThread)) {
             UQThreadContext::mf_setLoggingLanguage();
-            UQLog::mf_writeMessage(UQLogData::LEVEL_T, _sFunction_, L"Shutdown was signaled, exiting thread ...");
+            UQLog::mf_writeMessage(UQLogData::LEVEL_T, _sFunction_,
+                                   L"Shutdown was signaled, exiting thread ...");
             return;
         }
         {
@@ -89,7 +90,8 @@ namespace {
 // action at the end, cancelled through the switch the dialog installed.
 class CopyWorker : public UQThreads {
 public:
-    explicit CopyWorker(int nFiles) : UQThreads(L"Copy worker", UQThreadContext::TYPE_WORKER, 0), m_nFiles(nFiles) {}
+    explicit CopyWorker(int nFiles)
+        : UQThreads(L"Copy worker", UQThreadContext::TYPE_WORKER, 0), m_nFiles(nFiles) {}
     ~CopyWorker() override { mf_stopWait(INFINITE); }
     void mf_implExecute(int) override {
         UQProgressEvent(UQProgressEvent::ACTION_START).mf_publish();

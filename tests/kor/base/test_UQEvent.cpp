@@ -23,7 +23,8 @@ public:
         if (bRegister)
             mf_register(); // only now: another thread may be publishing the id
     }
-    Listener(const Listener& other) : UQEventListener(other), m_sName(other.m_sName), onEvent(other.onEvent) {}
+    Listener(const Listener& other)
+        : UQEventListener(other), m_sName(other.m_sName), onEvent(other.onEvent) {}
     ~Listener() override { mf_unregister(); }
 
     void mf_onEvent(const UQEvent& event) override {

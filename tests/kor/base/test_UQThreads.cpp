@@ -213,8 +213,8 @@ TEST(UQThreads, StartingARunningThreadIsRefused) {
     worker.mf_start();
     LogCheck log;
     EXPECT_EQ(thrownCategory([&] { worker.mf_start(); }), "_E_::AlreadyInitialized");
-    EXPECT_EQ(log.lines(), (std::vector<LogLine>{{'E', "UQThreads::mf_start",
-                                                  "Thread 'Busy worker' is already running"}}));
+    EXPECT_EQ(log.lines(), (std::vector<LogLine>{
+                               {'E', "UQThreads::mf_start", "Thread 'Busy worker' is already running"}}));
     EXPECT_EQ(worker.mf_stopWait(kLimitMs).mf_getNumber(), 0u);
 }
 
@@ -284,10 +284,9 @@ TEST(UQThreads, BodyThrowingUQErrnoIsLoggedWithTheThreadNameAndEndsTheThread) {
     EXPECT_TRUE(worker.mf_getExitError().mf_is(UQErrno::_E_::Range));
     EXPECT_FALSE(worker.mf_isShutdown()); // ended by the failure, not by a stop
     EXPECT_EQ(errorText(UQErrno::_E_::Range), "[E] _E_::Range: A value is out of range.");
-    EXPECT_EQ(log.lines(),
-              (std::vector<LogLine>{{'E', "UQThreads::mf_implRun",
-                                     "Failure in mf_implExecute of thread 'Failing worker':\r\n"
-                                     "    [E] _E_::Range: A value is out of range."}}));
+    EXPECT_EQ(log.lines(), (std::vector<LogLine>{{'E', "UQThreads::mf_implRun",
+                                                  "Failure in mf_implExecute of thread 'Failing worker':\r\n"
+                                                  "    [E] _E_::Range: A value is out of range."}}));
 }
 
 TEST(UQThreads, BodyThrowingAnythingElseIsLoggedAndEndsTheThread) {
@@ -305,7 +304,8 @@ TEST(UQThreads, BodyThrowingAnythingElseIsLoggedAndEndsTheThread) {
     EXPECT_EQ(other.steps(), (std::vector<std::string>{"start", "execute", "stop"}));
     EXPECT_EQ(log.lines(),
               (std::vector<LogLine>{
-                  {'E', "UQThreads::mf_implRun", "Unexpected exception in mf_implExecute of thread 'Odd worker': boom"},
+                  {'E', "UQThreads::mf_implRun",
+                   "Unexpected exception in mf_implExecute of thread 'Odd worker': boom"},
                   {'E', "UQThreads::mf_implRun",
                    "Unexpected exception in mf_implExecute of thread 'Odder worker': unknown type"}}));
 }
@@ -319,10 +319,11 @@ TEST(UQThreads, FailingStartSkipsTheBodyButStillStops) {
     EXPECT_EQ(worker.mf_wait(kLimitMs).mf_getNumber(), 0u);
     EXPECT_EQ(worker.steps(), (std::vector<std::string>{"start", "stop"}));
     EXPECT_TRUE(worker.mf_getExitError().mf_is(UQErrno::_E_::Initialization));
-    EXPECT_EQ(log.lines(), (std::vector<LogLine>{{'E', "UQThreads::mf_implRun",
-                                                  "Failure in mf_implExecuteOnStart of thread 'Unready worker':\r\n"
-                                                  "    [E] _E_::Initialization: The object has not been "
-                                                  "initialized for this operation."}}));
+    EXPECT_EQ(log.lines(),
+              (std::vector<LogLine>{{'E', "UQThreads::mf_implRun",
+                                     "Failure in mf_implExecuteOnStart of thread 'Unready worker':\r\n"
+                                     "    [E] _E_::Initialization: The object has not been "
+                                     "initialized for this operation."}}));
 }
 
 TEST(UQThreads, FailureRecordIsWrittenOnTheWorkerThread) {

@@ -11,10 +11,10 @@ namespace {
 
 // What one run saw.
 struct TimerRun {
-    double dAtMs;  // since the timer was started
-    int nRuns;     // mf_getRuns()
-    int nMade;     // mf_getRunsMade() during the run
-    int bLast;     // mf_isLastRun()
+    double dAtMs; // since the timer was started
+    int nRuns;    // mf_getRuns()
+    int nMade;    // mf_getRunsMade() during the run
+    int bLast;    // mf_isLastRun()
     CString sThread;
     UQThreadContext::TYPE type;
 };
@@ -35,8 +35,9 @@ public:
     void mf_implExecuteTimer() override {
         {
             std::lock_guard<std::mutex> lock(m_mutex);
-            m_runs.push_back(TimerRun{threadtest::msSince(m_started), mf_getRuns(), mf_getRunsMade(), mf_isLastRun(),
-                                 UQThreadContext::mf_getThreadName(), UQThreadContext::mf_getThreadType()});
+            m_runs.push_back(TimerRun{threadtest::msSince(m_started), mf_getRuns(), mf_getRunsMade(),
+                                      mf_isLastRun(), UQThreadContext::mf_getThreadName(),
+                                      UQThreadContext::mf_getThreadType()});
         }
         ran.raise();
     }
@@ -128,8 +129,8 @@ TEST(UQTimerThread, StartingARunningTimerIsRefused) {
     timer.start(60000, 0, 60000);
     LogCheck log;
     EXPECT_EQ(thrownCategory([&] { timer.start(10, 1, 0); }), "_E_::AlreadyInitialized");
-    EXPECT_EQ(log.lines(),
-              (std::vector<LogLine>{{'E', "UQTimerThread::mf_start", "Thread 'Busy timer' is already running"}}));
+    EXPECT_EQ(log.lines(), (std::vector<LogLine>{
+                               {'E', "UQTimerThread::mf_start", "Thread 'Busy timer' is already running"}}));
     EXPECT_EQ(timer.mf_getInterval(), 60000u); // the running timer keeps its settings
     EXPECT_EQ(timer.mf_stopWait(kLimitMs).mf_getNumber(), 0u);
 }
@@ -208,9 +209,10 @@ TEST(UQTimerThread, FailingRunEndsTheTimerAndIsLogged) {
     EXPECT_EQ(timer.mf_wait(kLimitMs).mf_getNumber(), 0u);
     EXPECT_EQ(timer.mf_getRunsMade(), 0);
     EXPECT_TRUE(timer.mf_getExitError().mf_is(UQErrno::_E_::Gui));
-    EXPECT_EQ(log.lines(), (std::vector<LogLine>{{'E', "UQThreads::mf_implRun",
-                                                  "Failure in mf_implExecute of thread 'Failing timer':\r\n"
-                                                  "    [E] _E_::Gui: A window or dialog operation failed."}}));
+    EXPECT_EQ(log.lines(),
+              (std::vector<LogLine>{{'E', "UQThreads::mf_implRun",
+                                     "Failure in mf_implExecute of thread 'Failing timer':\r\n"
+                                     "    [E] _E_::Gui: A window or dialog operation failed."}}));
 }
 
 TEST(UQTimerThread, CopyKeepsNameAndSettingsButNotTheThread) {

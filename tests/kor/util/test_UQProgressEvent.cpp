@@ -7,7 +7,8 @@
 #include <limits>
 
 TEST(UQProgressEvent, CarriesEverythingTheDialogsRead) {
-    const UQProgressEvent event(UQProgressEvent::ACTION_PROGRESS, L"Migrating C:\\data\\a.txt", 3, 10, 512, 2048);
+    const UQProgressEvent event(UQProgressEvent::ACTION_PROGRESS, L"Migrating C:\\data\\a.txt", 3, 10, 512,
+                                2048);
     EXPECT_EQ(event.mf_getId(), UQEVENT_ID_PROGRESS);
     EXPECT_EQ(event.mf_getId(), 0x0040000000000000ull);
     EXPECT_EQ(event.mf_getAction(), 0u);
@@ -37,10 +38,11 @@ TEST(UQProgressEvent, ActionsHaveTheValuesOfTheDialogs) {
 
 TEST(UQProgressEvent, PercentOfTheCurrentData) {
     const auto percent = [](std::int64_t cur, std::int64_t total) {
-        return UQProgressEvent(UQProgressEvent::ACTION_PROGRESS, CString(), 0, 0, cur, total).mf_calcCurDataPercent();
+        return UQProgressEvent(UQProgressEvent::ACTION_PROGRESS, CString(), 0, 0, cur, total)
+            .mf_calcCurDataPercent();
     };
     EXPECT_EQ(percent(0, 100), 0u);
-    EXPECT_EQ(percent(1, 3), 33u);   // rounded down
+    EXPECT_EQ(percent(1, 3), 33u); // rounded down
     EXPECT_EQ(percent(2, 3), 66u);
     EXPECT_EQ(percent(99, 100), 99u);
     EXPECT_EQ(percent(100, 100), 100u);
