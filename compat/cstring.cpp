@@ -44,65 +44,14 @@ bool isSpace(wchar_t c) noexcept {
            c == 0x3000;
 }
 
-// The ASCII part of AfxFoldLower, inline: sorting file lists spends its time comparing mostly-ASCII names.
-unsigned foldAsciiLower(unsigned u) noexcept {
-    return (u >= 'A' && u <= 'Z') ? u + 32 : u;
+// The ASCII part of AfxFoldUpper, inline: sorting file lists spends its time comparing mostly-ASCII names.
+unsigned foldAsciiUpper(unsigned u) noexcept {
+    return (u >= 'a' && u <= 'z') ? u - 32 : u;
 }
 
 } // namespace
 
 static_assert(sizeof(CString) == sizeof(void*), "CString is relocatable as one pointer");
-
-wchar_t AfxFoldLower(wchar_t c) noexcept {
-    const unsigned u = static_cast<unsigned>(c);
-    if (u < 0x80)
-        return (u >= 'A' && u <= 'Z') ? static_cast<wchar_t>(u + 32) : c;
-    if (u >= 0xC0 && u <= 0xDE && u != 0xD7)
-        return static_cast<wchar_t>(u + 32);
-    // U+0130 (capital I with dot) is left alone: its lower case is the ASCII i, not U+0131.
-    if (u >= 0x100 && u <= 0x137 && (u & 1) == 0 && u != 0x130)
-        return static_cast<wchar_t>(u + 1);
-    if (u >= 0x139 && u <= 0x148 && (u & 1) == 1)
-        return static_cast<wchar_t>(u + 1);
-    if (u >= 0x14A && u <= 0x177 && (u & 1) == 0)
-        return static_cast<wchar_t>(u + 1);
-    if (u == 0x178)
-        return static_cast<wchar_t>(0xFF);
-    if (u >= 0x179 && u <= 0x17E && (u & 1) == 1)
-        return static_cast<wchar_t>(u + 1);
-    if (u >= 0x391 && u <= 0x3A9 && u != 0x3A2)
-        return static_cast<wchar_t>(u + 32);
-    if (u >= 0x410 && u <= 0x42F)
-        return static_cast<wchar_t>(u + 32);
-    if (u >= 0x400 && u <= 0x40F)
-        return static_cast<wchar_t>(u + 80);
-    return c;
-}
-
-wchar_t AfxFoldUpper(wchar_t c) noexcept {
-    const unsigned u = static_cast<unsigned>(c);
-    if (u < 0x80)
-        return (u >= 'a' && u <= 'z') ? static_cast<wchar_t>(u - 32) : c;
-    if (u >= 0xE0 && u <= 0xFE && u != 0xF7)
-        return static_cast<wchar_t>(u - 32);
-    if (u == 0xFF)
-        return static_cast<wchar_t>(0x178);
-    if (u >= 0x101 && u <= 0x138 && (u & 1) == 1 && u != 0x131 && u != 0x138)
-        return static_cast<wchar_t>(u - 1);
-    if (u >= 0x13A && u <= 0x148 && (u & 1) == 0)
-        return static_cast<wchar_t>(u - 1);
-    if (u >= 0x14B && u <= 0x177 && (u & 1) == 1)
-        return static_cast<wchar_t>(u - 1);
-    if (u >= 0x17A && u <= 0x17E && (u & 1) == 0)
-        return static_cast<wchar_t>(u - 1);
-    if (u >= 0x3B1 && u <= 0x3C9 && u != 0x3C2)
-        return static_cast<wchar_t>(u - 32);
-    if (u >= 0x430 && u <= 0x44F)
-        return static_cast<wchar_t>(u - 32);
-    if (u >= 0x450 && u <= 0x45F)
-        return static_cast<wchar_t>(u - 80);
-    return c;
-}
 
 namespace uqfmt {
 Arg makeArg(const CString& s) {
@@ -357,11 +306,11 @@ int CString::CompareNoCase(PCXSTR psz) const noexcept {
             continue;
         }
         if ((ca | cb) < 0x80) {
-            ca = foldAsciiLower(ca);
-            cb = foldAsciiLower(cb);
+            ca = foldAsciiUpper(ca);
+            cb = foldAsciiUpper(cb);
         } else {
-            ca = static_cast<unsigned>(AfxFoldLower(*a));
-            cb = static_cast<unsigned>(AfxFoldLower(*b));
+            ca = static_cast<unsigned>(AfxFoldUpper(*a));
+            cb = static_cast<unsigned>(AfxFoldUpper(*b));
         }
         if (ca != cb)
             return ca < cb ? -1 : 1;

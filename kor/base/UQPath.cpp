@@ -70,8 +70,8 @@ bool startsWithNoCase(const CString& path, const wchar_t* prefix) noexcept {
     for (; prefix[i] != 0; ++i) {
         if (i >= path.GetLength())
             return false;
-        const wchar_t a = isSeparator(path[i]) ? L'\\' : AfxFoldLower(path[i]);
-        const wchar_t b = isSeparator(prefix[i]) ? L'\\' : AfxFoldLower(prefix[i]);
+        const wchar_t a = isSeparator(path[i]) ? L'\\' : AfxFoldUpper(path[i]);
+        const wchar_t b = isSeparator(prefix[i]) ? L'\\' : AfxFoldUpper(prefix[i]);
         if (a != b)
             return false;
     }
@@ -80,7 +80,7 @@ bool startsWithNoCase(const CString& path, const wchar_t* prefix) noexcept {
 
 // The order key of one character: separators first, then the case-folded character.
 unsigned orderKey(wchar_t c) noexcept {
-    return isSeparator(c) ? 0u : static_cast<unsigned>(AfxFoldLower(c)) + 1u;
+    return isSeparator(c) ? 0u : static_cast<unsigned>(AfxFoldUpper(c)) + 1u;
 }
 
 } // namespace
