@@ -59,6 +59,39 @@ Arg makeArg(const CString& s) {
 }
 } // namespace uqfmt
 
+namespace {
+
+// Text that never was UTF-16 (a wide literal or a C library result on Linux, where wchar_t has 32 bits)
+// holds characters beyond the BMP as one unit; CString keeps them as surrogate pairs, as on Windows.
+bool hasUnitsBeyondBmp(const wchar_t* p, int n) noexcept {
+    if constexpr (sizeof(wchar_t) > 2) {
+        for (int i = 0; i < n; ++i)
+            if (static_cast<unsigned long>(p[i]) > 0xFFFFu)
+                return true;
+    }
+    return false;
+}
+
+std::wstring asUtf16(const wchar_t* p, int n) {
+    std::wstring out;
+    out.reserve(static_cast<std::size_t>(n) + 1);
+    for (int i = 0; i < n; ++i) {
+        unsigned long c = static_cast<unsigned long>(p[i]);
+        if (c > 0x10FFFFu) {
+            out += static_cast<wchar_t>(0xFFFD);
+        } else if (c > 0xFFFFu) {
+            c -= 0x10000u;
+            out += static_cast<wchar_t>(0xD800u + (c >> 10));
+            out += static_cast<wchar_t>(0xDC00u + (c & 0x3FFu));
+        } else {
+            out += static_cast<wchar_t>(c);
+        }
+    }
+    return out;
+}
+
+} // namespace
+
 CString::Data* CString::allocate(int n) {
     if (n < 0)
         AfxThrowInvalidArgException();
@@ -105,7 +138,11 @@ CString::CString(PCXSTR pch, int n) : m_pszData(emptyChars()) {
 }
 
 CString::CString(wchar_t ch, int nRepeat) : m_pszData(emptyChars()) {
-    if (nRepeat > 0) {
+    if (nRepeat > 0 && hasUnitsBeyondBmp(&ch, 1)) {
+        const std::wstring pair = asUtf16(&ch, 1);
+        for (int i = 0; i < nRepeat; ++i)
+            append(pair.data(), static_cast<int>(pair.size()));
+    } else if (nRepeat > 0) {
         Data* d = allocate(nRepeat);
         std::fill_n(d->chars(), nRepeat, ch);
         d->chars()[nRepeat] = 0;
@@ -167,6 +204,11 @@ CString& CString::operator+=(wchar_t ch) {
 }
 
 void CString::assign(PCXSTR pch, int n) {
+    if (hasUnitsBeyondBmp(pch, n)) {
+        const std::wstring units = asUtf16(pch, n);
+        assign(units.data(), static_cast<int>(units.size()));
+        return;
+    }
     if (n == 0) {
         Empty();
         return;
@@ -182,6 +224,11 @@ void CString::assign(PCXSTR pch, int n) {
 void CString::append(PCXSTR pch, int n) {
     if (n <= 0)
         return;
+    if (hasUnitsBeyondBmp(pch, n)) {
+        const std::wstring units = asUtf16(pch, n);
+        append(units.data(), static_cast<int>(units.size()));
+        return;
+    }
     const int old = GetLength();
     if (pch >= m_pszData && pch <= m_pszData + old) {
         // Appending a part of ourselves: the reallocation must not free it first.

@@ -3,16 +3,46 @@
 namespace uqfmt {
 namespace {
 
+// Wide text is UTF-16 on every target: a character beyond the BMP becomes a surrogate pair.
 void appendCodePoint(std::wstring& out, char32_t cp) {
-    if constexpr (sizeof(wchar_t) == 2) {
-        if (cp >= 0x10000) {
-            cp -= 0x10000;
-            out += static_cast<wchar_t>(0xD800 + (cp >> 10));
-            out += static_cast<wchar_t>(0xDC00 + (cp & 0x3FF));
-            return;
-        }
+    if (cp >= 0x10000) {
+        cp -= 0x10000;
+        out += static_cast<wchar_t>(0xD800 + (cp >> 10));
+        out += static_cast<wchar_t>(0xDC00 + (cp & 0x3FF));
+        return;
     }
     out += static_cast<wchar_t>(cp);
+}
+
+void appendUtf8(std::string& out, char32_t cp) {
+    if (cp < 0x80) {
+        out += static_cast<char>(cp);
+    } else if (cp < 0x800) {
+        out += static_cast<char>(0xC0 | (cp >> 6));
+        out += static_cast<char>(0x80 | (cp & 0x3F));
+    } else if (cp < 0x10000) {
+        out += static_cast<char>(0xE0 | (cp >> 12));
+        out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+        out += static_cast<char>(0x80 | (cp & 0x3F));
+    } else {
+        out += static_cast<char>(0xF0 | (cp >> 18));
+        out += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
+        out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+        out += static_cast<char>(0x80 | (cp & 0x3F));
+    }
+}
+
+// The code point at p[i] (a surrogate pair taken whole, advancing i); a lone surrogate stays itself.
+char32_t codePointAt(const wchar_t* p, std::size_t n, std::size_t& i) {
+    char32_t cp = static_cast<char32_t>(p[i]);
+    if (cp >= 0xD800 && cp <= 0xDBFF && i + 1 < n) {
+        const char32_t lo = static_cast<char32_t>(p[i + 1]);
+        if (lo >= 0xDC00 && lo <= 0xDFFF) {
+            cp = 0x10000 + ((cp - 0xD800) << 10) + (lo - 0xDC00);
+            ++i;
+        }
+    }
+    return cp;
 }
 
 // An invalid byte: U+FFFD, or with _bKeepBytes the character that stands for that byte.
@@ -20,7 +50,7 @@ void appendInvalid(std::wstring& out, unsigned char byte, bool keepBytes) {
     out += static_cast<wchar_t>(keepBytes ? 0xDC00 + byte : 0xFFFD);
 }
 
-std::wstring decode(const char* p, std::size_t n, bool keepBytes) {
+std::wstring decode(const char* p, std::size_t n, bool keepBytes, bool surrogates = false) {
     std::wstring out;
     out.reserve(n);
     const auto* s = reinterpret_cast<const unsigned char*>(p);
@@ -66,7 +96,7 @@ std::wstring decode(const char* p, std::size_t n, bool keepBytes) {
             }
             cp = (cp << 6) | (t & 0x3F);
         }
-        if (!ok || cp < min || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) {
+        if (!ok || cp < min || cp > 0x10FFFF || (!surrogates && cp >= 0xD800 && cp <= 0xDFFF)) {
             appendInvalid(out, c, keepBytes);
             ++i;
             continue;
@@ -93,9 +123,9 @@ std::string wideToNative(const wchar_t* p, std::size_t n) {
     std::size_t start = 0;
     for (std::size_t i = 0; i < n; ++i) {
         const char32_t c = static_cast<char32_t>(p[i]);
-        // In UTF-16 a low surrogate after a high one is half of a pair, not a kept byte.
-        const bool paired = sizeof(wchar_t) == 2 && i > 0 && static_cast<char32_t>(p[i - 1]) >= 0xD800 &&
-                            static_cast<char32_t>(p[i - 1]) <= 0xDBFF;
+        // A low surrogate after a high one is half of a pair, not a kept byte.
+        const bool paired =
+            i > 0 && static_cast<char32_t>(p[i - 1]) >= 0xD800 && static_cast<char32_t>(p[i - 1]) <= 0xDBFF;
         if (c < 0xDC80 || c > 0xDCFF || paired)
             continue;
         out += wideToUtf8(p + start, i - start);
@@ -110,38 +140,26 @@ std::string wideToUtf8(const wchar_t* p, std::size_t n) {
     std::string out;
     out.reserve(n);
     for (std::size_t i = 0; i < n; ++i) {
-        char32_t cp = static_cast<char32_t>(p[i]);
-        if constexpr (sizeof(wchar_t) == 2) {
-            cp &= 0xFFFF;
-            if (cp >= 0xD800 && cp <= 0xDBFF && i + 1 < n) {
-                const char32_t lo = static_cast<char32_t>(p[i + 1]) & 0xFFFF;
-                if (lo >= 0xDC00 && lo <= 0xDFFF) {
-                    cp = 0x10000 + ((cp - 0xD800) << 10) + (lo - 0xDC00);
-                    ++i;
-                }
-            }
-        }
-        if (cp >= 0xD800 && cp <= 0xDFFF)
-            cp = 0xFFFD; // lone surrogate
-        if (cp > 0x10FFFF)
-            cp = 0xFFFD;
-        if (cp < 0x80) {
-            out += static_cast<char>(cp);
-        } else if (cp < 0x800) {
-            out += static_cast<char>(0xC0 | (cp >> 6));
-            out += static_cast<char>(0x80 | (cp & 0x3F));
-        } else if (cp < 0x10000) {
-            out += static_cast<char>(0xE0 | (cp >> 12));
-            out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (cp & 0x3F));
-        } else {
-            out += static_cast<char>(0xF0 | (cp >> 18));
-            out += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
-            out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (cp & 0x3F));
-        }
+        char32_t cp = codePointAt(p, n, i);
+        if ((cp >= 0xD800 && cp <= 0xDFFF) || cp > 0x10FFFF)
+            cp = 0xFFFD; // a lone surrogate
+        appendUtf8(out, cp);
     }
     return out;
+}
+
+std::string wideToWtf8(const wchar_t* p, std::size_t n) {
+    std::string out;
+    out.reserve(n);
+    for (std::size_t i = 0; i < n; ++i) {
+        const char32_t cp = codePointAt(p, n, i);
+        appendUtf8(out, cp > 0x10FFFF ? 0xFFFD : cp);
+    }
+    return out;
+}
+
+std::wstring wtf8ToWide(const char* p, std::size_t n) {
+    return decode(p, n, false, true);
 }
 
 } // namespace uqfmt
