@@ -61,11 +61,21 @@ const char* hiveText(HKEY hive) noexcept {
     return hive == HKEY_LOCAL_MACHINE ? "HKLM" : "HKCU";
 }
 
-// Lookups fold case as the registry does, with the folding CString::CompareNoCase uses.
+// Texts are stored in generalized UTF-8, so that an unpaired surrogate comes back as it was written (the
+// registry keeps any UTF-16) instead of becoming U+FFFD and merging two names.
+std::string storeText(const CString& s) {
+    return uqfmt::wideToWtf8(s.GetString(), static_cast<std::size_t>(s.GetLength()));
+}
+
+CString fromStore(const char* _pText, std::size_t _nBytes) {
+    return CString(uqfmt::wtf8ToWide(_pText, _nBytes));
+}
+
+// Lookups fold case as the registry does, with the one fold of CString::CompareNoCase.
 std::string folded(const CString& s) {
     CString upper(s);
     upper.MakeUpper();
-    return upper.ToUtf8();
+    return storeText(upper);
 }
 
 CString sqliteMessage(sqlite3* db, int rc) {
@@ -358,7 +368,7 @@ Result open(sqlite3*& db) {
 std::string encodeList(const std::vector<CString>& list) {
     std::string bytes;
     for (const CString& s : list) {
-        bytes += s.ToUtf8();
+        bytes += storeText(s);
         bytes += '\0';
     }
     return bytes;
@@ -370,8 +380,7 @@ std::vector<CString> decodeList(const char* data, int size) {
     for (int i = 0; i <= size; ++i) {
         if (i == size || data[i] == '\0') {
             if (i > start)
-                list.push_back(
-                    CString::FromUtf8(std::string(data + start, static_cast<std::size_t>(i - start))));
+                list.push_back(fromStore(data + start, static_cast<std::size_t>(i - start)));
             start = i + 1;
         }
     }
@@ -415,7 +424,9 @@ int selectValue(sqlite3* db, HKEY hive, const std::string& keyFolded, const std:
             break;
         }
         const unsigned char* text = sqlite3_column_text(st, 1);
-        value->sText = CString::FromUtf8(text != nullptr ? reinterpret_cast<const char*>(text) : "");
+        value->sText = text != nullptr ? fromStore(reinterpret_cast<const char*>(text),
+                                                   static_cast<std::size_t>(sqlite3_column_bytes(st, 1)))
+                                       : CString();
         break;
     }
     case TYPE_DWORD: {
@@ -468,7 +479,7 @@ int insertValue(sqlite3* db, HKEY hive, const CString& key, const CString& name,
         Statement s(db, "INSERT OR IGNORE INTO registry_key (hive, path_key, path) VALUES (?1, ?2, ?3)");
         s.text(1, hiveText(hive));
         s.text(2, folded(prefix));
-        s.text(3, prefix.ToUtf8());
+        s.text(3, storeText(prefix));
         if (s.step() != SQLITE_DONE)
             return s.rc();
     }
@@ -480,7 +491,7 @@ int insertValue(sqlite3* db, HKEY hive, const CString& key, const CString& name,
     s.text(1, hiveText(hive));
     s.text(2, folded(key));
     s.text(3, folded(name));
-    s.text(4, name.ToUtf8());
+    s.text(4, storeText(name));
     s.integer(5, value.dwType);
     switch (value.dwType) {
     case TYPE_DWORD:
@@ -490,7 +501,7 @@ int insertValue(sqlite3* db, HKEY hive, const CString& key, const CString& name,
         s.blob(6, encodeList(value.asList));
         break;
     default:
-        s.text(6, value.sText.ToUtf8());
+        s.text(6, storeText(value.sText));
         break;
     }
     return s.step() == SQLITE_DONE ? SQLITE_OK : s.rc();
