@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <cwchar>
 #include <new>
 
 namespace {
@@ -64,11 +65,14 @@ namespace {
 // Text that never was UTF-16 (a wide literal or a C library result on Linux, where wchar_t has 32 bits)
 // holds characters beyond the BMP as one unit; CString keeps them as surrogate pairs, as on Windows.
 bool hasUnitsBeyondBmp(const wchar_t* p, int n) noexcept {
-    if constexpr (sizeof(wchar_t) > 2) {
-        for (int i = 0; i < n; ++i)
-            if (static_cast<unsigned long>(p[i]) > 0xFFFFu)
-                return true;
-    }
+#if WCHAR_MAX > 0xFFFF
+    for (int i = 0; i < n; ++i)
+        if (static_cast<unsigned long>(p[i]) > 0xFFFFu)
+            return true;
+#else
+    (void)p;
+    (void)n;
+#endif
     return false;
 }
 
