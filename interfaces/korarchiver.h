@@ -265,7 +265,7 @@ public:
 
 private:
     struct Impl;
-    Impl* m_pImpl;
+    std::unique_ptr<Impl> m_pImpl;
 };
 
 // Makes large, realistic histories: _uFiles files of 1 to 5 versions (3 on average), paths of 60 to 130

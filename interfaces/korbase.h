@@ -8,6 +8,9 @@
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
+#include <new>
+#include <utility>
 #include <vector>
 
 #if defined(_WIN32)
@@ -274,7 +277,7 @@ public:
 
 private:
     struct Impl;
-    Impl* m_pImpl;
+    std::unique_ptr<Impl> m_pImpl;
     CString m_sPath;
 };
 
@@ -300,7 +303,7 @@ public:
 
 private:
     struct Impl;
-    Impl* m_pImpl;
+    std::unique_ptr<Impl> m_pImpl;
     UVLogSink* m_pPrevious;
 };
 
@@ -604,6 +607,34 @@ public:
     // comes out as a thrown UQErrno of its category instead.
     static void* mf_allocate(std::size_t _nBytes);
     static void mf_free(void* _p) noexcept;
+    // The class-specific operator new of the classes allocated through mf_allocate: std::bad_alloc for
+    // null.
+    static void* mf_allocateOrThrow(std::size_t _nBytes);
+
+    // A TYPE made in memory from mf_allocate; null when mf_allocate gives none. When the constructor
+    // throws, the memory is freed and the exception goes on.
+    template <class TYPE, class... A> static TYPE* mf_create(A&&... _args) {
+        void* pMemory = mf_allocate(sizeof(TYPE));
+        if (pMemory == nullptr)
+            return nullptr;
+        try {
+            return ::new (pMemory) TYPE(std::forward<A>(_args)...);
+        } catch (...) {
+            mf_free(pMemory);
+            throw;
+        }
+    }
+
+    // Appends _pObject to an array of owned pointers; when the append throws, the object is deleted
+    // and the exception goes on.
+    template <class ARRAY, class TYPE> static void mf_appendOrDelete(ARRAY& _array, TYPE* _pObject) {
+        try {
+            _array.Add(_pObject);
+        } catch (...) {
+            delete _pObject;
+            throw;
+        }
+    }
     // The calling thread's allocation number _nAfter + 1, counted from now, yields null; once.
     static void mf_injectFailure(int _nAfter) noexcept;
     // The same, but that allocation throws UQErrno(_value).

@@ -7,6 +7,7 @@
 #include "MigrationListing.h"
 #include "SearchCommand.h"
 #include "SettingsCommand.h"
+#include "compat/UQHandle.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -205,22 +206,22 @@ int KorFilesTool::mf_run(const std::vector<CString>& args, const CString& defaul
 int KorFilesTool::mf_readFile(const CString& path, std::string& text, std::string& reason) {
     errno = 0;
 #if defined(_WIN32)
-    std::FILE* file = _wfopen(path, L"rb");
+    UQStdFile file(_wfopen(path, L"rb"));
 #else
-    std::FILE* file = std::fopen(path.ToUtf8().c_str(), "rb");
+    UQStdFile file(std::fopen(path.ToUtf8().c_str(), "rb"));
 #endif
-    if (file == nullptr) {
+    if (!file) {
         reason = std::strerror(errno);
         return 0;
     }
     std::string content;
     char buffer[65536];
     std::size_t n;
-    while ((n = std::fread(buffer, 1, sizeof buffer, file)) > 0)
+    while ((n = std::fread(buffer, 1, sizeof buffer, file.mf_get())) > 0)
         content.append(buffer, n);
-    const int failed = std::ferror(file);
+    const int failed = std::ferror(file.mf_get());
     const int error = errno;
-    std::fclose(file);
+    file.mf_reset();
     if (failed) {
         reason = std::strerror(error);
         return 0;

@@ -18,9 +18,7 @@ void UQFileList::mf_implAddOpen(const wchar_t* function, const CString& path, st
         try {
             mf_implAddItem(path, version, size, time, result, UQSeverity());
         } catch (const UQErrno& e) {
-            UQReport::mf_log(UQLogData::LEVEL_E, function, failureFormat, e.mf_toString(), UQLog::TAB,
-                             describe());
-            error = e.mf_getData();
+            error = UQReport::mf_collectWrappedInline(e, function, failureFormat, UQLog::TAB, describe());
         }
     });
 }

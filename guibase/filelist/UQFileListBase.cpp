@@ -23,8 +23,7 @@ UQFileListBase::~UQFileListBase() {
     try {
         mf_implDeleteItems();
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure deleting file list items: %s",
-                         e.mf_toString());
+        UQReport::mf_logWrappedInline(e, _sFunction_, L"Failure deleting file list items: %s");
     }
 }
 
@@ -89,9 +88,7 @@ void UQFileListBase::mf_sort(int bAscending) {
         try {
             UQFileListItem::mf_sortByPath(m_items, bAscending);
         } catch (const UQErrno& e) {
-            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure sorting file list: %s",
-                             e.mf_toString());
-            error = e.mf_getData();
+            error = UQReport::mf_collectWrappedInline(e, _sFunction_, L"Failure sorting file list: %s");
         }
     });
 }
@@ -106,9 +103,8 @@ void UQFileListBase::mf_sortVersions(int bAscending) {
             for (INT_PTR i = 0; i < m_items.GetSize(); ++i)
                 m_items[i]->mf_sortVersions(bAscending);
         } catch (const UQErrno& e) {
-            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure sorting file list versions: %s",
-                             e.mf_toString());
-            error = e.mf_getData();
+            error =
+                UQReport::mf_collectWrappedInline(e, _sFunction_, L"Failure sorting file list versions: %s");
         }
     });
 }
@@ -123,10 +119,9 @@ void UQFileListBase::mf_reset() {
             for (INT_PTR i = 0; i < m_items.GetSize(); ++i)
                 m_items[i]->mf_reset();
         } catch (const UQErrno& e) {
-            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                             L"Failure resetting file list items: %s\r\n%sFile list items state is undefined",
-                             e.mf_toString(), UQLog::TAB);
-            error = e.mf_getData();
+            error = UQReport::mf_collectWrappedInline(
+                e, _sFunction_,
+                L"Failure resetting file list items: %s\r\n%sFile list items state is undefined", UQLog::TAB);
         }
     });
 }
@@ -138,9 +133,8 @@ void UQFileListBase::mf_clear() {
             mf_implDeleteItems();
             m_bClosed = 0;
         } catch (const UQErrno& e) {
-            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure deleting file list items: %s",
-                             e.mf_toString());
-            error = e.mf_getData();
+            error =
+                UQReport::mf_collectWrappedInline(e, _sFunction_, L"Failure deleting file list items: %s");
         }
     });
 }
@@ -159,10 +153,9 @@ UQFileListItem* UQFileListBase::mf_implFind(const CString& path) {
             // Items are appended, never inserted: the ascending search merges only paths added in order.
             found = const_cast<UQFileListItem*>(UQFileListItem::mf_findByPath(path, m_items, 1));
         } catch (const UQErrno& e) {
-            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                             L"Failure searching in file list: %s\r\n%sSearch path: '%s'", e.mf_toString(),
-                             UQLog::TAB, path);
-            error = e.mf_getData();
+            error = UQReport::mf_collectWrappedInline(
+                e, _sFunction_, L"Failure searching in file list: %s\r\n%sSearch path: '%s'", UQLog::TAB,
+                path);
         }
     });
     return found;
@@ -177,10 +170,8 @@ void UQFileListBase::mf_implAddItem(const CString& path, std::uint32_t version, 
         try {
             item = mf_implFind(path);
         } catch (const UQErrno& e) {
-            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                             L"Failure searching file list: %s\r\n%sSearch path: '%s'", e.mf_toString(),
-                             UQLog::TAB, path);
-            error = e.mf_getData();
+            error = UQReport::mf_collectWrappedInline(
+                e, _sFunction_, L"Failure searching file list: %s\r\n%sSearch path: '%s'", UQLog::TAB, path);
             return;
         }
         if (item != nullptr) {
@@ -188,46 +179,34 @@ void UQFileListBase::mf_implAddItem(const CString& path, std::uint32_t version, 
             try {
                 item->mf_addVersion(version, size, lastWriteTime);
             } catch (const UQErrno& e) {
-                UQReport::mf_log(
-                    UQLogData::LEVEL_E, _sFunction_,
+                error = UQReport::mf_collectWrappedInline(
+                    e, _sFunction_,
                     L"Failure adding version to file list entry: %s\r\n%sFile list item: %s\r\n%sPath='%s', "
                     L"file-version=%lu, file-size=%s, last-write-time=%s",
-                    e.mf_toString(), UQLog::TAB, item->mf_getSelectedVersionDisplayString(), UQLog::TAB, path,
-                    version, size.mf_toString(), lastWriteTime.mf_toString());
-                error = e.mf_getData();
+                    UQLog::TAB, item->mf_getSelectedVersionDisplayString(), UQLog::TAB, path, version,
+                    size.mf_toString(), lastWriteTime.mf_toString());
             }
             return;
         }
-        void* memory = nullptr;
         try {
-            memory = UQAllocation::mf_allocate(sizeof(UQFileListItem));
-            if (memory == nullptr) {
-                error = UQReport::mf_collect(
-                    UQErrno::_E_::Memory, _sFunction_,
-                    L"No memory for file list item\r\n%sPath='%s', file-version=%lu, "
-                    L"file-size=%s, last-write-time=%s",
-                    UQLog::TAB, path, version, size.mf_toString(), lastWriteTime.mf_toString());
-                return;
-            }
-            item = new (memory) UQFileListItem(path, version, size, lastWriteTime, result, severity);
+            item =
+                UQAllocation::mf_create<UQFileListItem>(path, version, size, lastWriteTime, result, severity);
         } catch (const UQErrno& e) {
-            UQAllocation::mf_free(memory);
-            UQReport::mf_log(
-                UQLogData::LEVEL_E, _sFunction_,
+            error = UQReport::mf_collectWrappedInline(
+                e, _sFunction_,
                 L"Failure creating file list item: %s\r\n%sPath='%s', file-version=%lu, file-size=%s, "
                 L"last-write-time=%s",
-                e.mf_toString(), UQLog::TAB, path, version, size.mf_toString(), lastWriteTime.mf_toString());
-            error = e.mf_getData();
+                UQLog::TAB, path, version, size.mf_toString(), lastWriteTime.mf_toString());
             return;
-        } catch (...) {
-            UQAllocation::mf_free(memory);
-            throw;
         }
-        try {
-            m_items.Add(item);
-        } catch (...) {
-            delete item;
-            throw;
+        if (item == nullptr) {
+            error = UQReport::mf_collect(UQErrno::_E_::Memory, _sFunction_,
+                                         L"No memory for file list item\r\n%sPath='%s', file-version=%lu, "
+                                         L"file-size=%s, last-write-time=%s",
+                                         UQLog::TAB, path, version, size.mf_toString(),
+                                         lastWriteTime.mf_toString());
+            return;
         }
+        UQAllocation::mf_appendOrDelete(m_items, item);
     });
 }

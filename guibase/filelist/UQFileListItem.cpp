@@ -40,15 +40,12 @@ void sortItems(UQFileListItem::Array& items, int (*compare)(const void*, const v
 
 } // namespace
 
-void* UQFileListItem::operator new(std::size_t bytes) {
-    void* memory = UQAllocation::mf_allocate(bytes);
-    if (memory == nullptr)
-        throw std::bad_alloc();
-    return memory;
+void* UQFileListItem::operator new(std::size_t _nBytes) {
+    return UQAllocation::mf_allocateOrThrow(_nBytes);
 }
 
-void UQFileListItem::operator delete(void* p) noexcept {
-    UQAllocation::mf_free(p);
+void UQFileListItem::operator delete(void* _p) noexcept {
+    UQAllocation::mf_free(_p);
 }
 
 UQFileListItem::UQFileListItem(const CString& path, std::uint32_t version, const UQFileSize& size,
@@ -59,11 +56,11 @@ UQFileListItem::UQFileListItem(const CString& path, std::uint32_t version, const
     try {
         mf_implAddVersion(version, size, lastWriteTime);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                         L"Failure adding version to file list: %s\r\n%sFile-version=%lu, file-size=%s, "
-                         L"last-write-time=%s",
-                         e.mf_toString(), UQLog::TAB, version, size.mf_toString(),
-                         lastWriteTime.mf_toString());
+        UQReport::mf_logWrappedInline(
+            e, _sFunction_,
+            L"Failure adding version to file list: %s\r\n%sFile-version=%lu, file-size=%s, "
+            L"last-write-time=%s",
+            UQLog::TAB, version, size.mf_toString(), lastWriteTime.mf_toString());
         mf_implDeleteVersions();
         throw UQErrno(e);
     }
@@ -89,16 +86,14 @@ UQFileListItem::UQFileListItem(const UQFileListItem& other)
             mf_implAddVersion(v->mf_getVersion(), v->mf_getSize(), v->mf_getLastWriteTime());
         }
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure adding file list item version: %s",
-                         e.mf_toString());
-        error = e.mf_getData();
+        error =
+            UQReport::mf_collectWrappedInline(e, _sFunction_, L"Failure adding file list item version: %s");
     }
     if (error) {
         try {
             mf_implDeleteVersions();
         } catch (const UQErrno& e) {
-            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                             L"Failure cleaning up file list item versions: %s", e.mf_toString());
+            UQReport::mf_logWrappedInline(e, _sFunction_, L"Failure cleaning up file list item versions: %s");
         }
         throw UQErrno(error);
     }
@@ -109,8 +104,7 @@ UQFileListItem::~UQFileListItem() {
     try {
         mf_implDeleteVersions();
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure deleting file item versions: %s",
-                         e.mf_toString());
+        UQReport::mf_logWrappedInline(e, _sFunction_, L"Failure deleting file item versions: %s");
     }
 }
 
@@ -128,10 +122,10 @@ void UQFileListItem::mf_implAddVersion(std::uint32_t version, const UQFileSize& 
     try {
         pVersion = UQFileListItemVersion::mf_implCreate(version, size, lastWriteTime);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(
-            UQLogData::LEVEL_E, _sFunction_,
-            L"Failure adding file item version: %s\r\n%sVersion=%lu, size=%s, last write time=%s",
-            e.mf_toString(), UQLog::TAB, version, size.mf_toString(), lastWriteTime.mf_toString());
+        UQReport::mf_logWrappedInline(
+            e, _sFunction_,
+            L"Failure adding file item version: %s\r\n%sVersion=%lu, size=%s, last write time=%s", UQLog::TAB,
+            version, size.mf_toString(), lastWriteTime.mf_toString());
         throw;
     }
     if (pVersion == nullptr) {
@@ -195,8 +189,7 @@ void UQFileListItem::mf_sortVersions(int bAscending) {
     try {
         UQFileListItemVersion::mf_sort(m_versions, bAscending);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure sorting file list item versions: %s",
-                         e.mf_toString());
+        UQReport::mf_logWrappedInline(e, _sFunction_, L"Failure sorting file list item versions: %s");
         throw UQErrno(e);
     }
     m_nSelectedVersion = bAscending ? static_cast<int>(m_versions.GetSize() - 1) : 0;

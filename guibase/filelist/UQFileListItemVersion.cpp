@@ -40,10 +40,7 @@ UQFileListItemVersion::~UQFileListItemVersion() = default;
 
 UQFileListItemVersion* UQFileListItemVersion::mf_implCreate(std::uint32_t version, const UQFileSize& size,
                                                             const UQFileTime& lastWriteTime) {
-    void* memory = UQAllocation::mf_allocate(sizeof(UQFileListItemVersion));
-    if (memory == nullptr)
-        return nullptr;
-    return new (memory) UQFileListItemVersion(version, size, lastWriteTime);
+    return UQAllocation::mf_create<UQFileListItemVersion>(version, size, lastWriteTime);
 }
 
 void UQFileListItemVersion::mf_implDestroy(UQFileListItemVersion* pVersion) noexcept {

@@ -32,10 +32,8 @@ void UQListingFileList::mf_onMigrationEntry(std::uint32_t, const UQFileTime&, co
         try {
             mf_implAddItem(path, version, emptySize(), emptyTime(), result, severity);
         } catch (const UQErrno& e) {
-            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                             L"Failure adding file item '%s', version=%lu:\r\n%s%s", path, version,
-                             UQLog::TAB, e.mf_toString());
-            error = e.mf_getData();
+            error = UQReport::mf_collectWrapped(
+                e, _sFunction_, L"Failure adding file item '%s', version=%lu:\r\n%s%s", path, version);
         }
     });
 }

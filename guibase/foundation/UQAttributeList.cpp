@@ -20,13 +20,7 @@ UQAttributeList::~UQAttributeList() {
 }
 
 void UQAttributeList::mf_addAttribute(const CString& key, const CString& value) {
-    UQAttribute* record = new UQAttribute{key, value};
-    try {
-        Add(record);
-    } catch (...) {
-        delete record;
-        throw;
-    }
+    UQAllocation::mf_appendOrDelete(*this, new UQAttribute{key, value});
 }
 
 CString& UQAttributeList::mf_getAttributeValue(const CString& key) {

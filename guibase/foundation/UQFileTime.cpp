@@ -11,9 +11,8 @@ bool toSystemTime(const UQFileTime& time, SYSTEMTIME& st, const wchar_t* functio
     const FILETIME ft = time.mf_getFileTime();
     SetLastError(0);
     if (!FileTimeToSystemTime(&ft, &st)) {
-        const UQErrno error(UQErrno::_E_::Conversion, static_cast<std::uint32_t>(GetLastError()));
-        UQReport::mf_log(UQLogData::LEVEL_E, function, L"Failure converting FILETIME to SYSTEMTIME: %s",
-                         error.mf_toString());
+        UQReport::mf_logWrappedInline(UQReport::mf_systemError(UQErrno::_E_::Conversion), function,
+                                      L"Failure converting FILETIME to SYSTEMTIME: %s");
         return false;
     }
     return true;

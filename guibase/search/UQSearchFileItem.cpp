@@ -78,31 +78,26 @@ void sortItems(UQSearchFileItem::Array& items, int (*compare)(const void*, const
 // Copies of an item's versions stand on clones of the records, so that every version owns its own.
 UQLinkedListItem* f_cloneSearchFileVersion(const UQLinkedListItem& item) {
     const UQQueryData* record = static_cast<const UQSearchFileVersion&>(item).mf_getQueryData()->mf_clone();
-    void* memory = UQAllocation::mf_allocate(sizeof(UQSearchFileVersion));
-    if (memory == nullptr) {
-        delete record;
-        return nullptr;
-    }
+    UQSearchFileVersion* pVersion = nullptr;
     try {
-        return new (memory) UQSearchFileVersion(record);
+        pVersion = UQAllocation::mf_create<UQSearchFileVersion>(record);
     } catch (...) {
-        UQAllocation::mf_free(memory);
         delete record;
         throw;
     }
+    if (pVersion == nullptr)
+        delete record;
+    return pVersion;
 }
 
 } // namespace
 
-void* UQSearchFileItem::operator new(std::size_t bytes) {
-    void* memory = UQAllocation::mf_allocate(bytes);
-    if (memory == nullptr)
-        throw std::bad_alloc();
-    return memory;
+void* UQSearchFileItem::operator new(std::size_t _nBytes) {
+    return UQAllocation::mf_allocateOrThrow(_nBytes);
 }
 
-void UQSearchFileItem::operator delete(void* p) noexcept {
-    UQAllocation::mf_free(p);
+void UQSearchFileItem::operator delete(void* _p) noexcept {
+    UQAllocation::mf_free(_p);
 }
 
 UQSearchFileItem::UQSearchFileItem(UQSearchFileVersion* pVersion)

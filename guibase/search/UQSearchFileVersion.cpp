@@ -7,15 +7,12 @@
 CString UQSearchFileVersion::m_asStatus[6];
 int UQSearchFileVersion::m_bStatusInitialized = 0;
 
-void* UQSearchFileVersion::operator new(std::size_t bytes) {
-    void* memory = UQAllocation::mf_allocate(bytes);
-    if (memory == nullptr)
-        throw std::bad_alloc();
-    return memory;
+void* UQSearchFileVersion::operator new(std::size_t _nBytes) {
+    return UQAllocation::mf_allocateOrThrow(_nBytes);
 }
 
-void UQSearchFileVersion::operator delete(void* p) noexcept {
-    UQAllocation::mf_free(p);
+void UQSearchFileVersion::operator delete(void* _p) noexcept {
+    UQAllocation::mf_free(_p);
 }
 
 UQSearchFileVersion::UQSearchFileVersion(const UQQueryData* pQueryData)

@@ -2,7 +2,7 @@
 
 #include "guibase/foundation/UQReport.h"
 
-#include <new>
+#include <memory>
 
 namespace {
 
@@ -30,8 +30,7 @@ UQSearchList::~UQSearchList() {
     try {
         mf_implDeleteItems();
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure deleting file list items: %s",
-                         e.mf_toString());
+        UQReport::mf_logWrappedInline(e, _sFunction_, L"Failure deleting file list items: %s");
     }
     // Records of a list that was never closed are the list's too.
     mf_implDeleteQueryData();
@@ -58,19 +57,12 @@ void UQSearchList::mf_add(const UQQueryData& queryData) {
                                          L"Search item list has already been closed");
             return;
         }
-        UQQueryData* clone = nullptr;
         try {
-            clone = queryData.mf_clone();
-            m_queryData.Add(clone);
+            UQAllocation::mf_appendOrDelete(m_queryData, queryData.mf_clone());
         } catch (const UQErrno& e) {
-            delete clone;
-            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                             L"Failure clone/adding query data item: %s\r\n%sQuery-data: %s", e.mf_toString(),
-                             UQLog::TAB, queryData.mf_toString());
-            error = e.mf_getData();
-        } catch (...) {
-            delete clone;
-            throw;
+            error = UQReport::mf_collectWrappedInline(
+                e, _sFunction_, L"Failure clone/adding query data item: %s\r\n%sQuery-data: %s", UQLog::TAB,
+                queryData.mf_toString());
         }
     });
 }
@@ -103,10 +95,9 @@ UQErrnoData UQSearchList::mf_implGroup() {
         try {
             UQQueryData::mf_sortByPathAndVersion(1, 1, m_queryData);
         } catch (const UQErrno& e) {
-            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                             L"Failure sorting query data list (%d items):\r\n%s%s", static_cast<int>(count),
-                             UQLog::TAB, e.mf_toString());
-            return e.mf_getData();
+            return UQReport::mf_collectWrapped(e, _sFunction_,
+                                               L"Failure sorting query data list (%d items):\r\n%s%s",
+                                               static_cast<int>(count));
         }
     }
     UQSearchFileItem* current = nullptr;
@@ -117,66 +108,39 @@ UQErrnoData UQSearchList::mf_implGroup() {
             return UQReport::mf_collect(UQErrno::_E_::DataCorrupted, _sFunction_,
                                         L"Query data no. %d is NULL", static_cast<int>(i));
         UQSearchFileVersion* version = nullptr;
-        void* memory = nullptr;
         try {
-            memory = UQAllocation::mf_allocate(sizeof(UQSearchFileVersion));
-            if (memory == nullptr)
-                return UQReport::mf_collect(UQErrno::_E_::Memory, _sFunction_,
-                                            L"No memory to create search file version");
-            version = new (memory) UQSearchFileVersion(record);
+            version = UQAllocation::mf_create<UQSearchFileVersion>(record);
         } catch (const UQErrno& e) {
-            UQAllocation::mf_free(memory);
-            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                             L"Failure creating search file version of query data no. %d:\r\n%s%s",
-                             static_cast<int>(i), UQLog::TAB, e.mf_toString());
-            return e.mf_getData();
-        } catch (...) {
-            UQAllocation::mf_free(memory);
-            throw;
+            return UQReport::mf_collectWrapped(
+                e, _sFunction_, L"Failure creating search file version of query data no. %d:\r\n%s%s",
+                static_cast<int>(i));
         }
-        // The version owns the record from here on.
+        if (version == nullptr)
+            return UQReport::mf_collect(UQErrno::_E_::Memory, _sFunction_,
+                                        L"No memory to create search file version");
+        // The version owns the record from here on, and the list or an item owns the version.
         m_queryData[i] = nullptr;
+        std::unique_ptr<UQSearchFileVersion> pVersion(version);
         if (i > 0 && previous != nullptr && !(previous->mf_getObjectPath() != record->mf_getObjectPath())) {
-            if (current == nullptr) {
-                delete version;
+            if (current == nullptr)
                 return UQReport::mf_collect(UQErrno::_E_::Internal, _sFunction_,
                                             L"No current file item at query data index %d",
                                             static_cast<int>(i));
-            }
-            try {
-                current->mf_implAddVersion(version);
-            } catch (...) {
-                delete version;
-                throw;
-            }
+            current->mf_implAddVersion(pVersion.get());
+            pVersion.release();
         } else {
-            void* itemMemory = nullptr;
             try {
-                itemMemory = UQAllocation::mf_allocate(sizeof(UQSearchFileItem));
-                if (itemMemory == nullptr) {
-                    delete version;
-                    return UQReport::mf_collect(UQErrno::_E_::Memory, _sFunction_,
-                                                L"No memory to create search file item");
-                }
-                current = new (itemMemory) UQSearchFileItem(version);
+                current = UQAllocation::mf_create<UQSearchFileItem>(pVersion.get());
             } catch (const UQErrno& e) {
-                UQAllocation::mf_free(itemMemory);
-                delete version;
-                UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                                 L"Failure creating search file item of query data no. %d:\r\n%s%s",
-                                 static_cast<int>(i), UQLog::TAB, e.mf_toString());
-                return e.mf_getData();
-            } catch (...) {
-                UQAllocation::mf_free(itemMemory);
-                delete version;
-                throw;
+                return UQReport::mf_collectWrapped(
+                    e, _sFunction_, L"Failure creating search file item of query data no. %d:\r\n%s%s",
+                    static_cast<int>(i));
             }
-            try {
-                m_fileItems.Add(current);
-            } catch (...) {
-                delete current;
-                throw;
-            }
+            if (current == nullptr)
+                return UQReport::mf_collect(UQErrno::_E_::Memory, _sFunction_,
+                                            L"No memory to create search file item");
+            pVersion.release();
+            UQAllocation::mf_appendOrDelete(m_fileItems, current);
         }
         previous = record;
     }
@@ -272,10 +236,9 @@ void UQSearchList::mf_getSelectedFileList(UQSearchFileItem::Array& files, int bS
                 UQQueryData::mf_sortByAccessOrder(items, count);
             });
         } catch (const UQErrno& e) {
-            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                             L"Failure sorting selected search file items by backend access order:\r\n%s%s",
-                             UQLog::TAB, e.mf_toString());
-            error = e.mf_getData();
+            error = UQReport::mf_collectWrapped(
+                e, _sFunction_,
+                L"Failure sorting selected search file items by backend access order:\r\n%s%s");
         }
     });
 }
@@ -291,10 +254,9 @@ void UQSearchList::mf_sortByPath(int bAscending) {
                 UQQueryData::mf_sortByPathAndVersion(bAscending, 1, items, count);
             });
         } catch (const UQErrno& e) {
-            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                             L"Failure sorting search list files %s:\r\n%s%s",
-                             bAscending ? L"ascending" : L"descending", UQLog::TAB, e.mf_toString());
-            error = e.mf_getData();
+            error =
+                UQReport::mf_collectWrapped(e, _sFunction_, L"Failure sorting search list files %s:\r\n%s%s",
+                                            bAscending ? L"ascending" : L"descending");
         }
     });
 }
@@ -328,9 +290,8 @@ void UQSearchList::mf_clear() {
             mf_implDeleteItems();
             m_bClosed = 0;
         } catch (const UQErrno& e) {
-            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure deleting search file items: %s",
-                             e.mf_toString());
-            error = e.mf_getData();
+            error =
+                UQReport::mf_collectWrappedInline(e, _sFunction_, L"Failure deleting search file items: %s");
         }
     });
 }

@@ -48,6 +48,19 @@ bool isDynamicOptionFile(const CString& entry, const CString& displayName) {
     return entry.Find(kDynamicOptionFile) >= 0 || entry.Find(displayName) >= 0;
 }
 
+// A registry read that failed and goes on with a default: the wrapped failure and the default it returns.
+void logReturningTrue(const UQErrno& _error, const wchar_t* _pszFunction, const wchar_t* _pszName) {
+    UQReport::mf_log(UQLogData::LEVEL_E, _pszFunction,
+                     L"Failure getting registry value '%s':\r\n%s%s\r\n%sReturning default %d (%s)...",
+                     _pszName, UQLog::TAB, _error.mf_toString(), UQLog::TAB, 1, L"true");
+}
+
+void logReturningEmpty(const UQErrno& _error, const wchar_t* _pszFunction, const wchar_t* _pszName) {
+    UQReport::mf_log(UQLogData::LEVEL_E, _pszFunction,
+                     L"Failure getting registry value '%s':\r\n%s%s\r\n%sReturning empty value ...", _pszName,
+                     UQLog::TAB, _error.mf_toString(), UQLog::TAB);
+}
+
 // Reads a flag with mf_getOrSetValue, so that a missing value is created with 1.
 int getFlagOrCreate(const wchar_t* function, const wchar_t* subKey, const wchar_t* name) {
     int nValue = 1;
@@ -55,9 +68,7 @@ int getFlagOrCreate(const wchar_t* function, const wchar_t* subKey, const wchar_
         UQRegistry::mf_getOrSetValue(name, nValue, UQRegistry::mf_getRegistryRoot(subKey),
                                      HKEY_LOCAL_MACHINE);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, function,
-                         L"Failure getting registry value '%s':\r\n%s%s\r\n%sReturning default %d (%s)...",
-                         name, UQLog::TAB, e.mf_toString(), UQLog::TAB, 1, L"true");
+        logReturningTrue(e, function, name);
         return 1;
     }
     return nValue;
@@ -71,8 +82,7 @@ int setFlag(const wchar_t* function, const wchar_t* subKey, const wchar_t* name,
         sKey = UQRegistry::mf_getRegistryRoot(subKey);
         UQRegistry::mf_setValue(name, value, sKey, HKEY_LOCAL_MACHINE);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, function, L"Failure setting registry value '%s':\r\n%s%s", name,
-                         UQLog::TAB, e.mf_toString());
+        UQReport::mf_logWrapped(e, function, L"Failure setting registry value '%s':\r\n%s%s", name);
         return 0;
     }
     UQReport::mf_log(UQLogData::LEVEL_G, function, success, UQLog::TAB, sKey, name, UQLog::TAB, value,
@@ -91,29 +101,22 @@ void UQGuiRegistry::mf_initialize() {
     try {
         mf_implInitializeDefaultMgmtClass();
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                         L"Failure initializing default management class:\r\n%s%s", UQLog::TAB,
-                         e.mf_toString());
+        UQReport::mf_logWrapped(e, _sFunction_, L"Failure initializing default management class:\r\n%s%s");
     }
     try {
         mf_implInitializeBackupBeforeMigrate();
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                         L"Failure initializing backup-before-migrate:\r\n%s%s", UQLog::TAB, e.mf_toString());
+        UQReport::mf_logWrapped(e, _sFunction_, L"Failure initializing backup-before-migrate:\r\n%s%s");
     }
     try {
         mf_implInitializeDefaultBackupOptionFile();
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                         L"Failure initializing default backup option file:\r\n%s%s", UQLog::TAB,
-                         e.mf_toString());
+        UQReport::mf_logWrapped(e, _sFunction_, L"Failure initializing default backup option file:\r\n%s%s");
     }
     try {
         mf_implInitializeBackupOptionFilePathMRU();
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                         L"Failure initializing backup option file MRU:\r\n%s%s", UQLog::TAB,
-                         e.mf_toString());
+        UQReport::mf_logWrapped(e, _sFunction_, L"Failure initializing backup option file MRU:\r\n%s%s");
     }
 }
 
@@ -128,8 +131,8 @@ void UQGuiRegistry::mf_implInitializeDefaultMgmtClass() {
     try {
         UQRegistry::mf_setValue(kMgmtClassDefault, kServerMgmtClass, 0, sKey, HKEY_LOCAL_MACHINE);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure setting registry value '%s':\r\n%s%s",
-                         kMgmtClassDefault, UQLog::TAB, e.mf_toString());
+        UQReport::mf_logWrapped(e, _sFunction_, L"Failure setting registry value '%s':\r\n%s%s",
+                                kMgmtClassDefault);
         throw;
     }
     // The text speaks of an option file; it has always read so.
@@ -150,8 +153,8 @@ void UQGuiRegistry::mf_implInitializeBackupBeforeMigrate() {
     try {
         UQRegistry::mf_setValue(kBackupBeforeMigrate, 1, sKey, HKEY_LOCAL_MACHINE);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure setting registry value '%s':\r\n%s%s",
-                         kBackupBeforeMigrate, UQLog::TAB, e.mf_toString());
+        UQReport::mf_logWrapped(e, _sFunction_, L"Failure setting registry value '%s':\r\n%s%s",
+                                kBackupBeforeMigrate);
         throw;
     }
     UQReport::mf_log(UQLogData::LEVEL_G, _sFunction_,
@@ -171,9 +174,8 @@ void UQGuiRegistry::mf_implInitializeDefaultBackupOptionFile() {
     try {
         UQRegistry::mf_getValue(kBackupClientPath, sDirectory, kBackupClientKey, HKEY_LOCAL_MACHINE);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                         L"Could not get B/A client installation path from registry:\r\n%s%s", UQLog::TAB,
-                         e.mf_toString());
+        UQReport::mf_logWrapped(e, _sFunction_,
+                                L"Could not get B/A client installation path from registry:\r\n%s%s");
         throw;
     }
     CString sPath = UQPath::mf_appendFile(sDirectory, kOptionFileName);
@@ -189,8 +191,8 @@ void UQGuiRegistry::mf_implInitializeDefaultBackupOptionFile() {
     try {
         UQRegistry::mf_setValue(kBackupOptionFileDefault, sPath, 0, sKey, HKEY_LOCAL_MACHINE);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure setting registry value '%s':\r\n%s%s",
-                         kBackupOptionFileDefault, UQLog::TAB, e.mf_toString());
+        UQReport::mf_logWrapped(e, _sFunction_, L"Failure setting registry value '%s':\r\n%s%s",
+                                kBackupOptionFileDefault);
         throw;
     }
     UQReport::mf_log(
@@ -206,9 +208,9 @@ void UQGuiRegistry::mf_implInitializeBackupOptionFilePathMRU() {
     try {
         bExists = UQRegistry::mf_exists(kBackupOptionFilesMru, L"", HKEY_CURRENT_USER);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                         L"Failure checking registry value '%s' for existence:\r\n%s%s",
-                         kBackupOptionFilesMru, UQLog::TAB, e.mf_toString());
+        UQReport::mf_logWrapped(e, _sFunction_,
+                                L"Failure checking registry value '%s' for existence:\r\n%s%s",
+                                kBackupOptionFilesMru);
         return;
     }
     if (bExists) {
@@ -216,9 +218,8 @@ void UQGuiRegistry::mf_implInitializeBackupOptionFilePathMRU() {
         try {
             UQRegistry::mf_getValues(kBackupOptionFilesMru, asEntries, L"", HKEY_CURRENT_USER);
         } catch (const UQErrno& e) {
-            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                             L"Failure reading registry values '%s':\r\n%s%s", kBackupOptionFilesMru,
-                             UQLog::TAB, e.mf_toString());
+            UQReport::mf_logWrapped(e, _sFunction_, L"Failure reading registry values '%s':\r\n%s%s",
+                                    kBackupOptionFilesMru);
             return;
         }
         for (INT_PTR i = 0; i < asEntries.GetSize(); ++i) {
@@ -237,9 +238,9 @@ void UQGuiRegistry::mf_implInitializeBackupOptionFilePathMRU() {
                          L"Successfully added dynamic option file '%s' to registry key '%s'",
                          kDynamicOptionFile, kBackupOptionFilesMru);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                         L"Failure adding dynamic options file '%s' to registry key '%s':\r\n%s%s",
-                         kDynamicOptionFile, kBackupOptionFilesMru, UQLog::TAB, e.mf_toString());
+        UQReport::mf_logWrapped(e, _sFunction_,
+                                L"Failure adding dynamic options file '%s' to registry key '%s':\r\n%s%s",
+                                kDynamicOptionFile, kBackupOptionFilesMru);
     }
 }
 
@@ -253,9 +254,7 @@ CString UQGuiRegistry::mf_getDefaultMgmtClass() {
         UQRegistry::mf_getValue(kMgmtClassDefault, sValue, UQRegistry::mf_getRegistryRoot(kMigration),
                                 HKEY_LOCAL_MACHINE);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                         L"Failure getting registry value '%s':\r\n%s%s\r\n%sReturning empty value ...",
-                         kMgmtClassDefault, UQLog::TAB, e.mf_toString(), UQLog::TAB);
+        logReturningEmpty(e, _sFunction_, kMgmtClassDefault);
         return CString();
     }
     return sValue == kServerMgmtClass ? CString(kDefault) : sValue;
@@ -268,8 +267,8 @@ int UQGuiRegistry::mf_setDefaultMgmtClass(const CString& sMgmtClass) {
         sKey = UQRegistry::mf_getRegistryRoot(kMigration);
         UQRegistry::mf_setValue(kMgmtClassDefault, sMgmtClass, 0, sKey, HKEY_LOCAL_MACHINE);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure setting registry value '%s':\r\n%s%s",
-                         kMgmtClassDefault, UQLog::TAB, e.mf_toString());
+        UQReport::mf_logWrapped(e, _sFunction_, L"Failure setting registry value '%s':\r\n%s%s",
+                                kMgmtClassDefault);
         return 0;
     }
     UQReport::mf_log(UQLogData::LEVEL_G, _sFunction_,
@@ -289,9 +288,7 @@ int UQGuiRegistry::mf_isDefaultBackupBeforeMigrate() {
         UQRegistry::mf_getValue(kBackupBeforeMigrate, nValue, UQRegistry::mf_getRegistryRoot(kBackup),
                                 HKEY_LOCAL_MACHINE);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                         L"Failure getting registry value '%s':\r\n%s%s\r\n%sReturning default %d (%s)...",
-                         kBackupBeforeMigrate, UQLog::TAB, e.mf_toString(), UQLog::TAB, 1, L"true");
+        logReturningTrue(e, _sFunction_, kBackupBeforeMigrate);
         return 1;
     }
     return nValue;
@@ -357,9 +354,7 @@ CString UQGuiRegistry::mf_getDefaultBackupOptionFilePath() {
         UQRegistry::mf_getValue(kBackupOptionFileDefault, sPath, UQRegistry::mf_getRegistryRoot(kBackup),
                                 HKEY_LOCAL_MACHINE);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                         L"Failure getting registry value '%s':\r\n%s%s\r\n%sReturning empty value ...",
-                         kBackupOptionFileDefault, UQLog::TAB, e.mf_toString(), UQLog::TAB);
+        logReturningEmpty(e, _sFunction_, kBackupOptionFileDefault);
         return CString();
     }
     return sPath;
@@ -374,8 +369,8 @@ int UQGuiRegistry::mf_setDefaultBackupOptionFilePath(const CString& sPath) {
     } catch (const UQErrno& e) {
         // Unlike its siblings it throws, and its record names the backup-before-migrate value: both as the
         // product has always had them.
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure setting registry value '%s':\r\n%s%s",
-                         kBackupBeforeMigrate, UQLog::TAB, e.mf_toString());
+        UQReport::mf_logWrapped(e, _sFunction_, L"Failure setting registry value '%s':\r\n%s%s",
+                                kBackupBeforeMigrate);
         throw;
     }
     UQReport::mf_log(UQLogData::LEVEL_G, _sFunction_,
@@ -393,8 +388,8 @@ int UQGuiRegistry::mf_getTranslatedBackupOptionFilePathMRU(UQArray<CString>& asP
         if (UQRegistry::mf_exists(kBackupOptionFilesMru, L"", HKEY_CURRENT_USER))
             UQRegistry::mf_getValues(kBackupOptionFilesMru, asPaths, L"", HKEY_CURRENT_USER);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure reading registry values '%s':\r\n%s%s",
-                         kBackupOptionFilesMru, UQLog::TAB, e.mf_toString());
+        UQReport::mf_logWrapped(e, _sFunction_, L"Failure reading registry values '%s':\r\n%s%s",
+                                kBackupOptionFilesMru);
         asPaths.RemoveAll();
         return 0;
     }
@@ -434,9 +429,8 @@ int UQGuiRegistry::mf_setTranslatedBackupOptionFilePathMRU(const UQArray<CString
         }
         UQRegistry::mf_setValues(kBackupOptionFilesMru, asEntries, L"", HKEY_CURRENT_USER);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                         L"Failure sorting/writing registry values '%s':\r\n%s%s", kBackupOptionFilesMru,
-                         UQLog::TAB, e.mf_toString());
+        UQReport::mf_logWrapped(e, _sFunction_, L"Failure sorting/writing registry values '%s':\r\n%s%s",
+                                kBackupOptionFilesMru);
         return 0;
     }
     return 1;
@@ -451,8 +445,8 @@ int UQGuiRegistry::mf_updateTranslatedBackupOptionFilePathMRU(const CString& sPa
         if (UQRegistry::mf_exists(kBackupOptionFilesMru, L"", HKEY_CURRENT_USER))
             UQRegistry::mf_getValues(kBackupOptionFilesMru, asEntries, L"", HKEY_CURRENT_USER);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure reading registry values '%s':\r\n%s%s",
-                         kBackupOptionFilesMru, UQLog::TAB, e.mf_toString());
+        UQReport::mf_logWrapped(e, _sFunction_, L"Failure reading registry values '%s':\r\n%s%s",
+                                kBackupOptionFilesMru);
         return 0;
     }
     if (!bRemove) {
@@ -466,9 +460,8 @@ int UQGuiRegistry::mf_updateTranslatedBackupOptionFilePathMRU(const CString& sPa
         try {
             asEntries.Add(sEntry);
         } catch (const UQErrno& e) {
-            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                             L"Failure adding/sorting registry values '%s':\r\n%s%s", kBackupOptionFilesMru,
-                             UQLog::TAB, e.mf_toString());
+            UQReport::mf_logWrapped(e, _sFunction_, L"Failure adding/sorting registry values '%s':\r\n%s%s",
+                                    kBackupOptionFilesMru);
             return 0;
         }
     } else {
@@ -488,9 +481,8 @@ int UQGuiRegistry::mf_updateTranslatedBackupOptionFilePathMRU(const CString& sPa
         // It logs its own failure; its 0 does not change what this call did to the list.
         mf_setTranslatedBackupOptionFilePathMRU(asEntries);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                         L"Failure sorting/writing registry values '%s':\r\n%s%s", kBackupOptionFilesMru,
-                         UQLog::TAB, e.mf_toString());
+        UQReport::mf_logWrapped(e, _sFunction_, L"Failure sorting/writing registry values '%s':\r\n%s%s",
+                                kBackupOptionFilesMru);
         return 0;
     }
     UQReport::mf_log(UQLogData::LEVEL_G, _sFunction_, L"Option file path '%s' %s MRU", sEntry,
@@ -508,9 +500,7 @@ CString UQGuiRegistry::mf_getHistorySearchRoot() {
         if (UQRegistry::mf_exists(kHistorySearchRoot, L"", HKEY_CURRENT_USER))
             UQRegistry::mf_getValue(kHistorySearchRoot, sRoot, L"", HKEY_CURRENT_USER);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                         L"Failure getting registry value '%s':\r\n%s%s\r\n%sReturning empty value ...",
-                         kHistorySearchRoot, UQLog::TAB, e.mf_toString(), UQLog::TAB);
+        logReturningEmpty(e, _sFunction_, kHistorySearchRoot);
         return CString();
     }
     return sRoot;
@@ -521,8 +511,8 @@ int UQGuiRegistry::mf_setHistorySearchRoot(const CString& sRoot) {
     try {
         UQRegistry::mf_setValue(kHistorySearchRoot, sRoot, 0, L"", HKEY_CURRENT_USER);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure setting registry value '%s':\r\n%s%s",
-                         kHistorySearchRoot, UQLog::TAB, e.mf_toString());
+        UQReport::mf_logWrapped(e, _sFunction_, L"Failure setting registry value '%s':\r\n%s%s",
+                                kHistorySearchRoot);
         return 0;
     }
     return 1;

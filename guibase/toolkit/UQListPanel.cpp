@@ -1,6 +1,7 @@
 #include "UQListPanel.h"
 
 #include "UQWindow.h"
+#include "compat/UQHandle.h"
 #include "guibase/foundation/UQReport.h"
 
 #include <climits>
@@ -209,10 +210,10 @@ void UQListPanel::mf_createImageList(HWND _hWnd) {
 }
 
 void UQListPanel::mf_deleteImageList(HWND _hWnd) {
-    HIMAGELIST hList = reinterpret_cast<HIMAGELIST>(SendMessageW(_hWnd, LVM_GETIMAGELIST, LVSIL_SMALL, 0));
-    if (hList == nullptr)
+    UQImageList list(reinterpret_cast<HIMAGELIST>(SendMessageW(_hWnd, LVM_GETIMAGELIST, LVSIL_SMALL, 0)));
+    if (!list)
         return;
-    ImageList_Destroy(hList);
+    list.mf_reset();
     SendMessageW(_hWnd, LVM_SETIMAGELIST, LVSIL_SMALL, 0);
 }
 
@@ -231,17 +232,15 @@ int UQListPanel::mf_addIcon(HWND _hWnd, unsigned long _uResourceId) {
         cx = 16;
         cy = 16;
     }
-    HICON hIcon = static_cast<HICON>(LoadImageW(UQLanguage::mf_getUserLanguageHandle(),
-                                                MAKEINTRESOURCEW(static_cast<WORD>(_uResourceId)), IMAGE_ICON,
-                                                cx, cy, 0));
-    if (hIcon == nullptr) {
+    const UQIcon icon(static_cast<HICON>(LoadImageW(UQLanguage::mf_getUserLanguageHandle(),
+                                                    MAKEINTRESOURCEW(static_cast<WORD>(_uResourceId)),
+                                                    IMAGE_ICON, cx, cy, 0)));
+    if (!icon) {
         UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Could not load icon with resource-id=%lu",
                          static_cast<std::uint32_t>(_uResourceId));
         return -1;
     }
-    const int nImage = ImageList_ReplaceIcon(hList, -1, hIcon);
-    DestroyIcon(hIcon);
-    return nImage;
+    return ImageList_ReplaceIcon(hList, -1, icon.mf_get());
 }
 
 void UQListPanel::mf_setIcon(HWND _hWnd, int _nItem, int _nImage) {

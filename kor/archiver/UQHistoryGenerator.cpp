@@ -1,4 +1,6 @@
+#include "compat/UQHandle.h"
 #include "interfaces/korarchiver.h"
+#include "kor/KorReport.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -251,11 +253,10 @@ void UQHistoryGenerator::mf_writeStore(const CString& file) const {
     if (f == nullptr) {
         CString detail;
         detail.Format(L"%s: cannot create (errno %d)", file, openError);
-        UQThreadContext::mf_setLoggingLanguage();
-        UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_, L"Failure creating history store '%s'", file);
-        throw UQErrno(UQErrnoData(UQErrno::_E_::File), detail);
+        UQKorReport::mf_failWithDetail(UQErrno::_E_::File, detail, _sFunction_,
+                                       L"Failure creating history store '%s'", file);
     }
-    const std::unique_ptr<FILE, int (*)(FILE*)> closer(f, std::fclose);
+    const UQStdFile closer(f);
 
     class Writer : public UVQueryDataSink {
     public:
@@ -283,8 +284,7 @@ void UQHistoryGenerator::mf_writeStore(const CString& file) const {
     if (!headerWritten || writer.failed() || std::fflush(f) != 0) {
         CString detail;
         detail.Format(L"%s: write error", file);
-        UQThreadContext::mf_setLoggingLanguage();
-        UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_, L"Failure writing history store '%s'", file);
-        throw UQErrno(UQErrnoData(UQErrno::_E_::File), detail);
+        UQKorReport::mf_failWithDetail(UQErrno::_E_::File, detail, _sFunction_,
+                                       L"Failure writing history store '%s'", file);
     }
 }

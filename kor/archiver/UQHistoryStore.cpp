@@ -1,4 +1,5 @@
 #include "interfaces/korarchiver.h"
+#include "kor/KorReport.h"
 
 #include "kor/archiver/HistoryText.h"
 #include "kor/archiver/TextFile.h"
@@ -12,13 +13,6 @@ namespace {
 
 const wchar_t* const kSearchFunction = L"UQHistoryStore::mf_searchText";
 constexpr std::size_t kFieldCount = 8;
-
-template <class... A>
-void logLine(const UQLogData& level, const wchar_t* function, const wchar_t* format,
-             const A&... args) noexcept {
-    UQThreadContext::mf_setLoggingLanguage();
-    UQLog::mf_writeMessage(level, function, format, args...);
-}
 
 std::string trimBlanks(const std::string& s) {
     std::size_t a = 0, b = s.size();
@@ -182,8 +176,8 @@ private:
     void line(std::string text) {
         ++m_uLine;
         if (m_cancel != nullptr && m_cancel->mf_isCancelled()) {
-            logLine(UQLogData::LEVEL_W, kSearchFunction, L"History search canceled at %s:%lu", m_name,
-                    m_uLine);
+            UQKorReport::mf_log(UQLogData::LEVEL_W, kSearchFunction, L"History search canceled at %s:%lu",
+                                m_name, m_uLine);
             throw UQErrno(UQErrno::_W_::UserCanceled);
         }
         if (!text.empty() && text.back() == '\r')
@@ -253,9 +247,9 @@ private:
         try {
             m_sink.mf_onQueryData(data);
         } catch (const UQErrno& e) {
-            logLine(UQLogData::LEVEL_E, kSearchFunction,
-                    L"Failure handing over the record of %s:%lu:\r\n%s%s", m_name, m_uLine, UQLog::TAB,
-                    e.mf_toString());
+            UQKorReport::mf_log(UQLogData::LEVEL_E, kSearchFunction,
+                                L"Failure handing over the record of %s:%lu:\r\n%s%s", m_name, m_uLine,
+                                UQLog::TAB, e.mf_toString());
             throw;
         }
         ++m_result.uMatches;
@@ -265,7 +259,7 @@ private:
         CString detail;
         detail.Format(L"%s:%lu: %s", m_name, m_uLine, what);
         m_result.errors.push_back(UQErrno(UQErrnoData(UQErrno::_E_::Format), detail));
-        logLine(UQLogData::LEVEL_W, kSearchFunction, L"History record skipped: %s", detail);
+        UQKorReport::mf_log(UQLogData::LEVEL_W, kSearchFunction, L"History record skipped: %s", detail);
     }
 
     void skip(const wchar_t* what, const std::string& value) {
@@ -301,21 +295,17 @@ UQHistoryStore::Result UQHistoryStore::mf_searchText(const std::string& text, co
 UQHistoryStore::Result UQHistoryStore::mf_search(const UQHistoryQuery& query, UVQueryDataSink& sink,
                                                  const UQCancelSwitch* cancel) const {
     static const wchar_t* const _sFunction_ = L"UQHistoryStore::mf_search";
-    FILE* f = kortext::openForReading(m_sFile, _sFunction_, L"history store");
     // The file is closed on every way out, also when the sink or a cancellation ends the search.
-    const std::unique_ptr<FILE, int (*)(FILE*)> file(f, std::fclose);
+    const UQStdFile file = kortext::openForReading(m_sFile, _sFunction_, L"history store");
+    FILE* f = file.mf_get();
     Result result;
     LineReader reader(m_sFile, query, sink, cancel, result);
     std::unique_ptr<char[]> buffer(new char[1u << 16]);
     std::size_t n;
     while ((n = std::fread(buffer.get(), 1, 1u << 16, f)) > 0)
         reader.feed(buffer.get(), n);
-    if (std::ferror(f)) {
-        CString detail;
-        detail.Format(L"%s: read error", m_sFile);
-        logLine(UQLogData::LEVEL_E, _sFunction_, L"Failure reading history store '%s'", m_sFile);
-        throw UQErrno(UQErrnoData(UQErrno::_E_::File), detail);
-    }
+    if (std::ferror(f))
+        kortext::failReading(m_sFile, _sFunction_, L"history store");
     reader.finish();
     return result;
 }

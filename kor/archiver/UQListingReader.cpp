@@ -1,4 +1,5 @@
 #include "interfaces/korarchiver.h"
+#include "kor/KorReport.h"
 
 #include "kor/archiver/TextFile.h"
 
@@ -202,29 +203,22 @@ UQListingReader::Result UQListingReader::mf_readText(const std::string& text, co
         }
     }
     for (const UQErrno& e : result.errors) {
-        UQThreadContext::mf_setLoggingLanguage();
-        UQLog::mf_writeMessage(UQLogData::LEVEL_W, _sFunction_, L"Listing line skipped: %s",
-                               e.mf_getDetail());
+        UQKorReport::mf_log(UQLogData::LEVEL_W, _sFunction_, L"Listing line skipped: %s", e.mf_getDetail());
     }
     return result;
 }
 
 UQListingReader::Result UQListingReader::mf_read(const CString& file, UVListingFileReader& listener) {
     static const wchar_t* const _sFunction_ = L"UQListingReader::mf_read";
-    FILE* f = kortext::openForReading(file, _sFunction_, L"listing file");
+    UQStdFile f = kortext::openForReading(file, _sFunction_, L"listing file");
     std::string text;
     char buffer[65536];
     std::size_t n;
-    while ((n = std::fread(buffer, 1, sizeof buffer, f)) > 0)
+    while ((n = std::fread(buffer, 1, sizeof buffer, f.mf_get())) > 0)
         text.append(buffer, n);
-    const bool failed = std::ferror(f) != 0;
-    std::fclose(f);
-    if (failed) {
-        UQThreadContext::mf_setLoggingLanguage();
-        UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_, L"Failure reading listing file '%s'", file);
-        CString detail;
-        detail.Format(L"%s: read error", file);
-        throw UQErrno(UQErrnoData(UQErrno::_E_::File), detail);
-    }
+    const bool bFailed = std::ferror(f.mf_get()) != 0;
+    f.mf_reset();
+    if (bFailed)
+        kortext::failReading(file, _sFunction_, L"listing file");
     return mf_readText(text, file, listener);
 }

@@ -1,11 +1,10 @@
 #include "interfaces/korarchiver.h"
+#include "kor/KorReport.h"
 
 UQPathPattern::UQPathPattern(const CString& pattern) : m_sPattern(pattern) {
     static const wchar_t* const _sFunction_ = L"UQPathPattern::UQPathPattern";
     if (pattern.IsEmpty()) {
-        UQThreadContext::mf_setLoggingLanguage();
-        UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_, L"No pattern");
-        throw UQErrno(UQErrno::_E_::Parameter);
+        UQKorReport::mf_fail(UQErrno::_E_::Parameter, _sFunction_, L"No pattern");
     }
     m_sPattern.MakeUpper();
 }

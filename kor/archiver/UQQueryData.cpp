@@ -1,4 +1,5 @@
 #include "interfaces/korarchiver.h"
+#include "kor/KorReport.h"
 
 #include "kor/archiver/HistoryText.h"
 
@@ -7,12 +8,6 @@
 #include <new>
 
 namespace {
-
-template <class... A>
-void logError(const wchar_t* function, const wchar_t* format, const A&... args) noexcept {
-    UQThreadContext::mf_setLoggingLanguage();
-    UQLog::mf_writeMessage(UQLogData::LEVEL_E, function, format, args...);
-}
 
 // Top-down merge sort with a buffer of half the range. Stable, and it only moves plain values, so the
 // order is all that can change; the comparisons never throw.
@@ -51,13 +46,15 @@ public:
         if (count == 0)
             return;
         if (count > SIZE_MAX / sizeof(T)) {
-            logError(function, L"No memory for %I64u sort entries", static_cast<std::uint64_t>(count));
+            UQKorReport::mf_log(UQLogData::LEVEL_E, function, L"No memory for %I64u sort entries",
+                                static_cast<std::uint64_t>(count));
             throw UQErrno(UQErrno::_E_::Memory);
         }
         m_p = static_cast<T*>(UQAllocation::mf_allocate(count * sizeof(T)));
         if (m_p == nullptr) {
-            logError(function, L"No memory for %I64u sort entries (%I64u bytes)",
-                     static_cast<std::uint64_t>(count), static_cast<std::uint64_t>(count * sizeof(T)));
+            UQKorReport::mf_log(
+                UQLogData::LEVEL_E, function, L"No memory for %I64u sort entries (%I64u bytes)",
+                static_cast<std::uint64_t>(count), static_cast<std::uint64_t>(count * sizeof(T)));
             throw UQErrno(UQErrno::_E_::Memory);
         }
     }
@@ -110,25 +107,23 @@ UQQueryData& UQQueryData::operator=(const UQQueryData& other) = default;
 
 UQQueryData::~UQQueryData() = default;
 
-void* UQQueryData::operator new(std::size_t bytes) {
-    void* memory = UQAllocation::mf_allocate(bytes);
-    if (memory == nullptr)
-        throw std::bad_alloc();
-    return memory;
+void* UQQueryData::operator new(std::size_t _nBytes) {
+    return UQAllocation::mf_allocateOrThrow(_nBytes);
 }
 
-void UQQueryData::operator delete(void* p) noexcept {
-    UQAllocation::mf_free(p);
+void UQQueryData::operator delete(void* _p) noexcept {
+    UQAllocation::mf_free(_p);
 }
 
 UQQueryData* UQQueryData::mf_clone() const {
     static const wchar_t* const _sFunction_ = L"UQQueryData::mf_clone";
-    void* memory = UQAllocation::mf_allocate(sizeof(UQQueryData));
-    if (memory == nullptr) {
-        logError(_sFunction_, L"No memory to clone query data:\r\n%s%s", UQLog::TAB, mf_toString());
+    UQQueryData* pClone = UQAllocation::mf_create<UQQueryData>(*this);
+    if (pClone == nullptr) {
+        UQKorReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"No memory to clone query data:\r\n%s%s",
+                            UQLog::TAB, mf_toString());
         throw UQErrno(UQErrno::_E_::Memory);
     }
-    return new (memory) UQQueryData(*this);
+    return pClone;
 }
 
 std::uint32_t UQQueryData::mf_getVersion() const {

@@ -1,6 +1,7 @@
 #include "interfaces/korbase.h"
 
 #include <cstdlib>
+#include <new>
 
 namespace {
 // Per thread, so that a test's injection never hits another thread's allocations.
@@ -25,6 +26,13 @@ void* UQAllocation::mf_allocate(std::size_t n) {
 
 void UQAllocation::mf_free(void* p) noexcept {
     std::free(p);
+}
+
+void* UQAllocation::mf_allocateOrThrow(std::size_t _nBytes) {
+    void* pMemory = mf_allocate(_nBytes);
+    if (pMemory == nullptr)
+        throw std::bad_alloc();
+    return pMemory;
 }
 
 void UQAllocation::mf_injectFailure(int after) noexcept {

@@ -1,4 +1,5 @@
 #include "interfaces/korbase.h"
+#include "kor/KorReport.h"
 
 #include <mutex>
 #include <utility>
@@ -81,10 +82,8 @@ HMODULE UQLanguage::mf_getLanguageHandle(unsigned long _uLanguage) noexcept {
     }
     try {
         const UQErrno failure(UQErrnoData(UQErrno::_E_::Resource), static_cast<std::uint32_t>(error));
-        UQThreadContext::mf_setLoggingLanguage();
-        UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_,
-                               L"Failure loading language module '%s':\r\n%s%s", path, UQLog::TAB,
-                               failure.mf_toString());
+        UQKorReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure loading language module '%s':\r\n%s%s",
+                            path, UQLog::TAB, failure.mf_toString());
     } catch (...) {
         // The record is lost; the null answer still tells the caller.
     }

@@ -1,4 +1,5 @@
 #include "interfaces/korbase.h"
+#include "kor/KorReport.h"
 
 // An item deleted while still in a list takes itself out of the chain, so that its neighbours are never
 // left pointing at freed memory (the list's count is then one too high: remove items before deleting them).
@@ -48,21 +49,17 @@ void UQLinkedList::mf_addHead(UQLinkedListItem* item) noexcept {
 void UQLinkedList::mf_insertAfter(UQLinkedListItem* position, UQLinkedListItem* item) noexcept {
     static const wchar_t* const _sFunction_ = L"UQLinkedList::mf_insertAfter";
     if (item == nullptr) {
-        UQThreadContext::mf_setLoggingLanguage();
-        UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_, L"NULL item not inserted");
+        UQKorReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"NULL item not inserted");
         return;
     }
     if (item->mf_isLinked() || item == &m_sentinel) {
-        UQThreadContext::mf_setLoggingLanguage();
-        UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_, L"Item is already in a list, not inserted");
+        UQKorReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Item is already in a list, not inserted");
         return;
     }
     if (position == nullptr) {
         position = &m_sentinel;
     } else if (position != &m_sentinel && !position->mf_isLinked()) {
-        UQThreadContext::mf_setLoggingLanguage();
-        UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_,
-                               L"Position is not in a list, item not inserted");
+        UQKorReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Position is not in a list, item not inserted");
         return;
     }
     item->m_pPrevious = position;
@@ -75,8 +72,7 @@ void UQLinkedList::mf_insertAfter(UQLinkedListItem* position, UQLinkedListItem* 
 void UQLinkedList::mf_remove(UQLinkedListItem* item) noexcept {
     static const wchar_t* const _sFunction_ = L"UQLinkedList::mf_remove";
     if (item == nullptr || item == &m_sentinel || !item->mf_isLinked()) {
-        UQThreadContext::mf_setLoggingLanguage();
-        UQLog::mf_writeMessage(UQLogData::LEVEL_W, _sFunction_, L"Item is not in a list, nothing removed");
+        UQKorReport::mf_log(UQLogData::LEVEL_W, _sFunction_, L"Item is not in a list, nothing removed");
         return;
     }
     item->m_pPrevious->m_pNext = item->m_pNext;
@@ -127,10 +123,8 @@ void UQLinkedList::mf_implCopyFrom(const UQLinkedList& other) {
     if (other.m_nCount == 0)
         return;
     if (other.m_pfnClone == nullptr) {
-        UQThreadContext::mf_setLoggingLanguage();
-        UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_, L"No clone function to copy %d list items",
-                               other.m_nCount);
-        throw UQErrno(UQErrno::_E_::NotImplemented);
+        UQKorReport::mf_fail(UQErrno::_E_::NotImplemented, _sFunction_,
+                             L"No clone function to copy %d list items", other.m_nCount);
     }
     UQErrnoData error;
     try {
@@ -138,10 +132,9 @@ void UQLinkedList::mf_implCopyFrom(const UQLinkedList& other) {
              item = other.mf_getNext(item)) {
             UQLinkedListItem* copy = other.m_pfnClone(*item);
             if (copy == nullptr) {
-                UQThreadContext::mf_setLoggingLanguage();
-                UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_,
-                                       L"No memory for a copy of list item %d of %d", m_nCount + 1,
-                                       other.m_nCount);
+                UQKorReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
+                                    L"No memory for a copy of list item %d of %d", m_nCount + 1,
+                                    other.m_nCount);
                 error = UQErrno::_E_::Memory;
                 break;
             }

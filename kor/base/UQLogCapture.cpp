@@ -11,7 +11,6 @@ UQLogCapture::UQLogCapture() : m_pImpl(new Impl), m_pPrevious(UQLog::mf_setSink(
 
 UQLogCapture::~UQLogCapture() {
     UQLog::mf_setSink(m_pPrevious);
-    delete m_pImpl;
 }
 
 void UQLogCapture::mf_write(const UQLogRecord& record) noexcept {

@@ -199,7 +199,6 @@ UQLogFileSink::UQLogFileSink(const CString& path, std::uint64_t maxBytes, int ke
 
 UQLogFileSink::~UQLogFileSink() {
     m_pImpl->close();
-    delete m_pImpl;
 }
 
 void UQLogFileSink::mf_write(const UQLogRecord& record) noexcept {

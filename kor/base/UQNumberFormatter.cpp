@@ -1,4 +1,5 @@
 #include "interfaces/korbase.h"
+#include "kor/KorReport.h"
 
 #include "Environment.h"
 
@@ -143,10 +144,8 @@ bool toSystemTime(const UQFileTime& time, SYSTEMTIME& st, const wchar_t* functio
     SetLastError(0);
     if (FileTimeToSystemTime(&ft, &st))
         return true;
-    const UQErrno error(UQErrno::_E_::Conversion, static_cast<std::uint32_t>(GetLastError()));
-    UQThreadContext::mf_setLoggingLanguage();
-    UQLog::mf_writeMessage(UQLogData::LEVEL_E, function, L"Failure converting FILETIME to SYSTEMTIME: %s",
-                           error.mf_toString());
+    UQKorReport::mf_log(UQLogData::LEVEL_E, function, L"Failure converting FILETIME to SYSTEMTIME: %s",
+                        UQKorReport::mf_systemError(UQErrno::_E_::Conversion).mf_toString());
     return false;
 }
 
@@ -213,16 +212,12 @@ void UQNumberFormatter::mf_configure(const CString& dateFormat, const CString& t
                                      wchar_t groupSeparator) {
     static const wchar_t* const _sFunction_ = L"UQNumberFormatter::mf_configure";
     if (dateFormat.IsEmpty() || timeFormat.IsEmpty()) {
-        UQThreadContext::mf_setLoggingLanguage();
-        UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_, L"Empty format: date='%s', time='%s'",
-                               dateFormat, timeFormat);
-        throw UQErrno(UQErrno::_E_::Parameter);
+        UQKorReport::mf_fail(UQErrno::_E_::Parameter, _sFunction_, L"Empty format: date='%s', time='%s'",
+                             dateFormat, timeFormat);
     }
     if (groupSeparator != 0 && !isUsableSeparator(groupSeparator)) {
-        UQThreadContext::mf_setLoggingLanguage();
-        UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_, L"Group separator '%c' is not usable",
-                               groupSeparator);
-        throw UQErrno(UQErrno::_E_::Parameter);
+        UQKorReport::mf_fail(UQErrno::_E_::Parameter, _sFunction_, L"Group separator '%c' is not usable",
+                             groupSeparator);
     }
     std::lock_guard<std::mutex> lock(configurationMutex());
     Configuration& c = configuration();

@@ -1,4 +1,5 @@
 #include "interfaces/korbase.h"
+#include "kor/KorReport.h"
 
 #include "UQRegistryStore.h"
 
@@ -83,9 +84,7 @@ struct Target {
 };
 
 [[noreturn]] void fail(const UQErrnoValue& value, const wchar_t* function, const CString& text) {
-    UQThreadContext::mf_setLoggingLanguage();
-    UQLog::mf_writeMessage(UQLogData::LEVEL_E, function, L"%s", text);
-    throw UQErrno(UQErrnoData(value), text);
+    UQKorReport::mf_failWithDetail(value, text, function, L"%s", text);
 }
 
 // Checks the hive, resolves the key and lets an injected failure come due: the common start of every

@@ -1,6 +1,7 @@
 // The registry on Windows. The predefined hive handles are passed to the registry functions as they are,
 // so that a process that redirects them (RegOverridePredefKey) finds its values where it put them.
 #include "UQRegistryStore.h"
+#include "compat/UQHandle.h"
 
 namespace korregistry {
 
@@ -21,29 +22,15 @@ Result failure(Status status, LONG rc) {
     return r;
 }
 
-class Key {
-public:
-    Key() noexcept : m_h(nullptr) {}
-    ~Key() {
-        if (m_h != nullptr)
-            RegCloseKey(m_h);
-    }
-    Key(const Key&) = delete;
-    Key& operator=(const Key&) = delete;
-    HKEY* out() noexcept { return &m_h; }
-    HKEY get() const noexcept { return m_h; }
-
-private:
-    HKEY m_h;
-};
+typedef UQRegistryKey Key;
 
 LONG openKey(HKEY hive, const CString& key, REGSAM access, Key& out) {
-    return RegOpenKeyExW(hive, key, 0, access, out.out());
+    return RegOpenKeyExW(hive, key, 0, access, out.mf_put());
 }
 
 LONG createKey(HKEY hive, const CString& key, Key& out) {
     return RegCreateKeyExW(hive, key, 0, nullptr, REG_OPTION_NON_VOLATILE, KEY_QUERY_VALUE | KEY_SET_VALUE,
-                           nullptr, out.out(), nullptr);
+                           nullptr, out.mf_put(), nullptr);
 }
 
 // A string of a value's data: up to its first terminator, or all of it when it has none.
@@ -137,7 +124,7 @@ Result read(HKEY hive, const CString& key, const CString& name, Value& value) {
         return failure(Status::KeyNotFound, ERROR_SUCCESS);
     if (rc != ERROR_SUCCESS)
         return failure(Status::ReadFailed, rc);
-    rc = queryValue(h.get(), name, value);
+    rc = queryValue(h.mf_get(), name, value);
     if (rc == ERROR_FILE_NOT_FOUND)
         return failure(Status::ValueNotFound, ERROR_SUCCESS);
     if (rc != ERROR_SUCCESS)
@@ -149,7 +136,7 @@ Result write(HKEY hive, const CString& key, const CString& name, const Value& va
     Key h;
     LONG rc = createKey(hive, key, h);
     if (rc == ERROR_SUCCESS)
-        rc = setValue(h.get(), name, value);
+        rc = setValue(h.mf_get(), name, value);
     if (rc != ERROR_SUCCESS)
         return failure(Status::WriteFailed, rc);
     return Result();
@@ -163,7 +150,7 @@ Result readOrWrite(HKEY hive, const CString& key, const CString& name, const Val
         Key h;
         LONG rc = openKey(hive, key, KEY_QUERY_VALUE, h);
         if (rc == ERROR_SUCCESS)
-            rc = queryValue(h.get(), name, value);
+            rc = queryValue(h.mf_get(), name, value);
         if (rc == ERROR_SUCCESS)
             return Result();
         if (rc != ERROR_FILE_NOT_FOUND)
@@ -173,7 +160,7 @@ Result readOrWrite(HKEY hive, const CString& key, const CString& name, const Val
     Key h;
     LONG rc = createKey(hive, key, h);
     if (rc == ERROR_SUCCESS)
-        rc = setValue(h.get(), name, dflt);
+        rc = setValue(h.mf_get(), name, dflt);
     if (rc != ERROR_SUCCESS)
         return failure(Status::WriteFailed, rc);
     value = dflt;
@@ -188,7 +175,7 @@ Result valueExists(HKEY hive, const CString& key, const CString& name, bool& exi
     if (rc == ERROR_FILE_NOT_FOUND)
         return Result();
     if (rc == ERROR_SUCCESS)
-        rc = RegQueryValueExW(h.get(), name, nullptr, nullptr, nullptr, nullptr);
+        rc = RegQueryValueExW(h.mf_get(), name, nullptr, nullptr, nullptr, nullptr);
     if (rc == ERROR_FILE_NOT_FOUND)
         return Result();
     if (rc != ERROR_SUCCESS)

@@ -1,4 +1,5 @@
 #include "interfaces/korbase.h"
+#include "kor/KorReport.h"
 
 #include <algorithm>
 #include <iterator>
@@ -27,10 +28,8 @@ UQString::UQString(unsigned number) {
     static const wchar_t* const _sFunction_ = L"UQString::UQString";
     const CatalogueEntry* e = find(number);
     if (e == nullptr) {
-        UQThreadContext::mf_setLoggingLanguage();
-        UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_, L"Message %u not found in the catalogue",
-                               number);
-        throw UQErrno(UQErrno::_E_::ItemNotFound);
+        UQKorReport::mf_fail(UQErrno::_E_::ItemNotFound, _sFunction_,
+                             L"Message %u not found in the catalogue", number);
     }
     m_sText = e->text;
 }

@@ -2,6 +2,7 @@
 // fonts and text widths, with the records of every failure.
 #include "ToolkitTestSupport.h"
 
+#include "compat/UQHandle.h"
 #include "guibase/toolkit/UQWindow.h"
 #include "korlang_ids.h"
 
@@ -368,11 +369,13 @@ TEST(UQWindow, SetFontAttributesGivesABoldUnderlinedCopyThatKeepsTheRest) {
     // An italic font first, to see that what is not asked for stays.
     LOGFONTW italic = fontOf(hLabel);
     italic.lfItalic = 1;
-    HFONT hItalic = CreateFontIndirectW(&italic);
+    const UQFont italicFont(CreateFontIndirectW(&italic));
+    HFONT hItalic = italicFont.mf_get();
     SendMessageW(hLabel, WM_SETFONT, reinterpret_cast<WPARAM>(hItalic), FALSE);
     LogCheck log;
 
-    HFONT hBold = UQWindow::mf_setItemFontAttributes(dialog.hwnd(), IDC_LABEL, 1, 1);
+    const UQFont boldFont(UQWindow::mf_setItemFontAttributes(dialog.hwnd(), IDC_LABEL, 1, 1));
+    HFONT hBold = boldFont.mf_get();
     ASSERT_NE(hBold, nullptr);
     EXPECT_EQ(reinterpret_cast<HFONT>(SendMessageW(hLabel, WM_GETFONT, 0, 0)), hBold);
     const LOGFONTW bold = fontOf(hLabel);
@@ -382,18 +385,16 @@ TEST(UQWindow, SetFontAttributesGivesABoldUnderlinedCopyThatKeepsTheRest) {
     EXPECT_EQ(bold.lfHeight, italic.lfHeight);
     EXPECT_STREQ(bold.lfFaceName, italic.lfFaceName);
 
-    HFONT hPlain = UQWindow::mf_setFontAttributes(hLabel, 0, 0);
-    ASSERT_NE(hPlain, nullptr);
+    const UQFont plainFont(UQWindow::mf_setFontAttributes(hLabel, 0, 0));
+    ASSERT_TRUE(plainFont);
     const LOGFONTW plain = fontOf(hLabel);
     EXPECT_EQ(plain.lfWeight, 400);
     EXPECT_EQ(plain.lfUnderline, 0);
     EXPECT_EQ(plain.lfItalic, 1);
     EXPECT_EQ(log.count(), 0u);
 
+    // The fonts are deleted once the label no longer uses them.
     SendMessageW(hLabel, WM_SETFONT, 0, FALSE);
-    DeleteObject(hPlain);
-    DeleteObject(hBold);
-    DeleteObject(hItalic);
 }
 
 TEST(UQWindow, SetFontAttributesOfAWindowWithoutAFontLogsAtTheGuiLevel) {

@@ -7,6 +7,7 @@
 #include "PngWriter.h"
 #include "ToolkitTestIds.h"
 
+#include "compat/UQHandle.h"
 #include "guibase/toolkit/UQCheckBox.h"
 #include "guibase/toolkit/UQComboBox.h"
 #include "guibase/toolkit/UQDateTimeControl.h"
@@ -171,7 +172,7 @@ int wmain(int argc, wchar_t** argv) {
                       GetLastError());
         return 1;
     }
-    HFONT hBold = fill(hDlg);
+    UQFont boldFont(fill(hDlg));
     SetWindowPos(hDlg, HWND_TOP, 0, 0, 0, 0, SWP_NOSIZE | SWP_SHOWWINDOW);
     UQWindow::mf_focusItem(hDlg, IDC_LIST);
     pump();
@@ -184,8 +185,7 @@ int wmain(int argc, wchar_t** argv) {
     int nHeight = 0;
     const bool bCaptured = capture(hDlg, rgb, nWidth, nHeight);
     SendDlgItemMessageW(hDlg, IDC_LABEL, WM_SETFONT, 0, FALSE);
-    if (hBold != nullptr)
-        DeleteObject(hBold);
+    boldFont.mf_reset();
     UQListPanel::mf_deleteImageList(GetDlgItem(hDlg, IDC_LIST));
     DestroyWindow(hDlg);
     if (!bCaptured || colourCount(rgb) < 8) {
