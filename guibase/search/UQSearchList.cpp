@@ -21,6 +21,22 @@ template <class Sort> void sortAsQueryItems(UQSearchFileItem::Array& items, cons
         items[i] = static_cast<UQSearchFileItem*>(queryItems[i]);
 }
 
+// Makes a part of the list (a version of a record, an item of a version) in memory from UQAllocation. A
+// failure is logged under _pszFunction, as the wrapped failure _pszFailure of query data no. _nIndex or,
+// without memory, as _pszNoMemory, and its error data is returned.
+template <class TYPE, class ARG>
+UQErrnoData createPart(TYPE*& _rpPart, ARG* _pArg, int _nIndex, const wchar_t* _pszFunction,
+                       const wchar_t* _pszFailure, const wchar_t* _pszNoMemory) {
+    try {
+        _rpPart = UQAllocation::mf_create<TYPE>(_pArg);
+    } catch (const UQErrno& e) {
+        return UQReport::mf_collectWrapped(e, _pszFunction, _pszFailure, _nIndex);
+    }
+    if (_rpPart == nullptr)
+        return UQReport::mf_collect(UQErrno::_E_::Memory, _pszFunction, _pszNoMemory);
+    return UQErrnoData();
+}
+
 } // namespace
 
 UQSearchList::UQSearchList() : m_bClosed(0), m_bHasProtectedItems(0) {}
@@ -108,16 +124,11 @@ UQErrnoData UQSearchList::mf_implGroup() {
             return UQReport::mf_collect(UQErrno::_E_::DataCorrupted, _sFunction_,
                                         L"Query data no. %d is NULL", static_cast<int>(i));
         UQSearchFileVersion* version = nullptr;
-        try {
-            version = UQAllocation::mf_create<UQSearchFileVersion>(record);
-        } catch (const UQErrno& e) {
-            return UQReport::mf_collectWrapped(
-                e, _sFunction_, L"Failure creating search file version of query data no. %d:\r\n%s%s",
-                static_cast<int>(i));
-        }
-        if (version == nullptr)
-            return UQReport::mf_collect(UQErrno::_E_::Memory, _sFunction_,
-                                        L"No memory to create search file version");
+        UQErrnoData error = createPart(version, record, static_cast<int>(i), _sFunction_,
+                                       L"Failure creating search file version of query data no. %d:\r\n%s%s",
+                                       L"No memory to create search file version");
+        if (error)
+            return error;
         // The version owns the record from here on, and the list or an item owns the version.
         m_queryData[i] = nullptr;
         std::unique_ptr<UQSearchFileVersion> pVersion(version);
@@ -129,16 +140,11 @@ UQErrnoData UQSearchList::mf_implGroup() {
             current->mf_implAddVersion(pVersion.get());
             pVersion.release();
         } else {
-            try {
-                current = UQAllocation::mf_create<UQSearchFileItem>(pVersion.get());
-            } catch (const UQErrno& e) {
-                return UQReport::mf_collectWrapped(
-                    e, _sFunction_, L"Failure creating search file item of query data no. %d:\r\n%s%s",
-                    static_cast<int>(i));
-            }
-            if (current == nullptr)
-                return UQReport::mf_collect(UQErrno::_E_::Memory, _sFunction_,
-                                            L"No memory to create search file item");
+            error = createPart(current, pVersion.get(), static_cast<int>(i), _sFunction_,
+                               L"Failure creating search file item of query data no. %d:\r\n%s%s",
+                               L"No memory to create search file item");
+            if (error)
+                return error;
             pVersion.release();
             UQAllocation::mf_appendOrDelete(m_fileItems, current);
         }

@@ -15,8 +15,8 @@ UQStdFile openForReading(const CString& _sFile, const wchar_t* _pszFunction, con
     if (f == nullptr) {
         CString detail;
         detail.Format(L"%s: cannot open (errno %d)", _sFile, openError);
-        UQKorReport::mf_failWithDetail(UQErrno::_E_::File, detail, _pszFunction, L"Failure opening %s '%s'",
-                                       _pszWhat, _sFile);
+        UQKorReport::mf_fail(UQErrno(UQErrnoData(UQErrno::_E_::File), detail), _pszFunction,
+                             L"Failure opening %s '%s'", _pszWhat, _sFile);
     }
     return UQStdFile(f);
 }
@@ -24,8 +24,8 @@ UQStdFile openForReading(const CString& _sFile, const wchar_t* _pszFunction, con
 void failReading(const CString& _sFile, const wchar_t* _pszFunction, const wchar_t* _pszWhat) {
     CString sDetail;
     sDetail.Format(L"%s: read error", _sFile);
-    UQKorReport::mf_failWithDetail(UQErrno::_E_::File, sDetail, _pszFunction, L"Failure reading %s '%s'",
-                                   _pszWhat, _sFile);
+    UQKorReport::mf_fail(UQErrno(UQErrnoData(UQErrno::_E_::File), sDetail), _pszFunction,
+                         L"Failure reading %s '%s'", _pszWhat, _sFile);
 }
 
 } // namespace kortext

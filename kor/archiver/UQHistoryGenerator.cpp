@@ -253,8 +253,8 @@ void UQHistoryGenerator::mf_writeStore(const CString& file) const {
     if (f == nullptr) {
         CString detail;
         detail.Format(L"%s: cannot create (errno %d)", file, openError);
-        UQKorReport::mf_failWithDetail(UQErrno::_E_::File, detail, _sFunction_,
-                                       L"Failure creating history store '%s'", file);
+        UQKorReport::mf_fail(UQErrno(UQErrnoData(UQErrno::_E_::File), detail), _sFunction_,
+                             L"Failure creating history store '%s'", file);
     }
     const UQStdFile closer(f);
 
@@ -284,7 +284,7 @@ void UQHistoryGenerator::mf_writeStore(const CString& file) const {
     if (!headerWritten || writer.failed() || std::fflush(f) != 0) {
         CString detail;
         detail.Format(L"%s: write error", file);
-        UQKorReport::mf_failWithDetail(UQErrno::_E_::File, detail, _sFunction_,
-                                       L"Failure writing history store '%s'", file);
+        UQKorReport::mf_fail(UQErrno(UQErrnoData(UQErrno::_E_::File), detail), _sFunction_,
+                             L"Failure writing history store '%s'", file);
     }
 }

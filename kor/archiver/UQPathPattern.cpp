@@ -4,7 +4,7 @@
 UQPathPattern::UQPathPattern(const CString& pattern) : m_sPattern(pattern) {
     static const wchar_t* const _sFunction_ = L"UQPathPattern::UQPathPattern";
     if (pattern.IsEmpty()) {
-        UQKorReport::mf_fail(UQErrno::_E_::Parameter, _sFunction_, L"No pattern");
+        UQKorReport::mf_fail(UQErrno(UQErrno::_E_::Parameter), _sFunction_, L"No pattern");
     }
     m_sPattern.MakeUpper();
 }

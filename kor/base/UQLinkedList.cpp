@@ -123,7 +123,7 @@ void UQLinkedList::mf_implCopyFrom(const UQLinkedList& other) {
     if (other.m_nCount == 0)
         return;
     if (other.m_pfnClone == nullptr) {
-        UQKorReport::mf_fail(UQErrno::_E_::NotImplemented, _sFunction_,
+        UQKorReport::mf_fail(UQErrno(UQErrno::_E_::NotImplemented), _sFunction_,
                              L"No clone function to copy %d list items", other.m_nCount);
     }
     UQErrnoData error;

@@ -212,12 +212,12 @@ void UQNumberFormatter::mf_configure(const CString& dateFormat, const CString& t
                                      wchar_t groupSeparator) {
     static const wchar_t* const _sFunction_ = L"UQNumberFormatter::mf_configure";
     if (dateFormat.IsEmpty() || timeFormat.IsEmpty()) {
-        UQKorReport::mf_fail(UQErrno::_E_::Parameter, _sFunction_, L"Empty format: date='%s', time='%s'",
-                             dateFormat, timeFormat);
+        UQKorReport::mf_fail(UQErrno(UQErrno::_E_::Parameter), _sFunction_,
+                             L"Empty format: date='%s', time='%s'", dateFormat, timeFormat);
     }
     if (groupSeparator != 0 && !isUsableSeparator(groupSeparator)) {
-        UQKorReport::mf_fail(UQErrno::_E_::Parameter, _sFunction_, L"Group separator '%c' is not usable",
-                             groupSeparator);
+        UQKorReport::mf_fail(UQErrno(UQErrno::_E_::Parameter), _sFunction_,
+                             L"Group separator '%c' is not usable", groupSeparator);
     }
     std::lock_guard<std::mutex> lock(configurationMutex());
     Configuration& c = configuration();

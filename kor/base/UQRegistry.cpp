@@ -84,7 +84,7 @@ struct Target {
 };
 
 [[noreturn]] void fail(const UQErrnoValue& value, const wchar_t* function, const CString& text) {
-    UQKorReport::mf_failWithDetail(value, text, function, L"%s", text);
+    UQKorReport::mf_fail(UQErrno(UQErrnoData(value), text), function, L"%s", text);
 }
 
 // Checks the hive, resolves the key and lets an injected failure come due: the common start of every

@@ -28,7 +28,7 @@ UQString::UQString(unsigned number) {
     static const wchar_t* const _sFunction_ = L"UQString::UQString";
     const CatalogueEntry* e = find(number);
     if (e == nullptr) {
-        UQKorReport::mf_fail(UQErrno::_E_::ItemNotFound, _sFunction_,
+        UQKorReport::mf_fail(UQErrno(UQErrno::_E_::ItemNotFound), _sFunction_,
                              L"Message %u not found in the catalogue", number);
     }
     m_sText = e->text;
