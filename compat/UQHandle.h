@@ -89,8 +89,8 @@ struct UQStdFileTraits {
 };
 
 // A COM interface pointer: the owner holds one reference and releases it.
-template <class INTERFACE> struct UQComTraits {
-    typedef INTERFACE* Type;
+template <class COM_INTERFACE> struct UQComTraits {
+    typedef COM_INTERFACE* Type;
     static Type mf_absent() noexcept { return nullptr; }
     static void mf_close(Type _pInterface) noexcept { _pInterface->Release(); }
 };
@@ -104,7 +104,7 @@ struct UQEventTraits {
 
 typedef UQHandle<UQStdFileTraits> UQStdFile;
 typedef UQHandle<UQEventTraits> UQEvent;
-template <class INTERFACE> using UQComPtr = UQHandle<UQComTraits<INTERFACE>>;
+template <class COM_INTERFACE> using UQComPtr = UQHandle<UQComTraits<COM_INTERFACE>>;
 
 #if defined(_WIN32)
 // A file of CreateFileW: INVALID_HANDLE_VALUE when absent.

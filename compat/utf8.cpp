@@ -3,26 +3,26 @@
 namespace uqfmt {
 namespace {
 
-void appendCodePoint(std::wstring& out, char32_t cp) {
+void appendCodePoint(std::wstring& _rsOut, char32_t _cp) {
     if constexpr (sizeof(wchar_t) == 2) {
-        if (cp >= 0x10000) {
-            cp -= 0x10000;
-            out += static_cast<wchar_t>(0xD800 + (cp >> 10));
-            out += static_cast<wchar_t>(0xDC00 + (cp & 0x3FF));
+        if (_cp >= 0x10000) {
+            _cp -= 0x10000;
+            _rsOut += static_cast<wchar_t>(0xD800 + (_cp >> 10));
+            _rsOut += static_cast<wchar_t>(0xDC00 + (_cp & 0x3FF));
             return;
         }
     }
-    out += static_cast<wchar_t>(cp);
+    _rsOut += static_cast<wchar_t>(_cp);
 }
 
 } // namespace
 
-std::wstring utf8ToWide(const char* p, std::size_t n) {
+std::wstring utf8ToWide(const char* _pszP, std::size_t _nN) {
     std::wstring out;
-    out.reserve(n);
-    const auto* s = reinterpret_cast<const unsigned char*>(p);
+    out.reserve(_nN);
+    const auto* s = reinterpret_cast<const unsigned char*>(_pszP);
     std::size_t i = 0;
-    while (i < n) {
+    while (i < _nN) {
         const unsigned char c = s[i];
         if (c < 0x80) {
             out += static_cast<wchar_t>(c);
@@ -49,7 +49,7 @@ std::wstring utf8ToWide(const char* p, std::size_t n) {
             ++i;
             continue;
         }
-        if (i + static_cast<std::size_t>(extra) >= n) {
+        if (i + static_cast<std::size_t>(extra) >= _nN) {
             out += static_cast<wchar_t>(0xFFFD);
             ++i;
             continue;
@@ -74,15 +74,15 @@ std::wstring utf8ToWide(const char* p, std::size_t n) {
     return out;
 }
 
-std::string wideToUtf8(const wchar_t* p, std::size_t n) {
+std::string wideToUtf8(const wchar_t* _pszP, std::size_t _nN) {
     std::string out;
-    out.reserve(n);
-    for (std::size_t i = 0; i < n; ++i) {
-        char32_t cp = static_cast<char32_t>(p[i]);
+    out.reserve(_nN);
+    for (std::size_t i = 0; i < _nN; ++i) {
+        char32_t cp = static_cast<char32_t>(_pszP[i]);
         if constexpr (sizeof(wchar_t) == 2) {
             cp &= 0xFFFF;
-            if (cp >= 0xD800 && cp <= 0xDBFF && i + 1 < n) {
-                const char32_t lo = static_cast<char32_t>(p[i + 1]) & 0xFFFF;
+            if (cp >= 0xD800 && cp <= 0xDBFF && i + 1 < _nN) {
+                const char32_t lo = static_cast<char32_t>(_pszP[i + 1]) & 0xFFFF;
                 if (lo >= 0xDC00 && lo <= 0xDFFF) {
                     cp = 0x10000 + ((cp - 0xD800) << 10) + (lo - 0xDC00);
                     ++i;

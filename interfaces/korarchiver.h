@@ -2,8 +2,8 @@
 // events, the listing reader, and the history search with its query data.
 #pragma once
 
-#include "korbase.h"
-#include "korutil.h"
+#include "interfaces/korbase.h"
+#include "interfaces/korutil.h"
 
 #include <cstddef>
 #include <string>

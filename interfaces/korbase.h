@@ -2,9 +2,9 @@
 // catalogue, paths, number and date formatting, file times and sizes, cancel switches, linked lists.
 #pragma once
 
-#include "../compat/afxtempl.h"
-#include "../compat/win32.h"
-#include "korguibase_api.h"
+#include "compat/afxtempl.h"
+#include "compat/win32.h"
+#include "interfaces/korguibase_api.h"
 
 #include <atomic>
 #include <cstdint>
@@ -281,32 +281,6 @@ private:
     CString m_sPath;
 };
 
-// Keeps every record in memory; installed for its lifetime. Used by tests.
-class KORBASE_API UQLogCapture : public UVLogSink {
-public:
-    struct Entry {
-        wchar_t cLevel;
-        CString sFunction;
-        CString sText;
-        DWORD dwThreadId;
-        int bLanguageSelected;
-    };
-
-    UQLogCapture();
-    UQLogCapture(const UQLogCapture&) = delete;
-    UQLogCapture& operator=(const UQLogCapture&) = delete;
-    ~UQLogCapture() override;
-
-    void mf_write(const UQLogRecord& _record) noexcept override;
-    std::vector<Entry> mf_getEntries() const;
-    void mf_clear();
-
-private:
-    struct Impl;
-    std::unique_ptr<Impl> m_pImpl;
-    UVLogSink* m_pPrevious;
-};
-
 // ---------------------------------------------------------------------------------------------------------
 // Message catalogue
 
@@ -504,13 +478,7 @@ public:
     static void mf_setUserKey(const CString& _sKey);
     static CString mf_getUserKey();
 
-    // Test seam: of the calling thread's next operations that touch the store (all of the above but
-    // mf_getRegistryRoot), the ones numbered _nAfter + 1 to _nAfter + _nCount fail as a store failure
-    // would: logged, and thrown as UQErrno::_E_::Registry with the detail "Injected failure (...)". Other
-    // threads are not affected. A new injection replaces the previous one.
-    static void mf_injectFailure(int _nAfter, int _nCount = 1) noexcept;
-    // Cancels whatever was injected on this thread.
-    static void mf_clearInjection() noexcept;
+    // Its failure injection for tests: UQRegistryInjection (interfaces/korbase_testing.h).
 
 #if !defined(_WIN32)
     // The database file of the store: the file set here, else KOR_REGISTRY_FILE when set, else
@@ -599,8 +567,8 @@ public:
     virtual void mf_cancel() noexcept = 0;
 };
 
-// Allocation that tests can make fail: the library allocates its list items, versions and sort buffers
-// through it.
+// Allocation that tests can make fail (UQAllocationInjection): the library allocates its list items,
+// versions and sort buffers through it.
 class KORBASE_API UQAllocation {
 public:
     // malloc; null when it fails or when an injected failure comes due on this thread. An injected error
@@ -635,12 +603,7 @@ public:
             throw;
         }
     }
-    // The calling thread's allocation number _nAfter + 1, counted from now, yields null; once.
-    static void mf_injectFailure(int _nAfter) noexcept;
-    // The same, but that allocation throws UQErrno(_value).
-    static void mf_injectError(int _nAfter, const UQErrnoValue& _value) noexcept;
-    // Cancels whatever was injected on this thread.
-    static void mf_clearInjection() noexcept;
+    // Its failure injection for tests: UQAllocationInjection (interfaces/korbase_testing.h).
 };
 
 // ---------------------------------------------------------------------------------------------------------

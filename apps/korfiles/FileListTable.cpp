@@ -7,10 +7,10 @@ namespace {
 const std::size_t kGap = 2;
 
 // Characters as a terminal counts them, near enough: code points, so a UTF-16 surrogate pair is one.
-std::size_t width(const CString& s) {
+std::size_t width(const CString& _sS) {
     std::size_t n = 0;
-    for (int i = 0; i < s.GetLength(); ++i) {
-        const wchar_t c = s.GetString()[i];
+    for (int i = 0; i < _sS.GetLength(); ++i) {
+        const wchar_t c = _sS.GetString()[i];
         if (sizeof(wchar_t) == 2 && c >= 0xDC00 && c <= 0xDFFF)
             continue;
         ++n;
@@ -21,10 +21,10 @@ std::size_t width(const CString& s) {
 using Row = std::vector<CString>;
 
 // Every row has the header's number of columns.
-std::string alignColumns(const std::vector<Row>& rows) {
-    const std::size_t columns = rows.front().size();
+std::string alignColumns(const std::vector<Row>& _rows) {
+    const std::size_t columns = _rows.front().size();
     std::vector<std::size_t> widths(columns, 0);
-    for (const Row& row : rows) {
+    for (const Row& row : _rows) {
         for (std::size_t c = 0; c < columns; ++c) {
             const std::size_t w = width(row[c]);
             if (w > widths[c])
@@ -33,7 +33,7 @@ std::string alignColumns(const std::vector<Row>& rows) {
     }
 
     std::string text;
-    for (const Row& row : rows) {
+    for (const Row& row : _rows) {
         std::string line;
         std::size_t pending = 0;
         for (std::size_t c = 0; c < columns; ++c) {
@@ -55,12 +55,12 @@ std::string alignColumns(const std::vector<Row>& rows) {
 
 } // namespace
 
-std::string FileListTable::mf_format(const UQFileListItem::Array& items) {
+std::string FileListTable::mf_format(const UQFileListItem::Array& _items) {
     std::vector<Row> rows;
-    rows.reserve(static_cast<std::size_t>(items.GetSize()) + 1);
+    rows.reserve(static_cast<std::size_t>(_items.GetSize()) + 1);
     rows.push_back({L"Path", L"Versions", L"Selected version", L"Result", L"Severity"});
-    for (INT_PTR i = 0; i < items.GetSize(); ++i) {
-        const UQFileListItem* item = items[i];
+    for (INT_PTR i = 0; i < _items.GetSize(); ++i) {
+        const UQFileListItem* item = _items[i];
         rows.push_back({item->mf_getPath(), item->mf_getRangesDisplayString(),
                         item->mf_getSelectedVersionDisplayString(), item->mf_getResult(),
                         UVSeverity::mf_toString(item->mf_getSeverity())});
@@ -68,28 +68,28 @@ std::string FileListTable::mf_format(const UQFileListItem::Array& items) {
     return alignColumns(rows);
 }
 
-std::string FileListTable::mf_formatListing(const UQFileListItem::Array& items) {
+std::string FileListTable::mf_formatListing(const UQFileListItem::Array& _items) {
     std::vector<Row> rows;
-    rows.reserve(static_cast<std::size_t>(items.GetSize()) + 1);
+    rows.reserve(static_cast<std::size_t>(_items.GetSize()) + 1);
     rows.push_back({L"Path", L"Versions", L"Result", L"Severity"});
-    for (INT_PTR i = 0; i < items.GetSize(); ++i) {
-        const UQFileListItem* item = items[i];
+    for (INT_PTR i = 0; i < _items.GetSize(); ++i) {
+        const UQFileListItem* item = _items[i];
         rows.push_back({item->mf_getPath(), item->mf_getRangesDisplayString(), item->mf_getResult(),
                         UVSeverity::mf_toString(item->mf_getSeverity())});
     }
     return alignColumns(rows);
 }
 
-std::string FileListTable::mf_formatSearch(const UQSearchFileItem::Array& items, int bSelectedOnly) {
+std::string FileListTable::mf_formatSearch(const UQSearchFileItem::Array& _items, int _bSelectedOnly) {
     std::vector<Row> rows;
-    rows.reserve(static_cast<std::size_t>(items.GetSize()) + 1);
-    rows.push_back({L"Path", bSelectedOnly ? L"Version" : L"Versions", L"Status", L"Security", L"Streams"});
-    for (INT_PTR i = 0; i < items.GetSize(); ++i) {
-        const UQSearchFileItem* item = items[i];
+    rows.reserve(static_cast<std::size_t>(_items.GetSize()) + 1);
+    rows.push_back({L"Path", _bSelectedOnly ? L"Version" : L"Versions", L"Status", L"Security", L"Streams"});
+    for (INT_PTR i = 0; i < _items.GetSize(); ++i) {
+        const UQSearchFileItem* item = _items[i];
         const UQSearchFileVersion* selected = item->mf_getSelectedVersion();
         const UQSearchFileVersion* shown = selected != nullptr ? selected : item->mf_getLatestVersion();
         CString versions;
-        if (bSelectedOnly && selected != nullptr)
+        if (_bSelectedOnly && selected != nullptr)
             versions.Format(L"%lu", static_cast<unsigned long>(selected->mf_getVersion()));
         else
             versions = item->mf_getRangesDisplayString();

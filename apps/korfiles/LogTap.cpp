@@ -11,18 +11,18 @@ LogTap::~LogTap() {
     UQLog::mf_setSink(m_pPrevious);
 }
 
-void LogTap::mf_write(const UQLogRecord& record) noexcept {
+void LogTap::mf_write(const UQLogRecord& _record) noexcept {
     if (m_pPrevious != nullptr)
-        m_pPrevious->mf_write(record);
+        m_pPrevious->mf_write(_record);
     else if (m_pProductLog)
-        m_pProductLog->mf_write(record);
-    if (record.pLevel == nullptr || record.pLevel->mf_getLetter() != L'E')
+        m_pProductLog->mf_write(_record);
+    if (_record.pLevel == nullptr || _record.pLevel->mf_getLetter() != L'E')
         return;
     try {
         std::lock_guard<std::mutex> lock(m_mutex);
         m_bFailure = true;
         m_sFailure.Empty();
-        CString line = record.sText.Mid(record.sText.ReverseFind(L'\n') + 1);
+        CString line = _record.sText.Mid(_record.sText.ReverseFind(L'\n') + 1);
         line.TrimLeft();
         line.TrimRight();
         m_sFailure = line;

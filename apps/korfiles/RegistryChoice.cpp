@@ -69,9 +69,9 @@ RegistryChoice::~RegistryChoice() {
     }
 }
 
-int RegistryChoice::mf_choose(const CString& store, std::string&) {
+int RegistryChoice::mf_choose(const CString& _sStore, std::string&) {
     m_sPreviousFile = UQRegistry::mf_getStoreFile();
-    UQRegistry::mf_setStoreFile(store);
+    UQRegistry::mf_setStoreFile(_sStore);
     m_bChosen = true;
     return 1;
 }

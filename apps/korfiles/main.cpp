@@ -43,12 +43,12 @@ CString programDirectory() {
 #endif
 }
 
-int runTool(const std::vector<CString>& args) {
+int runTool(const std::vector<CString>& _args) {
     ConsoleOutput out(ConsoleOutput::STANDARD_OUTPUT);
     ConsoleOutput err(ConsoleOutput::STANDARD_ERROR);
     try {
         const CString directory = programDirectory();
-        return KorFilesTool::mf_run(args, directory + kSampleName, directory + kListingName, out, err);
+        return KorFilesTool::mf_run(_args, directory + kSampleName, directory + kListingName, out, err);
     } catch (...) {
         err.mf_write("korfiles: out of memory\n");
         return KorFilesTool::EXIT_INTERNAL_ERROR;

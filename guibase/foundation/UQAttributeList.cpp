@@ -2,15 +2,15 @@
 
 #include "guibase/foundation/UQReport.h"
 
-UQAttributeList::UQAttributeList(const UQAttributeList& other) : UQArray<UQAttribute*, UQAttribute*>() {
-    *this = other;
+UQAttributeList::UQAttributeList(const UQAttributeList& _other) : UQArray<UQAttribute*, UQAttribute*>() {
+    *this = _other;
 }
 
-UQAttributeList& UQAttributeList::operator=(const UQAttributeList& other) {
-    if (this != &other) {
+UQAttributeList& UQAttributeList::operator=(const UQAttributeList& _other) {
+    if (this != &_other) {
         mf_clear();
-        for (INT_PTR i = 0; i < other.GetSize(); ++i)
-            mf_addAttribute(other[i]->m_sKey, other[i]->m_sValue);
+        for (INT_PTR i = 0; i < _other.GetSize(); ++i)
+            mf_addAttribute(_other[i]->m_sKey, _other[i]->m_sValue);
     }
     return *this;
 }
@@ -19,18 +19,18 @@ UQAttributeList::~UQAttributeList() {
     mf_clear();
 }
 
-void UQAttributeList::mf_addAttribute(const CString& key, const CString& value) {
-    UQAllocation::mf_appendOrDelete(*this, new UQAttribute{key, value});
+void UQAttributeList::mf_addAttribute(const CString& _sKey, const CString& _sValue) {
+    UQAllocation::mf_appendOrDelete(*this, new UQAttribute{_sKey, _sValue});
 }
 
-CString& UQAttributeList::mf_getAttributeValue(const CString& key) {
+CString& UQAttributeList::mf_getAttributeValue(const CString& _sKey) {
     static const wchar_t* const _sFunction_ = L"UQAttributeList::mf_getAttributeValue";
     for (INT_PTR i = 0; i < GetSize(); ++i) {
         UQAttribute* record = m_pData[i];
-        if (record != nullptr && record->m_sKey.Compare(key) == 0)
+        if (record != nullptr && record->m_sKey.Compare(_sKey) == 0)
             return record->m_sValue;
     }
-    UQReport::mf_fail(UQErrno::_E_::ItemNotFound, _sFunction_, L"Attribute key='%s' not found", key);
+    UQReport::mf_fail(UQErrno::_E_::ItemNotFound, _sFunction_, L"Attribute key='%s' not found", _sKey);
 }
 
 void UQAttributeList::mf_clear() noexcept {

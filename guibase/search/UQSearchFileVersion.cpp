@@ -15,10 +15,10 @@ void UQSearchFileVersion::operator delete(void* _p) noexcept {
     UQAllocation::mf_free(_p);
 }
 
-UQSearchFileVersion::UQSearchFileVersion(const UQQueryData* pQueryData)
-    : m_pQueryData(pQueryData), m_iStatus(-1) {
+UQSearchFileVersion::UQSearchFileVersion(const UQQueryData* _pQueryData)
+    : m_pQueryData(_pQueryData), m_iStatus(-1) {
     static const wchar_t* const _sFunction_ = L"UQSearchFileVersion::UQSearchFileVersion";
-    if (pQueryData == nullptr)
+    if (_pQueryData == nullptr)
         UQReport::mf_fail(UQErrno::_E_::Parameter, _sFunction_, L"NULL == _pQueryData");
     // Loaded once, by the first version made; the first close of a search list runs on one thread before
     // any other can make versions.
@@ -28,11 +28,11 @@ UQSearchFileVersion::UQSearchFileVersion(const UQQueryData* pQueryData)
             m_asStatus[i] = UQString(kNumbers[i]).mf_getText();
         m_bStatusInitialized = 1;
     }
-    const int protectedOffset = pQueryData->mf_isProtected() ? 1 : 0;
+    const int protectedOffset = _pQueryData->mf_isProtected() ? 1 : 0;
     // In this order, so that an event-based record is never expiring.
-    if (pQueryData->mf_isEventBased() && pQueryData->mf_isDeletionStarted())
+    if (_pQueryData->mf_isEventBased() && _pQueryData->mf_isDeletionStarted())
         m_iStatus = 4 + protectedOffset;
-    else if (!pQueryData->mf_isEventBased() && pQueryData->mf_getExpiryTime().uFileTime != 0)
+    else if (!_pQueryData->mf_isEventBased() && _pQueryData->mf_getExpiryTime().uFileTime != 0)
         m_iStatus = 2 + protectedOffset;
     else
         m_iStatus = 0 + protectedOffset;

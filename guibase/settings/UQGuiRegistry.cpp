@@ -27,8 +27,8 @@ const wchar_t* const kBackupClientKey = L"SOFTWARE\\Corvex\\Stormex\\CurrentVers
 const wchar_t* const kBackupClientPath = L"Path";
 const wchar_t* const kOptionFileName = L"kor.opt";
 
-const wchar_t* trueFalse(int b) noexcept {
-    return b ? L"true" : L"false";
+const wchar_t* trueFalse(int _nB) noexcept {
+    return _nB ? L"true" : L"false";
 }
 
 CString dynamicOptionFileText() {
@@ -44,8 +44,8 @@ CString translatedDynamicOptionFile() {
 
 // An entry that holds the placeholder or its display name, translated or not, stands for the dynamic
 // option file.
-bool isDynamicOptionFile(const CString& entry, const CString& displayName) {
-    return entry.Find(kDynamicOptionFile) >= 0 || entry.Find(displayName) >= 0;
+bool isDynamicOptionFile(const CString& _sEntry, const CString& _sDisplayName) {
+    return _sEntry.Find(kDynamicOptionFile) >= 0 || _sEntry.Find(_sDisplayName) >= 0;
 }
 
 // A registry read that failed and goes on with a default: the wrapped failure and the default it returns.
@@ -62,31 +62,31 @@ void logReturningEmpty(const UQErrno& _error, const wchar_t* _pszFunction, const
 }
 
 // Reads a flag with mf_getOrSetValue, so that a missing value is created with 1.
-int getFlagOrCreate(const wchar_t* function, const wchar_t* subKey, const wchar_t* name) {
+int getFlagOrCreate(const wchar_t* _pszFunction, const wchar_t* _pszSubKey, const wchar_t* _pszName) {
     int nValue = 1;
     try {
-        UQRegistry::mf_getOrSetValue(name, nValue, UQRegistry::mf_getRegistryRoot(subKey),
+        UQRegistry::mf_getOrSetValue(_pszName, nValue, UQRegistry::mf_getRegistryRoot(_pszSubKey),
                                      HKEY_LOCAL_MACHINE);
     } catch (const UQErrno& e) {
-        logReturningTrue(e, function, name);
+        logReturningTrue(e, _pszFunction, _pszName);
         return 1;
     }
     return nValue;
 }
 
 // Writes a machine-wide flag; _pszSuccess takes tab, key, name, tab, value and its truth.
-int setFlag(const wchar_t* function, const wchar_t* subKey, const wchar_t* name, int value,
-            const wchar_t* success) {
+int setFlag(const wchar_t* _pszFunction, const wchar_t* _pszSubKey, const wchar_t* _pszName, int _nValue,
+            const wchar_t* _pszSuccess) {
     CString sKey;
     try {
-        sKey = UQRegistry::mf_getRegistryRoot(subKey);
-        UQRegistry::mf_setValue(name, value, sKey, HKEY_LOCAL_MACHINE);
+        sKey = UQRegistry::mf_getRegistryRoot(_pszSubKey);
+        UQRegistry::mf_setValue(_pszName, _nValue, sKey, HKEY_LOCAL_MACHINE);
     } catch (const UQErrno& e) {
-        UQReport::mf_logWrapped(e, function, L"Failure setting registry value '%s':\r\n%s%s", name);
+        UQReport::mf_logWrapped(e, _pszFunction, L"Failure setting registry value '%s':\r\n%s%s", _pszName);
         return 0;
     }
-    UQReport::mf_log(UQLogData::LEVEL_G, function, success, UQLog::TAB, sKey, name, UQLog::TAB, value,
-                     trueFalse(value));
+    UQReport::mf_log(UQLogData::LEVEL_G, _pszFunction, _pszSuccess, UQLog::TAB, sKey, _pszName, UQLog::TAB,
+                     _nValue, trueFalse(_nValue));
     return 1;
 }
 
@@ -260,12 +260,12 @@ CString UQGuiRegistry::mf_getDefaultMgmtClass() {
     return sValue == kServerMgmtClass ? CString(kDefault) : sValue;
 }
 
-int UQGuiRegistry::mf_setDefaultMgmtClass(const CString& sMgmtClass) {
+int UQGuiRegistry::mf_setDefaultMgmtClass(const CString& _sMgmtClass) {
     static const wchar_t* const _sFunction_ = L"UQGuiRegistry::mf_setDefaultMgmtClass";
     CString sKey;
     try {
         sKey = UQRegistry::mf_getRegistryRoot(kMigration);
-        UQRegistry::mf_setValue(kMgmtClassDefault, sMgmtClass, 0, sKey, HKEY_LOCAL_MACHINE);
+        UQRegistry::mf_setValue(kMgmtClassDefault, _sMgmtClass, 0, sKey, HKEY_LOCAL_MACHINE);
     } catch (const UQErrno& e) {
         UQReport::mf_logWrapped(e, _sFunction_, L"Failure setting registry value '%s':\r\n%s%s",
                                 kMgmtClassDefault);
@@ -273,7 +273,7 @@ int UQGuiRegistry::mf_setDefaultMgmtClass(const CString& sMgmtClass) {
     }
     UQReport::mf_log(UQLogData::LEVEL_G, _sFunction_,
                      L"Set default management class:\r\n%s'HKLM\\%s\\%s'\r\n%sto '%s'", UQLog::TAB, sKey,
-                     kMgmtClassDefault, UQLog::TAB, sMgmtClass);
+                     kMgmtClassDefault, UQLog::TAB, _sMgmtClass);
     return 1;
 }
 
@@ -294,9 +294,9 @@ int UQGuiRegistry::mf_isDefaultBackupBeforeMigrate() {
     return nValue;
 }
 
-int UQGuiRegistry::mf_setDefaultBackupBeforeMigrate(int bBackupBeforeMigrate) {
+int UQGuiRegistry::mf_setDefaultBackupBeforeMigrate(int _bBackupBeforeMigrate) {
     static const wchar_t* const _sFunction_ = L"UQGuiRegistry::mf_setDefaultBackupBeforeMigrate";
-    return setFlag(_sFunction_, kBackup, kBackupBeforeMigrate, bBackupBeforeMigrate,
+    return setFlag(_sFunction_, kBackup, kBackupBeforeMigrate, _bBackupBeforeMigrate,
                    L"Set backup-before-migrate:\r\n%s'HKLM\\%s\\%s'\r\n%sto %d (%s)");
 }
 
@@ -305,9 +305,9 @@ int UQGuiRegistry::mf_isDefaultMigrationFileSecurity() {
     return getFlagOrCreate(_sFunction_, kMigration, kFileSecurityDefault);
 }
 
-int UQGuiRegistry::mf_setDefaultMigrationFileSecurity(int bFileSecurity) {
+int UQGuiRegistry::mf_setDefaultMigrationFileSecurity(int _bFileSecurity) {
     static const wchar_t* const _sFunction_ = L"UQGuiRegistry::mf_setDefaultMigrationFileSecurity";
-    return setFlag(_sFunction_, kMigration, kFileSecurityDefault, bFileSecurity,
+    return setFlag(_sFunction_, kMigration, kFileSecurityDefault, _bFileSecurity,
                    L"Set migration-file-security:\r\n%s'HKLM\\%s\\%s'\r\n%sto %d (%s)");
 }
 
@@ -316,9 +316,9 @@ int UQGuiRegistry::mf_isDefaultRetrieveFileSecurity() {
     return getFlagOrCreate(_sFunction_, kRetrieve, kFileSecurityDefault);
 }
 
-int UQGuiRegistry::mf_setDefaultRetrieveFileSecurity(int bFileSecurity) {
+int UQGuiRegistry::mf_setDefaultRetrieveFileSecurity(int _bFileSecurity) {
     static const wchar_t* const _sFunction_ = L"UQGuiRegistry::mf_setDefaultRetrieveFileSecurity";
-    return setFlag(_sFunction_, kRetrieve, kFileSecurityDefault, bFileSecurity,
+    return setFlag(_sFunction_, kRetrieve, kFileSecurityDefault, _bFileSecurity,
                    L"Set retrieval-file-security:\r\n%s'HKLM\\%s\\%s'\r\n%sto %d (%s)");
 }
 
@@ -327,9 +327,9 @@ int UQGuiRegistry::mf_isDefaultMigrationADStreams() {
     return getFlagOrCreate(_sFunction_, kMigration, kADStreamDefault);
 }
 
-int UQGuiRegistry::mf_setDefaultMigrationADStreams(int bADStreams) {
+int UQGuiRegistry::mf_setDefaultMigrationADStreams(int _bADStreams) {
     static const wchar_t* const _sFunction_ = L"UQGuiRegistry::mf_setDefaultMigrationADStreams";
-    return setFlag(_sFunction_, kMigration, kADStreamDefault, bADStreams,
+    return setFlag(_sFunction_, kMigration, kADStreamDefault, _bADStreams,
                    L"Set migration-alternate-data-streams:\r\n%s'HKLM\\%s\\%s'\r\n%sto %d (%s)");
 }
 
@@ -338,9 +338,9 @@ int UQGuiRegistry::mf_isDefaultRetrieveADStreams() {
     return getFlagOrCreate(_sFunction_, kRetrieve, kADStreamDefault);
 }
 
-int UQGuiRegistry::mf_setDefaultRetrieveADStreams(int bADStreams) {
+int UQGuiRegistry::mf_setDefaultRetrieveADStreams(int _bADStreams) {
     static const wchar_t* const _sFunction_ = L"UQGuiRegistry::mf_setDefaultRetrieveADStreams";
-    return setFlag(_sFunction_, kRetrieve, kADStreamDefault, bADStreams,
+    return setFlag(_sFunction_, kRetrieve, kADStreamDefault, _bADStreams,
                    L"Set retrieval-alternate-data-streams:\r\n%s'HKLM\\%s\\%s'\r\n%sto %d (%s)");
 }
 
@@ -360,12 +360,12 @@ CString UQGuiRegistry::mf_getDefaultBackupOptionFilePath() {
     return sPath;
 }
 
-int UQGuiRegistry::mf_setDefaultBackupOptionFilePath(const CString& sPath) {
+int UQGuiRegistry::mf_setDefaultBackupOptionFilePath(const CString& _sPath) {
     static const wchar_t* const _sFunction_ = L"UQGuiRegistry::mf_setDefaultBackupOptionFilePath";
     CString sKey;
     try {
         sKey = UQRegistry::mf_getRegistryRoot(kBackup);
-        UQRegistry::mf_setValue(kBackupOptionFileDefault, sPath, 0, sKey, HKEY_LOCAL_MACHINE);
+        UQRegistry::mf_setValue(kBackupOptionFileDefault, _sPath, 0, sKey, HKEY_LOCAL_MACHINE);
     } catch (const UQErrno& e) {
         // Unlike its siblings it throws, and its record names the backup-before-migrate value: both as the
         // product has always had them.
@@ -375,46 +375,46 @@ int UQGuiRegistry::mf_setDefaultBackupOptionFilePath(const CString& sPath) {
     }
     UQReport::mf_log(UQLogData::LEVEL_G, _sFunction_,
                      L"Set default backup option file:\r\n%s'HKLM\\%s\\%s'\r\n%sto '%s'", UQLog::TAB, sKey,
-                     kBackupOptionFileDefault, UQLog::TAB, sPath);
+                     kBackupOptionFileDefault, UQLog::TAB, _sPath);
     return 1;
 }
 
 // ---------------------------------------------------------------------------------------------------------
 // Option file MRU
 
-int UQGuiRegistry::mf_getTranslatedBackupOptionFilePathMRU(UQArray<CString>& asPaths) {
+int UQGuiRegistry::mf_getTranslatedBackupOptionFilePathMRU(UQArray<CString>& _rasPaths) {
     static const wchar_t* const _sFunction_ = L"UQGuiRegistry::mf_getTranslatedBackupOptionFilePathMRU";
     try {
         if (UQRegistry::mf_exists(kBackupOptionFilesMru, L"", HKEY_CURRENT_USER))
-            UQRegistry::mf_getValues(kBackupOptionFilesMru, asPaths, L"", HKEY_CURRENT_USER);
+            UQRegistry::mf_getValues(kBackupOptionFilesMru, _rasPaths, L"", HKEY_CURRENT_USER);
     } catch (const UQErrno& e) {
         UQReport::mf_logWrapped(e, _sFunction_, L"Failure reading registry values '%s':\r\n%s%s",
                                 kBackupOptionFilesMru);
-        asPaths.RemoveAll();
+        _rasPaths.RemoveAll();
         return 0;
     }
     const CString sTranslated = translatedDynamicOptionFile();
     int nReplaced = 0;
-    for (INT_PTR i = 0; i < asPaths.GetSize(); ++i) {
-        if (asPaths[i] == kDynamicOptionFile) {
-            asPaths[i] = sTranslated;
+    for (INT_PTR i = 0; i < _rasPaths.GetSize(); ++i) {
+        if (_rasPaths[i] == kDynamicOptionFile) {
+            _rasPaths[i] = sTranslated;
             ++nReplaced;
         }
     }
     // The GUI always offers the dynamic option file, also when the registry holds nothing.
     if (nReplaced == 0)
-        asPaths.Add(sTranslated);
+        _rasPaths.Add(sTranslated);
     return 1;
 }
 
-int UQGuiRegistry::mf_setTranslatedBackupOptionFilePathMRU(const UQArray<CString>& asPaths) {
+int UQGuiRegistry::mf_setTranslatedBackupOptionFilePathMRU(const UQArray<CString>& _asPaths) {
     // Spelled so in every record the product has ever written; log readers search for it.
     static const wchar_t* const _sFunction_ = L"UQGuiRegistry::mf_setTranlatedBackupOptionFilePathMRU";
     const CString sDisplayName = dynamicOptionFileText();
     UQArray<CString> asEntries;
-    for (INT_PTR i = 0; i < asPaths.GetSize(); ++i)
-        asEntries.Add(isDynamicOptionFile(asPaths[i], sDisplayName) ? CString(kDynamicOptionFile)
-                                                                    : asPaths[i]);
+    for (INT_PTR i = 0; i < _asPaths.GetSize(); ++i)
+        asEntries.Add(isDynamicOptionFile(_asPaths[i], sDisplayName) ? CString(kDynamicOptionFile)
+                                                                     : _asPaths[i]);
     try {
         if (asEntries.GetSize() >= 2) {
             // Case-blind and not stable: of entries equal but for case, either may come first, so only exact
@@ -436,10 +436,10 @@ int UQGuiRegistry::mf_setTranslatedBackupOptionFilePathMRU(const UQArray<CString
     return 1;
 }
 
-int UQGuiRegistry::mf_updateTranslatedBackupOptionFilePathMRU(const CString& sPath, int bRemove) {
+int UQGuiRegistry::mf_updateTranslatedBackupOptionFilePathMRU(const CString& _sPath, int _bRemove) {
     static const wchar_t* const _sFunction_ = L"UQGuiRegistry::mf_updateTranslatedBackupOptionFilePathMRU";
     const CString sEntry =
-        isDynamicOptionFile(sPath, dynamicOptionFileText()) ? CString(kDynamicOptionFile) : sPath;
+        isDynamicOptionFile(_sPath, dynamicOptionFileText()) ? CString(kDynamicOptionFile) : _sPath;
     UQArray<CString> asEntries;
     try {
         if (UQRegistry::mf_exists(kBackupOptionFilesMru, L"", HKEY_CURRENT_USER))
@@ -449,7 +449,7 @@ int UQGuiRegistry::mf_updateTranslatedBackupOptionFilePathMRU(const CString& sPa
                                 kBackupOptionFilesMru);
         return 0;
     }
-    if (!bRemove) {
+    if (!_bRemove) {
         for (INT_PTR i = 0; i < asEntries.GetSize(); ++i) {
             if (asEntries[i].CompareNoCase(sEntry) == 0) {
                 UQReport::mf_log(UQLogData::LEVEL_G, _sFunction_,
@@ -486,7 +486,7 @@ int UQGuiRegistry::mf_updateTranslatedBackupOptionFilePathMRU(const CString& sPa
         return 0;
     }
     UQReport::mf_log(UQLogData::LEVEL_G, _sFunction_, L"Option file path '%s' %s MRU", sEntry,
-                     bRemove ? L"removed from" : L"added to");
+                     _bRemove ? L"removed from" : L"added to");
     return 1;
 }
 
@@ -506,10 +506,10 @@ CString UQGuiRegistry::mf_getHistorySearchRoot() {
     return sRoot;
 }
 
-int UQGuiRegistry::mf_setHistorySearchRoot(const CString& sRoot) {
+int UQGuiRegistry::mf_setHistorySearchRoot(const CString& _sRoot) {
     static const wchar_t* const _sFunction_ = L"UQGuiRegistry::mf_setHistorySearchRoot";
     try {
-        UQRegistry::mf_setValue(kHistorySearchRoot, sRoot, 0, L"", HKEY_CURRENT_USER);
+        UQRegistry::mf_setValue(kHistorySearchRoot, _sRoot, 0, L"", HKEY_CURRENT_USER);
     } catch (const UQErrno& e) {
         UQReport::mf_logWrapped(e, _sFunction_, L"Failure setting registry value '%s':\r\n%s%s",
                                 kHistorySearchRoot);

@@ -1,7 +1,7 @@
-#include "UQComboBox.h"
+#include "guibase/toolkit/UQComboBox.h"
 
-#include "UQToolkitReport.h"
-#include "UQWindow.h"
+#include "guibase/toolkit/UQToolkitReport.h"
+#include "guibase/toolkit/UQWindow.h"
 
 #include <commctrl.h>
 #include <cstdint>

@@ -1,8 +1,8 @@
-#include "UQListPanel.h"
+#include "guibase/toolkit/UQListPanel.h"
 
-#include "UQWindow.h"
 #include "compat/UQHandle.h"
 #include "guibase/foundation/UQReport.h"
+#include "guibase/toolkit/UQWindow.h"
 
 #include <climits>
 #include <commctrl.h>

@@ -1,6 +1,6 @@
-#include "UQWindow.h"
+#include "guibase/toolkit/UQWindow.h"
 
-#include "UQToolkitReport.h"
+#include "guibase/toolkit/UQToolkitReport.h"
 
 #include <cstdio>
 #include <vector>

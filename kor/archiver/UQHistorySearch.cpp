@@ -7,8 +7,8 @@
 #include <thread>
 
 struct UQHistorySearch::Impl {
-    Impl(const UQHistoryStore& store, const UQHistoryQuery& query, UVQueryDataSink& sink)
-        : store(store), query(query), sink(sink) {}
+    Impl(const UQHistoryStore& _store, const UQHistoryQuery& _query, UVQueryDataSink& _rSink)
+        : store(_store), query(_query), sink(_rSink) {}
 
     // The thread's whole life: whatever the search throws is kept for mf_wait, nothing leaves the thread.
     void run() noexcept {
@@ -52,9 +52,9 @@ struct UQHistorySearch::Impl {
     std::thread thread;
 };
 
-UQHistorySearch::UQHistorySearch(const UQHistoryStore& store, const UQHistoryQuery& query,
-                                 UVQueryDataSink& sink)
-    : m_pImpl(new Impl(store, query, sink)) {
+UQHistorySearch::UQHistorySearch(const UQHistoryStore& _store, const UQHistoryQuery& _query,
+                                 UVQueryDataSink& _rSink)
+    : m_pImpl(new Impl(_store, _query, _rSink)) {
     static const wchar_t* const _sFunction_ = L"UQHistorySearch::UQHistorySearch";
     try {
         m_pImpl->thread = std::thread(&Impl::run, m_pImpl.get());

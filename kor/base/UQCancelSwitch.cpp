@@ -24,11 +24,12 @@ struct UQCancelSwitch::Shared {
 
 UQCancelSwitch::UQCancelSwitch() : m_pShared(new Shared) {}
 
-UQCancelSwitch::UQCancelSwitch(const UQCancelSwitch& other) noexcept : m_pShared(other.m_pShared->retain()) {}
+UQCancelSwitch::UQCancelSwitch(const UQCancelSwitch& _other) noexcept
+    : m_pShared(_other.m_pShared->retain()) {}
 
-UQCancelSwitch& UQCancelSwitch::operator=(const UQCancelSwitch& other) noexcept {
+UQCancelSwitch& UQCancelSwitch::operator=(const UQCancelSwitch& _other) noexcept {
     Shared* previous = m_pShared;
-    m_pShared = other.m_pShared->retain();
+    m_pShared = _other.m_pShared->retain();
     previous->release();
     return *this;
 }
@@ -57,14 +58,14 @@ int UQCancelSwitch::mf_isCancelled() const noexcept {
     return m_pShared->bCancelled.load(std::memory_order_acquire);
 }
 
-int UQCancelSwitch::mf_waitCancelled(DWORD milliseconds) const noexcept {
+int UQCancelSwitch::mf_waitCancelled(DWORD _dwMilliseconds) const noexcept {
     try {
         std::unique_lock<std::mutex> lock(m_pShared->mutex);
         const auto cancelled = [this] { return m_pShared->bCancelled.load(std::memory_order_acquire); };
-        if (milliseconds == INFINITE)
+        if (_dwMilliseconds == INFINITE)
             m_pShared->cond.wait(lock, cancelled);
         else
-            m_pShared->cond.wait_for(lock, std::chrono::milliseconds(milliseconds), cancelled);
+            m_pShared->cond.wait_for(lock, std::chrono::milliseconds(_dwMilliseconds), cancelled);
     } catch (...) {
     }
     return mf_isCancelled();

@@ -1,7 +1,7 @@
 // The registry on Windows. The predefined hive handles are passed to the registry functions as they are,
 // so that a process that redirects them (RegOverridePredefKey) finds its values where it put them.
-#include "UQRegistryStore.h"
 #include "compat/UQHandle.h"
+#include "kor/base/UQRegistryStore.h"
 
 namespace korregistry {
 

@@ -147,10 +147,10 @@ TEST(FileVersionList, AVersionThatCannotBeAllocatedLeavesItsItemAsItWas) {
     FileVersionList list;
     add(list, record(L"C:\\a.txt", 1, 1));
     LogCheck log;
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     std::string problem;
     EXPECT_EQ("_E_::Memory", thrownCategory([&] { list.mf_add(record(L"C:\\a.txt", 2, 2), problem); }));
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_clearInjection();
     const UQFileListItem* item = list.mf_find(L"C:\\a.txt");
     ASSERT_NE(nullptr, item);
     EXPECT_EQ(1, item->mf_getVersionCount());

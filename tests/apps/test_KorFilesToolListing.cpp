@@ -1,5 +1,6 @@
 #include "KorFilesTestSupport.h"
 #include "KorFilesTool.h"
+#include "interfaces/korbase_testing.h"
 
 #include <gtest/gtest.h>
 
@@ -237,9 +238,9 @@ TEST_F(KorFilesListingTest, AnEntryTheListCannotStoreIsReportedAndSkippedWithCod
     const TempFile file("C:\\n\\a.txt\t1\tmigrated\n"
                         "C:\\n\\b.txt\t1\tstub\n");
     // The first allocation of the list is the item of the first line.
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     const int code = run({L"--listing=" + file.path()});
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_clearInjection();
     EXPECT_EQ(1, code);
     const std::string detail =
         file.name() + ":1: entry refused: [E] _E_::Memory: There is not enough memory.";

@@ -199,11 +199,11 @@ TEST(MigrationListing, AnEntryTheListCannotStoreIsReportedLikeAMalformedLine) {
     MigrationListing listing;
     LogCheck log;
     // The first allocation of the list is the item of the first line.
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     const std::vector<UQErrno> errors = listing.mf_read("C:\\n\\a.txt\t1\tmigrated\n"
                                                         "C:\\n\\b.txt\t1\tmigrated\n",
                                                         L"nomemory.txt");
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_clearInjection();
     UQNumberFormatter::mf_resetConfiguration();
     ASSERT_EQ(1u, errors.size());
     EXPECT_EQ(&UQErrno::_E_::Memory, errors[0].mf_getData().mf_getValue());

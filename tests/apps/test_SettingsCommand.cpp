@@ -2,6 +2,7 @@
 // names and values, and a registry that fails.
 #include "KorFilesSettingsTestSupport.h"
 #include "SettingsCommand.h"
+#include "interfaces/korbase_testing.h"
 
 using namespace korfilessettings;
 
@@ -138,7 +139,7 @@ TEST_F(KorFilesSettingsTest, StoredTextIsShownAsUtf8OnOneLine) {
 }
 
 TEST_F(KorFilesSettingsTest, AFailingRegistryShowsTheDefaultsOfTheGetters) {
-    UQRegistry::mf_injectFailure(0, 1000);
+    UQRegistryInjection::mf_injectFailure(0, 1000);
     EXPECT_EQ(0, settings());
     EXPECT_EQ("management-class:\n"
               "backup-before-migrate: yes\n"
@@ -489,7 +490,7 @@ TEST_F(KorFilesSettingsTest, HelpDescribesTheCommandAndItsSettings) {
 // A registry that refuses the change
 
 TEST_F(KorFilesSettingsTest, ASetterThatFailsGivesOneLineWithCode1) {
-    UQRegistry::mf_injectFailure(0, 1);
+    UQRegistryInjection::mf_injectFailure(0, 1);
     EXPECT_EQ(1, settings({L"set", L"management-class", L"gold"}));
     const std::string detail = injected(machineValue("MgmtClassDefault", MIGRATION));
     EXPECT_EQ("korfiles: cannot set management-class: " + registryError(detail) + "\n", err.text);
@@ -502,14 +503,14 @@ TEST_F(KorFilesSettingsTest, ASetterThatFailsGivesOneLineWithCode1) {
     EXPECT_FALSE(machineExists(MIGRATION, L"MgmtClassDefault"));
 
     m_log.clear();
-    UQRegistry::mf_injectFailure(0, 1);
+    UQRegistryInjection::mf_injectFailure(0, 1);
     EXPECT_EQ(1, settings({L"set", L"retrieval-file-security", L"no"}));
     const std::string flagDetail = injected(machineValue("FileSecurityDefault", RETRIEVE));
     EXPECT_EQ("korfiles: cannot set retrieval-file-security: " + registryError(flagDetail) + "\n", err.text);
     EXPECT_EQ(2u, m_log.count());
 
     m_log.clear();
-    UQRegistry::mf_injectFailure(0, 1);
+    UQRegistryInjection::mf_injectFailure(0, 1);
     EXPECT_EQ(1, settings({L"set", L"history-search-root", L"D:\\x"}));
     const std::string rootDetail = injected(userValue("HistorySearchRoot"));
     EXPECT_EQ("korfiles: cannot set history-search-root: " + registryError(rootDetail) + "\n", err.text);
@@ -517,7 +518,7 @@ TEST_F(KorFilesSettingsTest, ASetterThatFailsGivesOneLineWithCode1) {
 }
 
 TEST_F(KorFilesSettingsTest, TheThrowingOptionFileSetterIsReportedByItsError) {
-    UQRegistry::mf_injectFailure(0, 1);
+    UQRegistryInjection::mf_injectFailure(0, 1);
     EXPECT_EQ(1, settings({L"set", L"backup-option-file", L"x.opt"}));
     // The error names the value written, where the setter's record names BackupBeforeMigrate.
     const std::string detail = injected(machineValue("BackupOptionFileDefault", BACKUP));
@@ -532,7 +533,7 @@ TEST_F(KorFilesSettingsTest, TheThrowingOptionFileSetterIsReportedByItsError) {
 
 TEST_F(KorFilesSettingsTest, AFailedMruWriteGivesCode1ThoughTheUpdateAnswers1) {
     // The existence check passes (the value is missing), the write fails.
-    UQRegistry::mf_injectFailure(1, 1);
+    UQRegistryInjection::mf_injectFailure(1, 1);
     EXPECT_EQ(1, settings({L"mru", L"add", L"a.opt"}));
     const std::string detail = injected(userValue("BackupOptionFilesMru"));
     EXPECT_EQ("korfiles: cannot add 'a.opt' to the option-file MRU: " + registryError(detail) + "\n",
@@ -550,7 +551,7 @@ TEST_F(KorFilesSettingsTest, AFailedMruWriteGivesCode1ThoughTheUpdateAnswers1) {
     // A failed read ends a removal before anything changes.
     storeMru({"a.opt"});
     m_log.clear();
-    UQRegistry::mf_injectFailure(0, 1);
+    UQRegistryInjection::mf_injectFailure(0, 1);
     EXPECT_EQ(1, settings({L"mru", L"remove", L"a.opt"}));
     const std::string readDetail = injected(userValue("BackupOptionFilesMru"));
     EXPECT_EQ("korfiles: cannot remove 'a.opt' from the option-file MRU: " + registryError(readDetail) + "\n",

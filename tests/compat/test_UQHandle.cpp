@@ -4,6 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#if defined(_WIN32)
+#include <unknwn.h>
+#endif
+
 #include <cstdio>
 #include <type_traits>
 #include <utility>
@@ -78,13 +82,13 @@ TEST_F(UQHandleTest, ResetClosesTheOldHandleAndKeepsTheNewOne) {
 TEST_F(UQHandleTest, MovingHandsTheHandleOnAndLeavesTheSourceEmpty) {
     CountedHandle source(3);
     CountedHandle target(std::move(source));
-    EXPECT_FALSE(source);
+    EXPECT_FALSE(source); // NOLINT(bugprone-use-after-move): the moved-from state is the subject
     EXPECT_EQ(target.mf_get(), 3);
     CountedHandle other(4);
     other = std::move(target);
     EXPECT_EQ(g_anClosed, std::vector<int>{4});
     EXPECT_EQ(other.mf_get(), 3);
-    EXPECT_FALSE(target);
+    EXPECT_FALSE(target); // NOLINT(bugprone-use-after-move): the moved-from state is the subject
 }
 
 TEST_F(UQHandleTest, MovingAnOwnerOntoItselfKeepsTheHandle) {
@@ -170,8 +174,8 @@ TEST_F(UQHandleTest, AFileHandleTakesInvalidHandleValueAsAbsent) {
     ASSERT_NE(GetTempPathW(MAX_PATH, szDirectory), 0u);
     ASSERT_NE(GetTempFileNameW(szDirectory, L"kor", 0, szPath), 0u);
     {
-        UQFileHandle file(CreateFileW(szPath, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL,
-                                      nullptr));
+        UQFileHandle file(
+            CreateFileW(szPath, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
         ASSERT_TRUE(file);
     }
     // Closed: a second exclusive open succeeds.

@@ -1,6 +1,7 @@
 // UQComboBox's most-recently-used lists in the user's registry: filling a real combo box from a stored
 // list and choice, and writing back what the user chose or typed.
 #include "RegistryProbe.h"
+#include "interfaces/korbase_testing.h"
 
 #include "guibase/settings/RegistrySandbox.h"
 #include "guibase/toolkit/UQComboBox.h"
@@ -100,13 +101,13 @@ TEST_F(UQComboBoxRegistry, APathThatDoesNotExistLeavesTheControlUntouchedEvenWit
 
 TEST_F(UQComboBoxRegistry, ARegistryThatCannotTellWhetherThePathExistsLeavesTheControlUntouched) {
     UQRegistry::mf_setValues(L"Authorities", TextList({L"a"}), m_sPath, HKEY_CURRENT_USER);
-    UQRegistry::mf_injectFailure(0);
+    UQRegistryInjection::mf_injectFailure(0);
     const RegistryFailure refused =
         registryFailure([&] { UQRegistry::mf_PathExists(m_sPath, HKEY_CURRENT_USER); });
     TestDialog dialog;
     HWND hCombo = dialog.item(IDC_COMBO);
     UQComboBox::mf_addText(hCombo, L"keep");
-    UQRegistry::mf_injectFailure(0);
+    UQRegistryInjection::mf_injectFailure(0);
     LogCheck log;
     EXPECT_EQ(UQComboBox::mf_initFromRegistry(hCombo, L"Authorities", m_sPath, L"Authority", L"default"), 0);
     EXPECT_EQ(itemsOf(hCombo), (std::vector<std::string>{"keep"}));
@@ -270,12 +271,12 @@ TEST_F(UQComboBoxRegistry, FailedWritesAreLoggedWithTheListKeyAndSavingStillRetu
     HWND hCombo = dialog.item(IDC_COMBO);
     UQComboBox::mf_addText(hCombo, L"a");
     UQComboBox::mf_selectIndex(hCombo, 0);
-    UQRegistry::mf_injectFailure(0, 2);
+    UQRegistryInjection::mf_injectFailure(0, 2);
     const RegistryFailure list = registryFailure(
         [&] { UQRegistry::mf_setValues(L"Authorities", TextList({L"a"}), m_sPath, HKEY_CURRENT_USER); });
     const RegistryFailure choice =
         registryFailure([&] { UQRegistry::mf_setValue(L"Authority", L"a", 0, m_sPath, HKEY_CURRENT_USER); });
-    UQRegistry::mf_injectFailure(0, 2);
+    UQRegistryInjection::mf_injectFailure(0, 2);
     LogCheck log;
     EXPECT_EQ(UQComboBox::mf_saveToRegistry(hCombo, L"Authorities", m_sPath, L"Authority"), 1);
     EXPECT_EQ(
@@ -286,7 +287,7 @@ TEST_F(UQComboBoxRegistry, FailedWritesAreLoggedWithTheListKeyAndSavingStillRetu
          choice.lines +
          std::vector<LogLine>{{'E', "UQComboBox::mf_saveToRegistry",
                                "Failure setting registry keys 'Authorities':\r\n" + kTab + choice.error}}));
-    UQRegistry::mf_clearInjection();
+    UQRegistryInjection::mf_clearInjection();
     EXPECT_FALSE(UQRegistry::mf_exists(L"Authorities", m_sPath, HKEY_CURRENT_USER));
 }
 

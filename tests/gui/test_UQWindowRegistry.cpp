@@ -1,6 +1,7 @@
 // UQWindow's registry persistence of a window text: the registry root per backend, reading a value into a
 // control, writing a control's text, and the failures of both.
 #include "RegistryProbe.h"
+#include "interfaces/korbase_testing.h"
 
 #include "guibase/settings/RegistrySandbox.h"
 #include "guibase/toolkit/UQWindow.h"
@@ -109,12 +110,12 @@ TEST_F(UQWindowRegistry, WithABackendTheSavedTextIsReadBackUnderTheBackendsRoot)
 }
 
 TEST_F(UQWindowRegistry, SaveToRegistryReturnsOneEvenWhenTheWriteFails) {
-    UQRegistry::mf_injectFailure(0);
+    UQRegistryInjection::mf_injectFailure(0);
     const RegistryFailure refused = registryFailure(
         [] { UQRegistry::mf_setValue(L"OptionFile", L"x", 0, CString(), HKEY_CURRENT_USER); });
     TestDialog dialog;
     SetWindowTextW(dialog.item(IDC_EDIT), L"x");
-    UQRegistry::mf_injectFailure(0);
+    UQRegistryInjection::mf_injectFailure(0);
     LogCheck log;
     EXPECT_EQ(UQWindow::mf_saveToRegistry(dialog.item(IDC_EDIT), L"OptionFile"), 1);
     EXPECT_EQ(log.lines(),

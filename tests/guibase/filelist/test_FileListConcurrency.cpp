@@ -2,6 +2,7 @@
 // close the list. Threads are joined with time limits; nothing waits by sleeping.
 #include "guibase/filelist/UQFileList.h"
 #include "guibase/filelist/UQListingFileList.h"
+#include "interfaces/korbase_testing.h"
 
 #include "FileListTestSupport.h"
 
@@ -179,7 +180,7 @@ TEST(FileListConcurrency, InjectedFailuresOnOneProducerLeaveTheOtherUntouched) {
     Outcome a = start([&]() -> std::string {
         for (int i = 0; i < kPerProducer; ++i) {
             if (i % kEvery == 0)
-                UQAllocation::mf_injectFailure(0);
+                UQAllocationInjection::mf_injectFailure(0);
             const std::string c = thrownCategory([&] {
                 list.mf_add(UQCMEntry(producerPath(L'A', i), 1, UQFileSize(i), testTime()), L"Migrated");
             });

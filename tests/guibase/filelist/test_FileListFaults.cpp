@@ -1,6 +1,7 @@
 // Allocation failures inside a list add: the category reaches the caller, the innermost record comes
 // first and the add overload's own record last, nothing is half-added and the lock is free afterwards.
 #include "guibase/filelist/UQFileList.h"
+#include "interfaces/korbase_testing.h"
 
 #include "FileListTestSupport.h"
 
@@ -30,7 +31,7 @@ std::string itemRecordTail(const std::string& path, std::uint32_t version, const
 class FileListFaults : public ::testing::Test {
 protected:
     void SetUp() override { list.mf_add(entry(L"C:\\data\\a.txt", 1), L"Migrated"); }
-    void TearDown() override { UQAllocation::mf_clearInjection(); }
+    void TearDown() override { UQAllocationInjection::mf_clearInjection(); }
 
     // Another thread adds a new path right after the failure: the lock was left.
     void expectLockFree() {
@@ -45,7 +46,7 @@ protected:
 
 TEST_F(FileListFaults, NullItemAllocationIsMemoryAndAddsNothing) {
     LogCheck log;
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     EXPECT_EQ(thrownCategory([&] { list.mf_add(entry(L"C:\\data\\b.txt", 3), L"Migrated"); }), "_E_::Memory");
     EXPECT_EQ(
         log.lines(),
@@ -61,7 +62,7 @@ TEST_F(FileListFaults, NullItemAllocationIsMemoryAndAddsNothing) {
 
 TEST_F(FileListFaults, ThrownItemAllocationKeepsItsCategory) {
     LogCheck log;
-    UQAllocation::mf_injectError(0, UQErrno::_E_::Internal);
+    UQAllocationInjection::mf_injectError(0, UQErrno::_E_::Internal);
     EXPECT_EQ(thrownCategory([&] { list.mf_add(entry(L"C:\\data\\b.txt", 3), L"Migrated"); }),
               "_E_::Internal");
     const std::string internal = errorText(UQErrno::_E_::Internal);
@@ -78,7 +79,7 @@ TEST_F(FileListFaults, ThrownItemAllocationKeepsItsCategory) {
 
 TEST_F(FileListFaults, NullVersionAllocationInANewItemFreesTheItem) {
     LogCheck log;
-    UQAllocation::mf_injectFailure(1); // the item's memory comes, its first version's does not
+    UQAllocationInjection::mf_injectFailure(1); // the item's memory comes, its first version's does not
     EXPECT_EQ(thrownCategory([&] { list.mf_add(entry(L"C:\\data\\b.txt", 3), L"Migrated"); }), "_E_::Memory");
     const std::string memory = errorText(UQErrno::_E_::Memory);
     EXPECT_EQ(
@@ -103,7 +104,7 @@ TEST_F(FileListFaults, NullVersionAllocationInANewItemFreesTheItem) {
 
 TEST_F(FileListFaults, NullVersionAllocationForAKnownPathLeavesTheItemAsItWas) {
     LogCheck log;
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     EXPECT_EQ(thrownCategory([&] { list.mf_add(entry(L"C:\\data\\a.txt", 2), L"Migrated"); }), "_E_::Memory");
     const std::string memory = errorText(UQErrno::_E_::Memory);
     EXPECT_EQ(
@@ -132,7 +133,7 @@ TEST_F(FileListFaults, NullVersionAllocationForAKnownPathLeavesTheItemAsItWas) {
 
 TEST_F(FileListFaults, ThrownVersionAllocationForAKnownPathKeepsItsCategory) {
     LogCheck log;
-    UQAllocation::mf_injectError(0, UQErrno::_E_::Memory);
+    UQAllocationInjection::mf_injectError(0, UQErrno::_E_::Memory);
     EXPECT_EQ(thrownCategory([&] { list.mf_add(entry(L"C:\\data\\a.txt", 2), L"Migrated"); }), "_E_::Memory");
     const std::vector<LogLine> lines = log.lines();
     ASSERT_EQ(lines.size(), 4u);
@@ -151,7 +152,7 @@ TEST_F(FileListFaults, ThrownVersionAllocationForAKnownPathKeepsItsCategory) {
 
 TEST_F(FileListFaults, BackupEventFailureNamesTheEvent) {
     LogCheck log;
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     EXPECT_EQ(thrownCategory(
                   [&] { list.mf_add(UQBackupEvent(L"C:\\data\\b.txt", UQSeverity::Info, L"Backed up")); }),
               "_E_::Memory");
@@ -169,7 +170,7 @@ TEST_F(FileListFaults, BackupEventFailureNamesTheEvent) {
 
 TEST_F(FileListFaults, SourceEventFailureNamesTheEvent) {
     LogCheck log;
-    UQAllocation::mf_injectError(0, UQErrno::_E_::Memory);
+    UQAllocationInjection::mf_injectError(0, UQErrno::_E_::Memory);
     EXPECT_EQ(
         thrownCategory([&] { list.mf_add(UQSourceEvent(L"C:\\data", L"b.txt", UQSeverity::Info, L"Seen")); }),
         "_E_::Memory");
@@ -198,7 +199,7 @@ TEST_F(FileListFaults, RefusalOnAClosedListLeavesTheLockFree) {
 }
 
 TEST_F(FileListFaults, TheListTakesAddsAgainAfterAFailure) {
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     EXPECT_EQ(thrownCategory([&] { list.mf_add(entry(L"C:\\data\\b.txt", 1), L"Migrated"); }), "_E_::Memory");
     list.mf_add(entry(L"C:\\data\\b.txt", 1), L"Migrated");
     list.mf_add(entry(L"C:\\data\\b.txt", 2), L"Migrated");

@@ -194,9 +194,9 @@ TEST(UQFileListItem, CopyIsUnselectedEvenWhenItsSourceIsSelected) {
 TEST(UQFileListItem, FailedCopyLogsAndThrowsTheCategoryWithoutLeaking) {
     auto source = itemWithVersions({1, 2, 3});
     LogCheck log;
-    UQAllocation::mf_injectError(1, UQErrno::_E_::Memory); // the second version's allocation throws
+    UQAllocationInjection::mf_injectError(1, UQErrno::_E_::Memory); // the second version's allocation throws
     EXPECT_EQ(thrownCategory([&] { UQFileListItem copy(*source); }), "_E_::Memory");
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_clearInjection();
     const std::string memory = utf8(UQErrno(UQErrno::_E_::Memory).mf_toString());
     EXPECT_EQ(log.lines(),
               (std::vector<LogLine>{{'E', "UQFileListItem::mf_implAddVersion",
@@ -209,9 +209,9 @@ TEST(UQFileListItem, FailedCopyLogsAndThrowsTheCategoryWithoutLeaking) {
 TEST(UQFileListItem, AddVersionFailureRecordKeepsTheSecondTextUnexpanded) {
     auto item = itemWithVersions({1});
     LogCheck log;
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     EXPECT_EQ(thrownCategory([&] { item->mf_addVersion(2, UQFileSize(-5), kTime); }), "_E_::Memory");
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_clearInjection();
     EXPECT_EQ(
         log.lines(),
         (std::vector<LogLine>{
@@ -226,9 +226,9 @@ TEST(UQFileListItem, AddVersionFailureRecordKeepsTheSecondTextUnexpanded) {
 TEST(UQFileListItem, ThrownAllocationErrorIsLoggedAndPassedOn) {
     auto item = itemWithVersions({1});
     LogCheck log;
-    UQAllocation::mf_injectError(0, UQErrno::_E_::Internal);
+    UQAllocationInjection::mf_injectError(0, UQErrno::_E_::Internal);
     EXPECT_EQ(thrownCategory([&] { item->mf_addVersion(2, UQFileSize(7), kTime); }), "_E_::Internal");
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_clearInjection();
     const std::vector<LogLine> lines = log.lines();
     ASSERT_EQ(lines.size(), 2u);
     EXPECT_EQ(
@@ -242,11 +242,11 @@ TEST(UQFileListItem, ThrownAllocationErrorIsLoggedAndPassedOn) {
 TEST(UQFileListItem, OutOfRangeTimeInAFailureRecordReadsFileTimeError) {
     UQFileListItem item(L"C:\\data\\a.txt", 0, L"", UQSeverity());
     LogCheck log;
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     EXPECT_EQ(
         thrownCategory([&] { item.mf_addVersion(1, UQFileSize(1), UQFileTime(0x8000000000000000ull)); }),
         "_E_::Memory");
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_clearInjection();
     const std::vector<LogLine> lines = log.lines();
     // Each failure record converts the time for its text, and each conversion logs its own failure first.
     ASSERT_EQ(lines.size(), 4u);

@@ -1,4 +1,5 @@
 #include "guibase/filelist/UQListingFileList.h"
+#include "interfaces/korbase_testing.h"
 
 #include "FileListTestSupport.h"
 
@@ -184,9 +185,9 @@ TEST(UQListingFileList, FailedEntryIsWrappedAndAddsNothing) {
     UQListingFileList list;
     report(list, L"C:\\a", 1, L"Migrated", kGreen);
     LogCheck log;
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     EXPECT_EQ(thrownCategory([&] { report(list, L"C:\\b", 3, L"Migrated", kGreen); }), "_E_::Memory");
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_clearInjection();
     EXPECT_EQ(
         log.lines(),
         (std::vector<LogLine>{
@@ -204,9 +205,9 @@ TEST(UQListingFileList, FailedVersionForAKnownPathIsWrappedAndLeavesTheItem) {
     UQListingFileList list;
     report(list, L"C:\\a", 1, L"Migrated", kGreen);
     LogCheck log;
-    UQAllocation::mf_injectError(0, UQErrno::_E_::Memory);
+    UQAllocationInjection::mf_injectError(0, UQErrno::_E_::Memory);
     EXPECT_EQ(thrownCategory([&] { report(list, L"C:\\a", 2, L"Migrated", kGreen); }), "_E_::Memory");
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_clearInjection();
     const std::vector<LogLine> lines = log.lines();
     ASSERT_EQ(lines.size(), 4u);
     EXPECT_EQ(lines[0].function, "UQFileListItem::mf_implAddVersion");

@@ -184,7 +184,7 @@ TEST_F(GuiRegistryTest, MissingDefaultOptionFileReadsAsEmpty) {
 }
 
 TEST_F(GuiRegistryTest, FailingDefaultOptionFileWriteNamesBackupBeforeMigrateAndThrows) {
-    UQRegistry::mf_injectFailure(0, 1);
+    UQRegistryInjection::mf_injectFailure(0, 1);
     EXPECT_EQ(thrownCategory([] { UQGuiRegistry::mf_setDefaultBackupOptionFilePath(L"x.opt"); }),
               "_E_::Registry");
     const std::string detail = injected(machineValue("BackupOptionFileDefault", BACKUP));
@@ -230,7 +230,7 @@ TEST_F(GuiRegistryTest, EveryGetterAndSetterSurvivesAFailingRegistry) {
     UQRegistry::mf_setValue(L"MgmtClassDefault", L"GOLD", 0, w(MIGRATION), HKEY_LOCAL_MACHINE);
     UQRegistry::mf_setValue(L"HistorySearchRoot", L"D:\\", 0, L"", HKEY_CURRENT_USER);
     storeMru({"a.opt"});
-    UQRegistry::mf_injectFailure(0, 1000);
+    UQRegistryInjection::mf_injectFailure(0, 1000);
 
     struct Call {
         const char* function;
@@ -346,7 +346,7 @@ TEST_F(GuiRegistryTest, EveryGetterAndSetterSurvivesAFailingRegistry) {
     EXPECT_EQ(m_log.lines().size(), 2u);
 
     // Nothing was changed.
-    UQRegistry::mf_clearInjection();
+    UQRegistryInjection::mf_clearInjection();
     EXPECT_EQ(machineString(MIGRATION, L"MgmtClassDefault"), "GOLD");
     EXPECT_FALSE(machineExists(MIGRATION, L"FileSecurityDefault"));
     EXPECT_EQ(mru(), (std::vector<std::string>{"a.opt"}));

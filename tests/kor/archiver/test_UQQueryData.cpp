@@ -147,9 +147,9 @@ TEST(UQQueryData, CloneIsAnEqualCopyOfItsOwn) {
 TEST(UQQueryData, CloneWithoutMemoryIsLoggedAndThrown) {
     const UQQueryData d = data(L"\\\\srv\\a", 5);
     LogCheck log;
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     EXPECT_EQ(thrownCategory([&] { delete d.mf_clone(); }), "_E_::Memory");
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_clearInjection();
     EXPECT_EQ(log.lines(),
               (std::vector<LogLine>{{'E', "UQQueryData::mf_clone",
                                      "No memory to clone query data:\r\n    " + utf8(d.mf_toString())}}));
@@ -240,9 +240,9 @@ TEST(UQQueryData, SortWithoutMemoryLeavesTheArrayAsItWas) {
     r.add(data(L"\\\\srv\\a", 1));
     const auto before = r.keys();
     LogCheck log;
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     EXPECT_EQ(thrownCategory([&] { UQQueryData::mf_sortByPathAndVersion(1, 1, r.array()); }), "_E_::Memory");
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_clearInjection();
     EXPECT_EQ(r.keys(), before);
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{{'E', "UQQueryData::mf_sortByPathAndVersion::1",
                                                   "No memory for 1 sort entries (" +
@@ -251,17 +251,17 @@ TEST(UQQueryData, SortWithoutMemoryLeavesTheArrayAsItWas) {
 
 TEST(UQQueryData, SortingOneRecordOrNoneNeedsNoMemory) {
     Records r;
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     EXPECT_EQ(thrownCategory([&] { UQQueryData::mf_sortByPathAndVersion(1, 1, r.array()); }), "no exception");
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_clearInjection();
     r.add(data(L"\\\\srv\\a", 1));
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     EXPECT_EQ(thrownCategory([&] { UQQueryData::mf_sortByPathAndVersion(1, 1, r.array()); }), "no exception");
     Item only(data(L"\\\\srv\\b", 1));
     UVQueryItem* items[] = {&only};
     EXPECT_EQ(thrownCategory([&] { UQQueryData::mf_sortByAccessOrder(items, 1); }), "no exception");
     EXPECT_EQ(thrownCategory([&] { UQQueryData::mf_sortByPathAndVersion(1, 1, items, 1); }), "no exception");
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_clearInjection();
     EXPECT_EQ(r.keys(), std::vector<std::string>{"\\\\srv\\a v1"});
 }
 
@@ -300,10 +300,10 @@ TEST(UQQueryData, ItemSortWithoutMemoryIsLogged) {
     Item b(data(L"\\\\srv\\b", 1)), a(data(L"\\\\srv\\a", 1));
     std::vector<UVQueryItem*> items = {&b, &a};
     LogCheck log;
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     EXPECT_EQ(thrownCategory([&] { UQQueryData::mf_sortByPathAndVersion(1, 1, items.data(), 2); }),
               "_E_::Memory");
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_clearInjection();
     EXPECT_EQ(keys(items), (std::vector<std::string>{"\\\\srv\\b v1", "\\\\srv\\a v1"}));
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{{'E', "UQQueryData::mf_sortByPathAndVersion::2",
                                                   "No memory for 3 sort entries (" +

@@ -62,7 +62,7 @@ template <class F> Thrown thrown(F&& f) {
 
 class UQRegistryTest : public ::testing::Test {
 protected:
-    void TearDown() override { UQRegistry::mf_clearInjection(); }
+    void TearDown() override { UQRegistryInjection::mf_clearInjection(); }
 
     registrytest::RegistrySandbox m_sandbox;
     LogCheck m_log;
@@ -348,7 +348,7 @@ TEST_F(UQRegistryTest, UnknownHiveIsAParameterError) {
 }
 
 TEST_F(UQRegistryTest, InjectedFailuresComeDueInTurnAndEnd) {
-    UQRegistry::mf_injectFailure(1, 2);
+    UQRegistryInjection::mf_injectFailure(1, 2);
     UQRegistry::mf_setValue(L"A", 1, kKey, HKEY_LOCAL_MACHINE);
     int n = 0;
     const Thrown first = thrown([&] { UQRegistry::mf_getValue(L"A", n, kKey, HKEY_LOCAL_MACHINE); });
@@ -364,7 +364,7 @@ TEST_F(UQRegistryTest, InjectedFailuresComeDueInTurnAndEnd) {
 }
 
 TEST_F(UQRegistryTest, InjectionLeavesTheRegistryRootAndOtherThreadsAlone) {
-    UQRegistry::mf_injectFailure(0, 1);
+    UQRegistryInjection::mf_injectFailure(0, 1);
     EXPECT_EQ(s(UQRegistry::mf_getRegistryRoot(L"Backup")),
               "SOFTWARE\\Corvex\\Stormex\\CurrentVersion\\HSMClient\\Backup");
     std::string other;
@@ -377,8 +377,8 @@ TEST_F(UQRegistryTest, InjectionLeavesTheRegistryRootAndOtherThreadsAlone) {
 }
 
 TEST_F(UQRegistryTest, ClearedInjectionNoLongerFails) {
-    UQRegistry::mf_injectFailure(0, 3);
-    UQRegistry::mf_clearInjection();
+    UQRegistryInjection::mf_injectFailure(0, 3);
+    UQRegistryInjection::mf_clearInjection();
     EXPECT_EQ(UQRegistry::mf_exists(L"B", kKey, HKEY_LOCAL_MACHINE), 0);
     EXPECT_EQ(m_log.count(), 0u);
 }
