@@ -1,4 +1,5 @@
 #include "FileVersionList.h"
+#include "support/PathList.h"
 
 #include "support/LogCheck.h"
 
@@ -26,13 +27,6 @@ void add(FileVersionList& list, const FileVersionRecord& r) {
     std::string problem;
     ASSERT_EQ(1, list.mf_add(r, problem)) << problem;
     EXPECT_EQ("", problem);
-}
-
-std::vector<std::string> paths(const UQFileListItem::Array& items) {
-    std::vector<std::string> out;
-    for (INT_PTR i = 0; i < items.GetSize(); ++i)
-        out.push_back(utf8(items[i]->mf_getPath()));
-    return out;
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "KorFilesTestSupport.h"
 #include "KorFilesTool.h"
+#include "support/KorFilesUsage.h"
 
 #include <gtest/gtest.h>
 
@@ -129,14 +130,7 @@ TEST_F(KorFilesToolTest, ADirectoryCannotBeReadEither) {
 }
 
 TEST_F(KorFilesToolTest, BadUsageGivesOneLineAndTheUsageWithCode2) {
-    const std::string usage =
-        "Usage: korfiles [--sort=path|result] [--descending] [FILE]\n"
-        "       korfiles --listing[=FILE] [--no-stubs] [--skip=info,warning,error] [--sort=path|result]\n"
-        "                [--descending]\n"
-        "       korfiles search [PATTERN] [--store=FILE] [--from=DATE] [--to=DATE] [--exclude=STATES]\n"
-        "                [--sort=path|status|security|streams] [--descending] [--latest-only]\n"
-        "                [--retrieval-order]\n"
-        "       korfiles settings [--registry=STORE] [set NAME VALUE | mru add PATH | mru remove PATH]\n";
+    const std::string& usage = KORFILES_USAGE;
     struct Case {
         std::vector<CString> args;
         std::string error;

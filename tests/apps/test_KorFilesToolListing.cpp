@@ -1,6 +1,7 @@
 #include "KorFilesTestSupport.h"
 #include "KorFilesTool.h"
 #include "interfaces/korbase_testing.h"
+#include "support/KorFilesUsage.h"
 
 #include <gtest/gtest.h>
 
@@ -35,15 +36,6 @@ protected:
     StringOutput err;
     LogCheck log;
 };
-
-const char* const kUsage =
-    "Usage: korfiles [--sort=path|result] [--descending] [FILE]\n"
-    "       korfiles --listing[=FILE] [--no-stubs] [--skip=info,warning,error] [--sort=path|result]\n"
-    "                [--descending]\n"
-    "       korfiles search [PATTERN] [--store=FILE] [--from=DATE] [--to=DATE] [--exclude=STATES]\n"
-    "                [--sort=path|status|security|streams] [--descending] [--latest-only]\n"
-    "                [--retrieval-order]\n"
-    "       korfiles settings [--registry=STORE] [set NAME VALUE | mru add PATH | mru remove PATH]\n";
 
 // One file of each severity, two stub files (one given by its status, one by its result text) and one
 // whose result differs from the stub-file message in case only.
@@ -315,7 +307,7 @@ TEST_F(KorFilesListingTest, BadListingOptionsGiveOneLineAndTheUsageWithCode2) {
         StringOutput caseErr;
         EXPECT_EQ(2, KorFilesTool::mf_run(c.args, L"unused.txt", L"unused-listing.txt", caseOut, caseErr))
             << c.error;
-        EXPECT_EQ("korfiles: " + c.error + "\n" + kUsage, caseErr.text);
+        EXPECT_EQ("korfiles: " + c.error + "\n" + KORFILES_USAGE, caseErr.text);
         EXPECT_EQ("", caseOut.text);
     }
     EXPECT_EQ(std::vector<LogLine>{}, log.lines());

@@ -1,4 +1,5 @@
 #include "MigrationListing.h"
+#include "support/PathList.h"
 
 #include "support/LogCheck.h"
 
@@ -36,13 +37,6 @@ std::string mixedListing() {
            "\n"
            "C:\\l\\e-warning.txt\t2\twarning\tChanged during migration\n"
            "C:\\l\\f-failed.txt\t7\tfailed\tAccess denied\n";
-}
-
-std::vector<std::string> paths(const UQFileListItem::Array& items) {
-    std::vector<std::string> out;
-    for (INT_PTR i = 0; i < items.GetSize(); ++i)
-        out.push_back(utf8(items[i]->mf_getPath()));
-    return out;
 }
 
 MigrationListing::Filter filter(int bStubs, int bInformation, int bWarning, int bError) {

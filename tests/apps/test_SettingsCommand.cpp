@@ -3,6 +3,7 @@
 #include "KorFilesSettingsTestSupport.h"
 #include "SettingsCommand.h"
 #include "interfaces/korbase_testing.h"
+#include "support/KorFilesUsage.h"
 
 using namespace korfilessettings;
 
@@ -35,15 +36,6 @@ std::string mruLines(std::initializer_list<std::string> entries) {
         lines += "option-file-mru: " + e + "\n";
     return lines;
 }
-
-const std::string USAGE =
-    "Usage: korfiles [--sort=path|result] [--descending] [FILE]\n"
-    "       korfiles --listing[=FILE] [--no-stubs] [--skip=info,warning,error] [--sort=path|result]\n"
-    "                [--descending]\n"
-    "       korfiles search [PATTERN] [--store=FILE] [--from=DATE] [--to=DATE] [--exclude=STATES]\n"
-    "                [--sort=path|status|security|streams] [--descending] [--latest-only]\n"
-    "                [--retrieval-order]\n"
-    "       korfiles settings [--registry=STORE] [set NAME VALUE | mru add PATH | mru remove PATH]\n";
 
 } // namespace
 
@@ -313,7 +305,7 @@ TEST_F(KorFilesSettingsTest, AValueStartingWithADashFollowsDoubleDash) {
     EXPECT_EQ(0, settings({L"set", L"management-class", L"--", L"-archive-"}));
     EXPECT_EQ("management-class: -archive-\n", out.text);
     EXPECT_EQ(2, settings({L"set", L"management-class", L"-archive-"}));
-    EXPECT_EQ("korfiles: unknown option '-archive-'\n" + USAGE, err.text);
+    EXPECT_EQ("korfiles: unknown option '-archive-'\n" + KORFILES_USAGE, err.text);
 }
 
 // ---------------------------------------------------------------------------------------------------------
@@ -447,7 +439,7 @@ TEST_F(KorFilesSettingsTest, MalformedCommandLineGivesOneLineAndTheUsageWithCode
     };
     for (const Case& c : cases) {
         EXPECT_EQ(2, settings(c.args)) << c.error;
-        EXPECT_EQ("korfiles: " + c.error + "\n" + USAGE, err.text);
+        EXPECT_EQ("korfiles: " + c.error + "\n" + KORFILES_USAGE, err.text);
         EXPECT_EQ("", out.text);
     }
     EXPECT_EQ(std::vector<LogLine>{}, m_log.lines());
@@ -462,7 +454,7 @@ TEST_F(KorFilesSettingsTest, SettingsIsACommandOnlyAsTheFirstArgument) {
     // And --registry belongs to the command.
     EXPECT_EQ(2, run({L"--registry=x.sqlite"}));
     EXPECT_EQ("korfiles: --registry is an option of settings, as in korfiles settings --registry=...\n" +
-                  USAGE,
+                  KORFILES_USAGE,
               err.text);
     EXPECT_EQ(std::vector<LogLine>{}, m_log.lines());
 }
@@ -476,7 +468,7 @@ TEST_F(KorFilesSettingsTest, HelpDescribesTheCommandAndItsSettings) {
     EXPECT_EQ("", err.text);
     // The program's help has it too, after the usage of every form.
     EXPECT_EQ(0, run({L"-h"}));
-    EXPECT_EQ(0u, out.text.find(USAGE));
+    EXPECT_EQ(0u, out.text.find(KORFILES_USAGE));
     EXPECT_NE(std::string::npos, out.text.find(SettingsCommand::mf_getHelp()));
     for (const char* name :
          {"management-class", "backup-before-migrate", "migration-file-security",

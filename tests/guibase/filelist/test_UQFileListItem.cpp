@@ -1,4 +1,5 @@
 #include "guibase/filelist/UQFileListItem.h"
+#include "support/PathList.h"
 
 #include "support/LogCheck.h"
 #include "support/TestTime.h"
@@ -20,13 +21,6 @@ std::unique_ptr<UQFileListItem> itemWithVersions(std::initializer_list<std::uint
     for (std::uint32_t v : versions)
         item->mf_addVersion(v, UQFileSize(10), kTime);
     return item;
-}
-
-std::vector<std::string> paths(const UQFileListItem::Array& items) {
-    std::vector<std::string> out;
-    for (INT_PTR i = 0; i < items.GetSize(); ++i)
-        out.push_back(utf8(items[i]->mf_getPath()));
-    return out;
 }
 
 } // namespace

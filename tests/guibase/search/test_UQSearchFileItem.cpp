@@ -1,4 +1,5 @@
 #include "guibase/search/UQSearchFileItem.h"
+#include "support/PathList.h"
 
 #include "SearchRecords.h"
 
@@ -40,13 +41,6 @@ std::vector<std::uint32_t> numbers(const UQSearchFileItem& item, int ascending =
     std::vector<std::uint32_t> out;
     for (INT_PTR i = 0; i < versions.GetSize(); ++i)
         out.push_back(versions[i]->mf_getVersion());
-    return out;
-}
-
-std::vector<std::string> paths(const UQSearchFileItem::Array& items) {
-    std::vector<std::string> out;
-    for (INT_PTR i = 0; i < items.GetSize(); ++i)
-        out.push_back(utf8(items[i]->mf_getPath()));
     return out;
 }
 

@@ -1,5 +1,6 @@
 #include "guibase/filelist/UQListingFileList.h"
 #include "interfaces/korarchiver.h"
+#include "support/PathList.h"
 
 #include "support/LogCheck.h"
 
@@ -79,13 +80,6 @@ std::string errorOf(const std::string& line) {
 
 CString samplePath() {
     return CString::FromUtf8(KOR_LISTING_SAMPLE);
-}
-
-std::vector<std::string> paths(const UQFileListItem::Array& items) {
-    std::vector<std::string> out;
-    for (INT_PTR i = 0; i < items.GetSize(); ++i)
-        out.push_back(utf8(items[i]->mf_getPath()));
-    return out;
 }
 
 // A scratch file in the temporary directory, named per process so that parallel runs do not meet; removed

@@ -16,9 +16,7 @@ const std::string kIndent(24, ' ');
 
 UQLogRecord record(const UQLogData& level, const wchar_t* function, const CString& text,
                    DWORD threadId = 1234) {
-    UQLogRecord r{
-        &level, function, text, threadId, basetest::fileTimeOf(2024, 3, 7, 14, 5, 9, 250).mf_getFileTime(),
-        1};
+    UQLogRecord r{&level, function, text, threadId, fileTime(2024, 3, 7, 14, 5, 9, 250).mf_getFileTime(), 1};
     return r;
 }
 

@@ -27,7 +27,7 @@ protected:
     basetest::EnvironmentOverride m_group;
 };
 
-const UQFileTime kAfternoon = basetest::fileTimeOf(2024, 3, 7, 14, 5, 9, 250);
+const UQFileTime kAfternoon = fileTime(2024, 3, 7, 14, 5, 9, 250);
 
 } // namespace
 
@@ -119,15 +119,15 @@ TEST_F(UQNumberFormatterTest, ConfiguredPatternsAreUsed) {
 
 TEST_F(UQNumberFormatterTest, ShortFieldsHaveNoLeadingZero) {
     UQNumberFormatter::mf_configure(L"d/M/yy", L"H.m.s", L',');
-    const UQFileTime morning = basetest::fileTimeOf(2009, 1, 2, 3, 4, 5, 0);
+    const UQFileTime morning = fileTime(2009, 1, 2, 3, 4, 5, 0);
     EXPECT_EQ(s(UQNumberFormatter::mf_formatDate(morning)), "2/1/09");
     EXPECT_EQ(s(UQNumberFormatter::mf_formatTime(morning)), "3.4.5");
 }
 
 TEST_F(UQNumberFormatterTest, TwelveHourClockShowsMidnightAsTwelve) {
     UQNumberFormatter::mf_configure(L"yyyy-MM-dd", L"hh:mm t", L',');
-    EXPECT_EQ(s(UQNumberFormatter::mf_formatTime(basetest::fileTimeOf(2024, 3, 7, 0, 30, 0, 0))), "12:30 A");
-    EXPECT_EQ(s(UQNumberFormatter::mf_formatTime(basetest::fileTimeOf(2024, 3, 7, 12, 0, 0, 0))), "12:00 P");
+    EXPECT_EQ(s(UQNumberFormatter::mf_formatTime(fileTime(2024, 3, 7, 0, 30, 0, 0))), "12:30 A");
+    EXPECT_EQ(s(UQNumberFormatter::mf_formatTime(fileTime(2024, 3, 7, 12, 0, 0, 0))), "12:00 P");
 }
 
 TEST_F(UQNumberFormatterTest, QuotedTextIsCopiedAsItStands) {
