@@ -43,28 +43,19 @@ int security(const void* _pP) {
     return shownVersion(itemAt(_pP))->mf_getQueryData()->mf_hasSecurity() ? 1 : 0;
 }
 
-int securityAscending(const void* _pA, const void* _pB) {
-    const int c = security(_pA) - security(_pB);
+// A flag of the shown version first (ascending: without before with), then the path.
+template <int (*FLAG)(const void*)> int flagAscending(const void* _pA, const void* _pB) {
+    const int c = FLAG(_pA) - FLAG(_pB);
     return c != 0 ? c : pathAscending(_pA, _pB);
 }
 
-int securityDescending(const void* _pA, const void* _pB) {
-    const int c = security(_pB) - security(_pA);
+template <int (*FLAG)(const void*)> int flagDescending(const void* _pA, const void* _pB) {
+    const int c = FLAG(_pB) - FLAG(_pA);
     return c != 0 ? c : pathAscending(_pA, _pB);
 }
 
 int streams(const void* _pP) {
     return shownVersion(itemAt(_pP))->mf_getQueryData()->mf_hasADStreams() ? 1 : 0;
-}
-
-int streamsAscending(const void* _pA, const void* _pB) {
-    const int c = streams(_pA) - streams(_pB);
-    return c != 0 ? c : pathAscending(_pA, _pB);
-}
-
-int streamsDescending(const void* _pA, const void* _pB) {
-    const int c = streams(_pB) - streams(_pA);
-    return c != 0 ? c : pathAscending(_pA, _pB);
 }
 
 void sortItems(UQSearchFileItem::Array& _rItems, int (*_pCompare)(const void*, const void*),
@@ -287,11 +278,11 @@ void UQSearchFileItem::mf_sortByStatus(Array& _rItems, int _bAscending) {
 
 void UQSearchFileItem::mf_sortBySecurity(Array& _rItems, int _bAscending) {
     static const wchar_t* const _sFunction_ = L"UQFileListItem::mf_sortBySecurity";
-    sortItems(_rItems, _bAscending ? securityAscending : securityDescending, _sFunction_);
+    sortItems(_rItems, _bAscending ? flagAscending<security> : flagDescending<security>, _sFunction_);
 }
 
 void UQSearchFileItem::mf_sortByADStreams(Array& _rItems, int _bAscending) {
     // Shares the security sort's name in the log, as the product always has.
     static const wchar_t* const _sFunction_ = L"UQFileListItem::mf_sortBySecurity";
-    sortItems(_rItems, _bAscending ? streamsAscending : streamsDescending, _sFunction_);
+    sortItems(_rItems, _bAscending ? flagAscending<streams> : flagDescending<streams>, _sFunction_);
 }

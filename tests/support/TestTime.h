@@ -6,15 +6,11 @@
 
 inline SYSTEMTIME systemTime(int _nYear, int _nMonth, int _nDay, int _nHour = 0, int _nMinute = 0,
                              int _nSecond = 0, int _nMilliseconds = 0, int _nDayOfWeek = 0) {
-    SYSTEMTIME st{};
-    st.wYear = static_cast<WORD>(_nYear);
-    st.wMonth = static_cast<WORD>(_nMonth);
-    st.wDayOfWeek = static_cast<WORD>(_nDayOfWeek);
-    st.wDay = static_cast<WORD>(_nDay);
-    st.wHour = static_cast<WORD>(_nHour);
-    st.wMinute = static_cast<WORD>(_nMinute);
-    st.wSecond = static_cast<WORD>(_nSecond);
-    st.wMilliseconds = static_cast<WORD>(_nMilliseconds);
+    // In the order of the structure's fields: year, month, day of the week, day, hour, minute, second, ms.
+    const SYSTEMTIME st = {static_cast<WORD>(_nYear),      static_cast<WORD>(_nMonth),
+                           static_cast<WORD>(_nDayOfWeek), static_cast<WORD>(_nDay),
+                           static_cast<WORD>(_nHour),      static_cast<WORD>(_nMinute),
+                           static_cast<WORD>(_nSecond),    static_cast<WORD>(_nMilliseconds)};
     return st;
 }
 
