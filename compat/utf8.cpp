@@ -3,26 +3,29 @@
 namespace uqfmt {
 namespace {
 
-void appendCodePoint(std::wstring& _rsOut, char32_t _cp) {
+void appendCodePoint(std::wstring& out, char32_t cp) {
     if constexpr (sizeof(wchar_t) == 2) {
-        if (_cp >= 0x10000) {
-            _cp -= 0x10000;
-            _rsOut += static_cast<wchar_t>(0xD800 + (_cp >> 10));
-            _rsOut += static_cast<wchar_t>(0xDC00 + (_cp & 0x3FF));
+        if (cp >= 0x10000) {
+            cp -= 0x10000;
+            out += static_cast<wchar_t>(0xD800 + (cp >> 10));
+            out += static_cast<wchar_t>(0xDC00 + (cp & 0x3FF));
             return;
         }
     }
-    _rsOut += static_cast<wchar_t>(_cp);
+    out += static_cast<wchar_t>(cp);
 }
 
-} // namespace
+// An invalid byte: U+FFFD, or with _bKeepBytes the character that stands for that byte.
+void appendInvalid(std::wstring& out, unsigned char byte, bool keepBytes) {
+    out += static_cast<wchar_t>(keepBytes ? 0xDC00 + byte : 0xFFFD);
+}
 
-std::wstring utf8ToWide(const char* _pszP, std::size_t _nN) {
+std::wstring decode(const char* p, std::size_t n, bool keepBytes) {
     std::wstring out;
-    out.reserve(_nN);
-    const auto* s = reinterpret_cast<const unsigned char*>(_pszP);
+    out.reserve(n);
+    const auto* s = reinterpret_cast<const unsigned char*>(p);
     std::size_t i = 0;
-    while (i < _nN) {
+    while (i < n) {
         const unsigned char c = s[i];
         if (c < 0x80) {
             out += static_cast<wchar_t>(c);
@@ -45,12 +48,12 @@ std::wstring utf8ToWide(const char* _pszP, std::size_t _nN) {
             cp = c & 0x07;
             min = 0x10000;
         } else {
-            out += static_cast<wchar_t>(0xFFFD);
+            appendInvalid(out, c, keepBytes);
             ++i;
             continue;
         }
-        if (i + static_cast<std::size_t>(extra) >= _nN) {
-            out += static_cast<wchar_t>(0xFFFD);
+        if (i + static_cast<std::size_t>(extra) >= n) {
+            appendInvalid(out, c, keepBytes);
             ++i;
             continue;
         }
@@ -64,7 +67,7 @@ std::wstring utf8ToWide(const char* _pszP, std::size_t _nN) {
             cp = (cp << 6) | (t & 0x3F);
         }
         if (!ok || cp < min || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) {
-            out += static_cast<wchar_t>(0xFFFD);
+            appendInvalid(out, c, keepBytes);
             ++i;
             continue;
         }
@@ -74,15 +77,44 @@ std::wstring utf8ToWide(const char* _pszP, std::size_t _nN) {
     return out;
 }
 
-std::string wideToUtf8(const wchar_t* _pszP, std::size_t _nN) {
+} // namespace
+
+std::wstring utf8ToWide(const char* p, std::size_t n) {
+    return decode(p, n, false);
+}
+
+std::wstring nativeToWide(const char* p, std::size_t n) {
+    return decode(p, n, true);
+}
+
+std::string wideToNative(const wchar_t* p, std::size_t n) {
     std::string out;
-    out.reserve(_nN);
-    for (std::size_t i = 0; i < _nN; ++i) {
-        char32_t cp = static_cast<char32_t>(_pszP[i]);
+    out.reserve(n);
+    std::size_t start = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        const char32_t c = static_cast<char32_t>(p[i]);
+        // In UTF-16 a low surrogate after a high one is half of a pair, not a kept byte.
+        const bool paired = sizeof(wchar_t) == 2 && i > 0 && static_cast<char32_t>(p[i - 1]) >= 0xD800 &&
+                            static_cast<char32_t>(p[i - 1]) <= 0xDBFF;
+        if (c < 0xDC80 || c > 0xDCFF || paired)
+            continue;
+        out += wideToUtf8(p + start, i - start);
+        out += static_cast<char>(c - 0xDC00);
+        start = i + 1;
+    }
+    out += wideToUtf8(p + start, n - start);
+    return out;
+}
+
+std::string wideToUtf8(const wchar_t* p, std::size_t n) {
+    std::string out;
+    out.reserve(n);
+    for (std::size_t i = 0; i < n; ++i) {
+        char32_t cp = static_cast<char32_t>(p[i]);
         if constexpr (sizeof(wchar_t) == 2) {
             cp &= 0xFFFF;
-            if (cp >= 0xD800 && cp <= 0xDBFF && i + 1 < _nN) {
-                const char32_t lo = static_cast<char32_t>(_pszP[i + 1]) & 0xFFFF;
+            if (cp >= 0xD800 && cp <= 0xDBFF && i + 1 < n) {
+                const char32_t lo = static_cast<char32_t>(p[i + 1]) & 0xFFFF;
                 if (lo >= 0xDC00 && lo <= 0xDFFF) {
                     cp = 0x10000 + ((cp - 0xD800) << 10) + (lo - 0xDC00);
                     ++i;

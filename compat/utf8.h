@@ -12,4 +12,10 @@ namespace uqfmt {
 KORCOMPAT_API std::wstring utf8ToWide(const char* _pText, std::size_t _nBytes);
 KORCOMPAT_API std::string wideToUtf8(const wchar_t* _pText, std::size_t _nChars);
 
+// File names and arguments of POSIX systems are bytes, UTF-8 by custom only. These keep every byte: one that
+// is no part of valid UTF-8 becomes U+DC80 + its value (a lone low surrogate, which valid UTF-8 never
+// gives), and such a character becomes that byte again; the rest is UTF-8 as above.
+KORCOMPAT_API std::wstring nativeToWide(const char* _pText, std::size_t _nBytes);
+KORCOMPAT_API std::string wideToNative(const wchar_t* _pText, std::size_t _nChars);
+
 } // namespace uqfmt

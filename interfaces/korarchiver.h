@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <string>
+#include <utility>
 #include <vector>
 
 #if defined(_WIN32)
@@ -325,4 +326,51 @@ private:
     explicit UQBackend(int _nValue) noexcept : m_nValue(_nValue) {}
 
     int m_nValue;
+};
+
+// The options a backup of the backup client runs with: chiefly its option file. Filled by the validation
+// with the options the file holds.
+class KORARCHIVER_API UQBackupOptions {
+public:
+    UQBackupOptions();
+    UQBackupOptions(const UQBackupOptions&) = default;
+    UQBackupOptions& operator=(const UQBackupOptions&) = default;
+    virtual ~UQBackupOptions();
+
+    // An empty path stands for the dynamic option file that the backup client writes itself.
+    void mf_setOptionsFilePath(const CString& _sPath) { m_sOptionsFilePath = _sPath; }
+    const CString& mf_getOptionsFilePath() const noexcept { return m_sOptionsFilePath; }
+
+    // The options read by the last validation: upper-case names and their values, in file order.
+    const std::vector<std::pair<CString, CString>>& mf_getOptions() const noexcept { return m_options; }
+    void mf_setOptions(std::vector<std::pair<CString, CString>> _options) { m_options = std::move(_options); }
+
+private:
+    CString m_sOptionsFilePath;
+    std::vector<std::pair<CString, CString>> m_options;
+};
+
+// The backup client of a backend (docs/option-file-format.md). Instances are made and deleted through the
+// static operations, as the client's library hands them out.
+class KORARCHIVER_API UQBackup {
+public:
+    UQBackup(const UQBackup&) = delete;
+    UQBackup& operator=(const UQBackup&) = delete;
+    virtual ~UQBackup();
+
+    // A client for the backend; only UQBackend::VRS has one (UQErrno::_E_::Parameter otherwise).
+    static UQBackup* mf_createInstance(const UQBackend& _backend);
+    // Deletes an instance; null is refused with UQErrno::_E_::Parameter.
+    static void mf_deleteInstance(UQBackup* _pInstance);
+    // Reads and checks the option file of _options (an empty path is the dynamic file and valid) and
+    // answers 1 when it is valid. An invalid file throws UQErrno whose detail names the file and the line:
+    // _E_::File when it cannot be read, _E_::Format for what it holds; _rError gets the same data.
+    static int mf_validateOptions(UQBackup* _pInstance, UQBackupOptions& _options, UQErrnoData& _rError);
+
+    const UQBackend& mf_getBackend() const noexcept { return m_backend; }
+
+private:
+    explicit UQBackup(const UQBackend& _backend);
+
+    UQBackend m_backend;
 };

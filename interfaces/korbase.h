@@ -480,6 +480,15 @@ public:
 
     // Its failure injection for tests: UQRegistryInjection (interfaces/korbase_testing.h).
 
+private:
+    friend class UQRegistryUpdate;
+    // UQRegistryUpdate's work, done here where the store's failures are worded.
+    static void* mf_implBeginUpdate(const wchar_t* _pszFunction, const CString& _sName, const CString& _sKey,
+                                    HKEY _hHive);
+    static void mf_implCommitUpdate(const wchar_t* _pszFunction, void* _pLock, const CString& _sName,
+                                    const CString& _sKey, HKEY _hHive);
+
+public:
 #if !defined(_WIN32)
     // The database file of the store: the file set here, else KOR_REGISTRY_FILE when set, else
     // mf_getDefaultStoreFile(). An empty path goes back to that choice. Takes effect with the next
@@ -489,6 +498,38 @@ public:
     // $XDG_CONFIG_HOME (or ~/.config)/korguibase/registry.sqlite.
     static CString mf_getDefaultStoreFile();
 #endif
+};
+
+// Holds one registry value still while it is read, changed and written back, so that an update of another
+// thread or process cannot slip in between and be lost, or make this one lost. The operations of the
+// holding thread work as usual inside it; other threads and processes that write the value wait (natively
+// the whole store waits: the update is one write transaction). Natively the update's writes last only once
+// mf_commit has succeeded, and are rolled back when the object goes without it; on Windows every write
+// lands when made and the object holds a named mutex that every write of the value takes too. The
+// constructor counts for no injected failure (UQRegistryInjection::mf_injectFailure).
+class KORBASE_API UQRegistryUpdate {
+public:
+    // Waits as long as a write waits for another process (docs/registry.md). A failure is logged under
+    // "UQRegistryUpdate::UQRegistryUpdate" and thrown as UQErrno::_E_::Registry.
+    UQRegistryUpdate(const CString& _sName, const CString& _sKey, HKEY _hHive);
+    ~UQRegistryUpdate();
+    UQRegistryUpdate(const UQRegistryUpdate&) = delete;
+    UQRegistryUpdate& operator=(const UQRegistryUpdate&) = delete;
+    // The update moves with the object; it stays with the thread that began it.
+    UQRegistryUpdate(UQRegistryUpdate&& _other) noexcept;
+    UQRegistryUpdate& operator=(UQRegistryUpdate&& _other) noexcept;
+
+    // Makes the writes made inside the update last. A failure is logged under "UQRegistryUpdate::mf_commit"
+    // and thrown as UQErrno::_E_::Registry; the writes are then rolled back when the object goes.
+    void mf_commit();
+
+private:
+    void mf_implRelease() noexcept;
+
+    void* m_pLock;
+    CString m_sName;
+    CString m_sKey;
+    HKEY m_hHive;
 };
 
 // ---------------------------------------------------------------------------------------------------------

@@ -46,3 +46,13 @@ private:
     CString m_sDirectory;
     CString m_sFileName;
 };
+
+// The product's own places on this computer.
+class KORUTIL_API UQMain {
+public:
+    // The folder of files the product keeps for support (listing excerpts, reports): KOR_SUPPORT_DIR when
+    // set, else %LOCALAPPDATA%\Corvex\Stormex\Support on Windows and $XDG_DATA_HOME (or ~/.local/share)
+    // /korguibase/support elsewhere. Created, with its parents, when it does not exist; no trailing
+    // separator.
+    static CString mf_getSupportPath();
+};

@@ -2,21 +2,25 @@
 
 #include "compat/utf8.h"
 
-ConsoleOutput::ConsoleOutput(Stream _stream) noexcept : m_pFile(_stream == STANDARD_ERROR ? stderr : stdout) {
+#if !defined(_WIN32)
+#include <unistd.h>
+#endif
+
+ConsoleOutput::ConsoleOutput(Stream stream) noexcept : m_pFile(stream == STANDARD_ERROR ? stderr : stdout) {
 #if defined(_WIN32)
     m_hConsole = nullptr;
-    const HANDLE handle = GetStdHandle(_stream == STANDARD_ERROR ? STD_ERROR_HANDLE : STD_OUTPUT_HANDLE);
+    const HANDLE handle = GetStdHandle(stream == STANDARD_ERROR ? STD_ERROR_HANDLE : STD_OUTPUT_HANDLE);
     DWORD mode = 0;
     if (handle != nullptr && handle != INVALID_HANDLE_VALUE && GetConsoleMode(handle, &mode))
         m_hConsole = handle;
 #endif
 }
 
-void ConsoleOutput::mf_write(const std::string& _sText) noexcept {
+void ConsoleOutput::mf_write(const std::string& text) noexcept {
 #if defined(_WIN32)
     if (m_hConsole != nullptr) {
         try {
-            const std::wstring wide = uqfmt::utf8ToWide(_sText.data(), _sText.size());
+            const std::wstring wide = uqfmt::utf8ToWide(text.data(), text.size());
             std::size_t done = 0;
             while (done < wide.size()) {
                 // Bounded pieces, as large console writes can fail; a surrogate pair is never split.
@@ -35,11 +39,19 @@ void ConsoleOutput::mf_write(const std::string& _sText) noexcept {
                 done += written;
             }
         } catch (...) {
-            // Out of memory while converting: the _sText is lost, as with any failed console write.
+            // Out of memory while converting: the text is lost, as with any failed console write.
         }
         return;
     }
 #endif
-    std::fwrite(_sText.data(), 1, _sText.size(), m_pFile);
+    std::fwrite(text.data(), 1, text.size(), m_pFile);
     std::fflush(m_pFile);
+}
+
+bool ConsoleOutput::mf_isTerminal() const noexcept {
+#if defined(_WIN32)
+    return m_hConsole != nullptr;
+#else
+    return ::isatty(::fileno(m_pFile)) != 0;
+#endif
 }

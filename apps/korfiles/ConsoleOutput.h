@@ -17,6 +17,7 @@ public:
     ConsoleOutput& operator=(const ConsoleOutput&) = delete;
 
     void mf_write(const std::string& _sText) noexcept override;
+    bool mf_isTerminal() const noexcept override;
 
 private:
     std::FILE* m_pFile;

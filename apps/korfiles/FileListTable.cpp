@@ -1,5 +1,7 @@
 #include "FileListTable.h"
 
+#include <cctype>
+#include <cstdio>
 #include <vector>
 
 namespace {
@@ -7,10 +9,10 @@ namespace {
 const std::size_t kGap = 2;
 
 // Characters as a terminal counts them, near enough: code points, so a UTF-16 surrogate pair is one.
-std::size_t width(const CString& _sS) {
+std::size_t width(const CString& s) {
     std::size_t n = 0;
-    for (int i = 0; i < _sS.GetLength(); ++i) {
-        const wchar_t c = _sS.GetString()[i];
+    for (int i = 0; i < s.GetLength(); ++i) {
+        const wchar_t c = s.GetString()[i];
         if (sizeof(wchar_t) == 2 && c >= 0xDC00 && c <= 0xDFFF)
             continue;
         ++n;
@@ -21,10 +23,10 @@ std::size_t width(const CString& _sS) {
 using Row = std::vector<CString>;
 
 // Every row has the header's number of columns.
-std::string alignColumns(const std::vector<Row>& _rows) {
-    const std::size_t columns = _rows.front().size();
+std::string alignColumns(const std::vector<Row>& rows) {
+    const std::size_t columns = rows.front().size();
     std::vector<std::size_t> widths(columns, 0);
-    for (const Row& row : _rows) {
+    for (const Row& row : rows) {
         for (std::size_t c = 0; c < columns; ++c) {
             const std::size_t w = width(row[c]);
             if (w > widths[c])
@@ -33,7 +35,7 @@ std::string alignColumns(const std::vector<Row>& _rows) {
     }
 
     std::string text;
-    for (const Row& row : _rows) {
+    for (const Row& row : rows) {
         std::string line;
         std::size_t pending = 0;
         for (std::size_t c = 0; c < columns; ++c) {
@@ -53,48 +55,150 @@ std::string alignColumns(const std::vector<Row>& _rows) {
     return text;
 }
 
+std::string csvField(const CString& value) {
+    const std::string text = value.ToUtf8();
+    const bool quote = text.find_first_of(",\"\r\n") != std::string::npos ||
+                       (!text.empty() && (text.front() == ' ' || text.back() == ' '));
+    if (!quote)
+        return text;
+    std::string out = "\"";
+    for (const char c : text) {
+        if (c == '"')
+            out += '"';
+        out += c;
+    }
+    return out + "\"";
+}
+
+std::string csv(const std::vector<Row>& rows) {
+    std::string text;
+    for (const Row& row : rows) {
+        for (std::size_t c = 0; c < row.size(); ++c) {
+            if (c > 0)
+                text += ',';
+            text += csvField(row[c]);
+        }
+        text += '\n';
+    }
+    return text;
+}
+
+std::string jsonString(const std::string& text) {
+    std::string out = "\"";
+    for (const char c : text) {
+        const unsigned char u = static_cast<unsigned char>(c);
+        if (c == '"' || c == '\\') {
+            out += '\\';
+            out += c;
+        } else if (u < 0x20 || u == 0x7F) {
+            char escaped[8];
+            std::snprintf(escaped, sizeof escaped, "\\u%04x", u);
+            out += escaped;
+        } else {
+            out += c;
+        }
+    }
+    return out + "\"";
+}
+
+// "Selected version" -> "selectedVersion".
+std::string jsonName(const CString& header) {
+    std::string name;
+    bool upper = false;
+    for (const char c : header.ToUtf8()) {
+        if (c == ' ') {
+            upper = true;
+            continue;
+        }
+        name += name.empty() ? static_cast<char>(std::tolower(static_cast<unsigned char>(c)))
+                : upper      ? static_cast<char>(std::toupper(static_cast<unsigned char>(c)))
+                             : c;
+        upper = false;
+    }
+    return name;
+}
+
+std::string json(const std::vector<Row>& rows) {
+    std::vector<std::string> names;
+    for (const CString& header : rows.front())
+        names.push_back(jsonString(jsonName(header)));
+    std::string text = "[";
+    for (std::size_t r = 1; r < rows.size(); ++r) {
+        text += r == 1 ? "\n{" : ",\n{";
+        for (std::size_t c = 0; c < rows[r].size(); ++c)
+            text += (c > 0 ? ", " : "") + names[c] + ": " + jsonString(rows[r][c].ToUtf8());
+        text += '}';
+    }
+    return text + "\n]\n";
+}
+
+std::string render(const std::vector<Row>& rows, FileListTable::Format format) {
+    switch (format) {
+    case FileListTable::CSV:
+        return csv(rows);
+    case FileListTable::JSON:
+        return json(rows);
+    case FileListTable::TABLE:
+        break;
+    }
+    return alignColumns(rows);
+}
+
 } // namespace
 
-std::string FileListTable::mf_format(const UQFileListItem::Array& _items) {
+int FileListTable::mf_parseFormat(const CString& _sWord, Format& _rFormat) {
+    if (_sWord == L"table")
+        _rFormat = TABLE;
+    else if (_sWord == L"csv")
+        _rFormat = CSV;
+    else if (_sWord == L"json")
+        _rFormat = JSON;
+    else
+        return 0;
+    return 1;
+}
+
+std::string FileListTable::mf_format(const UQFileListItem::Array& items, Format _format) {
     std::vector<Row> rows;
-    rows.reserve(static_cast<std::size_t>(_items.GetSize()) + 1);
+    rows.reserve(static_cast<std::size_t>(items.GetSize()) + 1);
     rows.push_back({L"Path", L"Versions", L"Selected version", L"Result", L"Severity"});
-    for (INT_PTR i = 0; i < _items.GetSize(); ++i) {
-        const UQFileListItem* item = _items[i];
+    for (INT_PTR i = 0; i < items.GetSize(); ++i) {
+        const UQFileListItem* item = items[i];
         rows.push_back({item->mf_getPath(), item->mf_getRangesDisplayString(),
                         item->mf_getSelectedVersionDisplayString(), item->mf_getResult(),
                         UVSeverity::mf_toString(item->mf_getSeverity())});
     }
-    return alignColumns(rows);
+    return render(rows, _format);
 }
 
-std::string FileListTable::mf_formatListing(const UQFileListItem::Array& _items) {
+std::string FileListTable::mf_formatListing(const UQFileListItem::Array& items, Format _format) {
     std::vector<Row> rows;
-    rows.reserve(static_cast<std::size_t>(_items.GetSize()) + 1);
+    rows.reserve(static_cast<std::size_t>(items.GetSize()) + 1);
     rows.push_back({L"Path", L"Versions", L"Result", L"Severity"});
-    for (INT_PTR i = 0; i < _items.GetSize(); ++i) {
-        const UQFileListItem* item = _items[i];
+    for (INT_PTR i = 0; i < items.GetSize(); ++i) {
+        const UQFileListItem* item = items[i];
         rows.push_back({item->mf_getPath(), item->mf_getRangesDisplayString(), item->mf_getResult(),
                         UVSeverity::mf_toString(item->mf_getSeverity())});
     }
-    return alignColumns(rows);
+    return render(rows, _format);
 }
 
-std::string FileListTable::mf_formatSearch(const UQSearchFileItem::Array& _items, int _bSelectedOnly) {
+std::string FileListTable::mf_formatSearch(const UQSearchFileItem::Array& items, int bSelectedOnly,
+                                           Format _format) {
     std::vector<Row> rows;
-    rows.reserve(static_cast<std::size_t>(_items.GetSize()) + 1);
-    rows.push_back({L"Path", _bSelectedOnly ? L"Version" : L"Versions", L"Status", L"Security", L"Streams"});
-    for (INT_PTR i = 0; i < _items.GetSize(); ++i) {
-        const UQSearchFileItem* item = _items[i];
+    rows.reserve(static_cast<std::size_t>(items.GetSize()) + 1);
+    rows.push_back({L"Path", bSelectedOnly ? L"Version" : L"Versions", L"Status", L"Security", L"Streams"});
+    for (INT_PTR i = 0; i < items.GetSize(); ++i) {
+        const UQSearchFileItem* item = items[i];
         const UQSearchFileVersion* selected = item->mf_getSelectedVersion();
         const UQSearchFileVersion* shown = selected != nullptr ? selected : item->mf_getLatestVersion();
         CString versions;
-        if (_bSelectedOnly && selected != nullptr)
+        if (bSelectedOnly && selected != nullptr)
             versions.Format(L"%lu", static_cast<unsigned long>(selected->mf_getVersion()));
         else
             versions = item->mf_getRangesDisplayString();
         rows.push_back({item->mf_getPathDisplayString(), versions, shown->mf_getStatusString(),
                         item->mf_getSecurityDisplayString(), item->mf_getADStreamsDisplayString()});
     }
-    return alignColumns(rows);
+    return render(rows, _format);
 }

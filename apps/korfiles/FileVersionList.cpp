@@ -1,11 +1,10 @@
 #include "FileVersionList.h"
 
-#include <algorithm>
 #include <memory>
 
 FileVersionList::~FileVersionList() {
-    for (INT_PTR i = 0; i < m_items.GetSize(); ++i)
-        delete m_items[i];
+    for (auto& item : m_items)
+        delete item.second.pItem;
 }
 
 int FileVersionList::mf_add(const FileVersionRecord& _record, std::string& _rProblem) {
@@ -17,36 +16,39 @@ int FileVersionList::mf_add(const FileVersionRecord& _record, std::string& _rPro
         return 0;
     }
 
-    UQFileListItem** begin = m_items.GetData();
-    UQFileListItem** end = begin + m_items.GetSize();
-    UQFileListItem** at =
-        std::lower_bound(begin, end, _record.sPath, [](const UQFileListItem* _pItem, const CString& _sPath) {
-            return _pItem->mf_getPath().Compare(_sPath) < 0;
-        });
-    const INT_PTR index = at - begin;
-    UQFileListItem* item;
-    if (at != end && (*at)->mf_getPath() == _record.sPath) {
-        item = *at;
-        item->mf_addVersion(_record.uVersion, _record.size, _record.lastWriteTime);
+    const auto found = m_items.find(_record.sPath);
+    if (found != m_items.end()) {
+        found->second.pItem->mf_addVersion(_record.uVersion, _record.size, _record.lastWriteTime);
+        found->second.bUnsorted = true;
     } else {
         std::unique_ptr<UQFileListItem> created(new UQFileListItem(_record.sPath, _record.uVersion,
                                                                    _record.size, _record.lastWriteTime,
                                                                    _record.sResult, _record.severity));
-        m_items.InsertAt(index, created.get());
-        item = created.release();
+        m_items.emplace(_record.sPath, Entry{created.get(), true});
+        created.release();
     }
-    // Newest first: the ranges string then reads upwards and the newest version is the selected one.
-    item->mf_sortVersions(0);
     m_firstLines.emplace(key, _record.nLine);
     return 1;
 }
 
-const UQFileListItem* FileVersionList::mf_find(const CString& _sPath) {
-    return UQFileListItem::mf_findByPath(_sPath, m_items, 1);
+UQFileListItem* FileVersionList::mf_implSorted(Entry& _rEntry) {
+    if (_rEntry.bUnsorted) {
+        // Newest first: the ranges string then reads upwards and the newest version is the selected one.
+        _rEntry.pItem->mf_sortVersions(0);
+        _rEntry.bUnsorted = false;
+    }
+    return _rEntry.pItem;
 }
 
-void FileVersionList::mf_getSorted(UQFileListItem::Array& _rItems, FileListOrder::Key _key,
-                                   int _bAscending) const {
-    _rItems.Copy(m_items);
+const UQFileListItem* FileVersionList::mf_find(const CString& _sPath) {
+    const auto found = m_items.find(_sPath);
+    return found == m_items.end() ? nullptr : mf_implSorted(found->second);
+}
+
+void FileVersionList::mf_getSorted(UQFileListItem::Array& _rItems, FileListOrder::Key _key, int _bAscending) {
+    _rItems.RemoveAll();
+    _rItems.SetSize(0, static_cast<INT_PTR>(m_items.size()));
+    for (auto& item : m_items)
+        _rItems.Add(mf_implSorted(item.second));
     FileListOrder::mf_sort(_rItems, _key, _bAscending);
 }

@@ -23,15 +23,28 @@ public:
     // with _rProblem naming the line that listed it first. Library failures come out as UQErrno.
     int mf_add(const FileVersionRecord& _record, std::string& _rProblem);
 
-    int mf_getCount() const noexcept { return static_cast<int>(m_items.GetSize()); }
+    int mf_getCount() const noexcept { return static_cast<int>(m_items.size()); }
     // The item of exactly that path (case-sensitive), or null.
     const UQFileListItem* mf_find(const CString& _sPath);
     // Replaces what _rItems holds with the items in the asked order; the list keeps ownership.
-    void mf_getSorted(UQFileListItem::Array& _rItems, FileListOrder::Key _key, int _bAscending) const;
+    void mf_getSorted(UQFileListItem::Array& _rItems, FileListOrder::Key _key, int _bAscending);
 
 private:
-    // Ascending by path at all times, so that a path is found by halving.
-    UQFileListItem::Array m_items;
+    // Ordinal, case-sensitive: the order of UQFileListItem's path sort.
+    struct PathLess {
+        bool operator()(const CString& _a, const CString& _b) const { return _a.Compare(_b) < 0; }
+    };
+    struct Entry {
+        UQFileListItem* pItem;
+        // Versions were added since the item's versions were last sorted.
+        bool bUnsorted;
+    };
+
+    // Sorts the item's versions newest first once all of them are in, not with each one added: sorting
+    // every time made a path of n versions cost n^2 log n.
+    static UQFileListItem* mf_implSorted(Entry& _rEntry);
+
+    std::map<CString, Entry, PathLess> m_items;
     // The line that listed each (path, version) first.
     std::map<std::pair<CString, std::uint32_t>, int> m_firstLines;
 };

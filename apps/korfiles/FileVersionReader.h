@@ -2,6 +2,7 @@
 
 #include "FileVersionRecord.h"
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -19,11 +20,22 @@ public:
         ~ProblemSink() = default;
     };
 
+    // Told now and then how far a read has come.
+    class ProgressSink {
+    public:
+        // _uRecords lines read so far, the first _uBytes bytes of the text.
+        virtual void mf_onProgress(std::uint64_t _uRecords, std::uint64_t _uBytes) noexcept = 0;
+
+    protected:
+        ~ProgressSink() = default;
+    };
+
     // Parses a whole file's text. Good lines are appended to _rRecords in file order; each malformed line
-    // goes to _rProblems. A leading UTF-8 byte order mark, LF or CRLF line ends, blank lines and '#' comment
-    // lines are accepted. Answers the number of malformed lines.
+    // goes to _rProblems. A UTF-8 byte order mark at the start of a line, LF or CRLF line ends, blank lines
+    // and '#' comment lines are accepted. _pProgress, if given, hears of every 4096th line. Answers the
+    // number of malformed lines.
     static int mf_read(const std::string& _sText, std::vector<FileVersionRecord>& _rRecords,
-                       ProblemSink& _rProblems);
+                       ProblemSink& _rProblems, ProgressSink* _pProgress = nullptr);
 
     // One line without its line end. Answers 1 and fills _rRecord (but not its line number) for a version
     // line, 0 with _rProblem set for a malformed one; blank and comment lines are neither and answer 0 with

@@ -5,14 +5,21 @@
 #include "FileVersionReader.h"
 #include "MalformedLines.h"
 #include "MigrationListing.h"
+#include "ProgressLine.h"
 #include "SearchCommand.h"
 #include "SettingsCommand.h"
-#include "compat/UQHandle.h"
+
+#include "compat/utf8.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <new>
+
+#if defined(_WIN32)
+#include <fcntl.h>
+#include <io.h>
+#endif
 
 namespace {
 
@@ -24,7 +31,9 @@ const char* const kUsage =
 struct Options {
     FileListOrder::Key key = FileListOrder::BY_PATH;
     int bAscending = 1;
+    FileListTable::Format format = FileListTable::TABLE;
     bool bHelp = false;
+    bool bVersion = false;
     bool bListing = false;
     MigrationListing::Filter filter;
     // The first option that filters a listing, to name it when no listing is read.
@@ -34,27 +43,27 @@ struct Options {
 };
 
 // Answers an empty string when the input is taken, else what is wrong.
-std::string takeInput(const CString& _sInput, Options& _rOptions) {
-    if (_rOptions.bHasInput)
-        return "only one file may be given, not both '" + _rOptions.sInput.ToUtf8() + "' and '" +
-               _sInput.ToUtf8() + "'";
-    _rOptions.sInput = _sInput;
-    _rOptions.bHasInput = true;
+std::string takeInput(const CString& input, Options& options) {
+    if (options.bHasInput)
+        return "only one file may be given, not both '" + options.sInput.ToUtf8() + "' and '" +
+               input.ToUtf8() + "'";
+    options.sInput = input;
+    options.bHasInput = true;
     return std::string();
 }
 
 // The severities of a --skip option: one or more of info, warning and error, separated by commas.
-int parseSkip(const CString& _sList, MigrationListing::Filter& _rFilter) {
+int parseSkip(const CString& list, MigrationListing::Filter& filter) {
     int start = 0;
     for (;;) {
-        const int comma = _sList.Find(L',', start);
-        const CString word = comma < 0 ? _sList.Mid(start) : _sList.Mid(start, comma - start);
+        const int comma = list.Find(L',', start);
+        const CString word = comma < 0 ? list.Mid(start) : list.Mid(start, comma - start);
         if (word == L"info")
-            _rFilter.bSkipInformation = 1;
+            filter.bSkipInformation = 1;
         else if (word == L"warning")
-            _rFilter.bSkipWarning = 1;
+            filter.bSkipWarning = 1;
         else if (word == L"error")
-            _rFilter.bSkipError = 1;
+            filter.bSkipError = 1;
         else
             return 0;
         if (comma < 0)
@@ -64,42 +73,48 @@ int parseSkip(const CString& _sList, MigrationListing::Filter& _rFilter) {
 }
 
 // Answers an empty string when the arguments are good, else the one line that says what is wrong.
-std::string parseOptions(const std::vector<CString>& _args, Options& _rOptions) {
+std::string parseOptions(const std::vector<CString>& args, Options& options) {
     bool optionsEnded = false;
-    for (const CString& arg : _args) {
+    for (const CString& arg : args) {
         if (!optionsEnded && arg.GetLength() > 1 && arg[0] == L'-') {
             if (arg == L"--") {
                 optionsEnded = true;
             } else if (arg == L"--help" || arg == L"-h") {
-                _rOptions.bHelp = true;
+                options.bHelp = true;
+            } else if (arg == L"--version") {
+                options.bVersion = true;
+            } else if (arg == L"--format" || arg.Left(9) == L"--format=") {
+                if (arg.GetLength() <= 9 || !FileListTable::mf_parseFormat(arg.Mid(9), options.format))
+                    return "--format needs table, csv or json, as in --format=csv, not '" + arg.ToUtf8() +
+                           "'";
             } else if (arg == L"--descending") {
-                _rOptions.bAscending = 0;
+                options.bAscending = 0;
             } else if (arg == L"--sort=path") {
-                _rOptions.key = FileListOrder::BY_PATH;
+                options.key = FileListOrder::BY_PATH;
             } else if (arg == L"--sort=result") {
-                _rOptions.key = FileListOrder::BY_RESULT;
+                options.key = FileListOrder::BY_RESULT;
             } else if (arg == L"--sort" || arg.Left(7) == L"--sort=") {
                 return "--sort needs path or result, as in --sort=result, not '" + arg.ToUtf8() + "'";
             } else if (arg == L"--listing") {
-                _rOptions.bListing = true;
+                options.bListing = true;
             } else if (arg.Left(10) == L"--listing=") {
                 if (arg.GetLength() == 10)
                     return "--listing= needs a file name, as in --listing=listing.txt";
-                _rOptions.bListing = true;
-                const std::string problem = takeInput(arg.Mid(10), _rOptions);
+                options.bListing = true;
+                const std::string problem = takeInput(arg.Mid(10), options);
                 if (!problem.empty())
                     return problem;
             } else if (arg == L"--no-stubs") {
-                _rOptions.filter.bSkipStubFiles = 1;
-                if (_rOptions.sFilterOption.IsEmpty())
-                    _rOptions.sFilterOption = arg;
+                options.filter.bSkipStubFiles = 1;
+                if (options.sFilterOption.IsEmpty())
+                    options.sFilterOption = arg;
             } else if (arg == L"--skip" || arg.Left(7) == L"--skip=") {
-                if (arg.GetLength() <= 7 || !parseSkip(arg.Mid(7), _rOptions.filter))
+                if (arg.GetLength() <= 7 || !parseSkip(arg.Mid(7), options.filter))
                     return "--skip needs info, warning or error, several separated by commas, as in "
                            "--skip=info,warning, not '" +
                            arg.ToUtf8() + "'";
-                if (_rOptions.sFilterOption.IsEmpty())
-                    _rOptions.sFilterOption = arg;
+                if (options.sFilterOption.IsEmpty())
+                    options.sFilterOption = arg;
             } else if (arg == L"--store" || arg.Left(8) == L"--store=") {
                 return "--store is an option of search, as in korfiles search --store=...";
             } else if (arg == L"--registry" || arg.Left(11) == L"--registry=") {
@@ -109,119 +124,151 @@ std::string parseOptions(const std::vector<CString>& _args, Options& _rOptions) 
             }
             continue;
         }
-        const std::string problem = takeInput(arg, _rOptions);
+        const std::string problem = takeInput(arg, options);
         if (!problem.empty())
             return problem;
     }
-    if (!_rOptions.bListing && !_rOptions.sFilterOption.IsEmpty())
-        return "'" + _rOptions.sFilterOption.ToUtf8() + "' filters a listing and needs --listing";
+    if (!options.bListing && !options.sFilterOption.IsEmpty())
+        return "'" + options.sFilterOption.ToUtf8() + "' filters a listing and needs --listing";
     return std::string();
 }
 
-int runFileVersions(const std::string& _sText, const Options& _options, const std::string& _sInputName,
-                    TextOutput& _rOut, TextOutput& _rErr) {
+long long versionCount(const UQFileListItem::Array& items) {
+    long long n = 0;
+    for (INT_PTR i = 0; i < items.GetSize(); ++i)
+        n += items[i]->mf_getVersionCount();
+    return n;
+}
+
+int runFileVersions(const std::string& text, const Options& options, const std::string& inputName,
+                    TextOutput& out, TextOutput& err) {
     MalformedLines problems;
     std::vector<FileVersionRecord> records;
-    FileVersionReader::mf_read(_sText, records, problems);
+    ProgressLine progress(err, text.size());
+    FileVersionReader::mf_read(text, records, problems, &progress);
+    progress.mf_finish();
     FileVersionList list;
     for (const FileVersionRecord& record : records) {
         std::string problem;
         if (!list.mf_add(record, problem))
             problems.mf_onProblem(record.nLine, problem);
     }
-    problems.mf_report(_sInputName, _rErr);
+    problems.mf_report(inputName, err);
 
     UQFileListItem::Array items;
-    list.mf_getSorted(items, _options.key, _options.bAscending);
-    _rOut.mf_write(FileListTable::mf_format(items));
+    list.mf_getSorted(items, options.key, options.bAscending);
+    out.mf_write(FileListTable::mf_format(items, options.format));
+    err.mf_write(KorFilesTool::mf_countLine(items.GetSize(), versionCount(items), problems.mf_getCount(),
+                                            "malformed line"));
     return problems.mf_getCount() > 0 ? KorFilesTool::EXIT_LINES_SKIPPED : KorFilesTool::EXIT_ALL_READ;
 }
 
-int runListing(const std::string& _sText, const Options& _options, const CString& _sInput, TextOutput& _rOut,
-               TextOutput& _rErr) {
+int runListing(const std::string& text, const Options& options, const CString& input, TextOutput& out,
+               TextOutput& err) {
     MigrationListing listing;
-    const std::vector<UQErrno> skipped = listing.mf_read(_sText, _sInput);
+    const std::vector<UQErrno> skipped = listing.mf_read(text, input);
     // The reader's own words, which already name the file and the line.
     for (const UQErrno& e : skipped)
-        _rErr.mf_write(e.mf_getDetail().ToUtf8() + "\n");
+        err.mf_write(e.mf_getDetail().ToUtf8() + "\n");
 
     UQFileListItem::Array items;
-    listing.mf_getItems(items, _options.filter, _options.key, _options.bAscending);
-    _rOut.mf_write(FileListTable::mf_formatListing(items));
+    listing.mf_getItems(items, options.filter, options.key, options.bAscending);
+    out.mf_write(FileListTable::mf_formatListing(items, options.format));
+    err.mf_write(KorFilesTool::mf_countLine(items.GetSize(), versionCount(items),
+                                            static_cast<long long>(skipped.size()), "malformed line"));
     return skipped.empty() ? KorFilesTool::EXIT_ALL_READ : KorFilesTool::EXIT_LINES_SKIPPED;
 }
 
-int run(const std::vector<CString>& _args, const CString& _sDefaultInput, const CString& _sDefaultListing,
-        TextOutput& _rOut, TextOutput& _rErr) {
-    if (!_args.empty() && _args[0] == L"settings")
-        return SettingsCommand::mf_run(std::vector<CString>(_args.begin() + 1, _args.end()), _rOut, _rErr);
-    if (!_args.empty() && _args[0] == L"search")
-        return SearchCommand::mf_run(std::vector<CString>(_args.begin() + 1, _args.end()),
-                                     HistorySource::mf_sample(), _rOut, _rErr);
+int run(const std::vector<CString>& args, const CString& defaultInput, const CString& defaultListing,
+        TextOutput& out, TextOutput& err) {
+    if (!args.empty() && args[0] == L"settings")
+        return SettingsCommand::mf_run(std::vector<CString>(args.begin() + 1, args.end()), out, err);
+    if (!args.empty() && args[0] == L"search")
+        return SearchCommand::mf_run(std::vector<CString>(args.begin() + 1, args.end()),
+                                     HistorySource::mf_sample(), out, err);
     Options options;
-    const std::string usageError = parseOptions(_args, options);
+    const std::string usageError = parseOptions(args, options);
     if (!usageError.empty()) {
-        _rErr.mf_write("korfiles: " + usageError + "\n" + KorFilesTool::mf_getUsage());
+        err.mf_write("korfiles: " + usageError + "\n" + KorFilesTool::mf_getUsage());
         return KorFilesTool::EXIT_BAD_USAGE;
     }
     if (options.bHelp) {
-        _rOut.mf_write(KorFilesTool::mf_getHelp(_sDefaultInput, _sDefaultListing));
+        out.mf_write(KorFilesTool::mf_getHelp(defaultInput, defaultListing));
+        return KorFilesTool::EXIT_ALL_READ;
+    }
+    if (options.bVersion) {
+        out.mf_write(std::string("korfiles ") + KorFilesTool::VERSION + "\n");
         return KorFilesTool::EXIT_ALL_READ;
     }
 
     const CString input = options.bHasInput  ? options.sInput
-                          : options.bListing ? _sDefaultListing
-                                             : _sDefaultInput;
-    const std::string inputName = input.ToUtf8();
+                          : options.bListing ? defaultListing
+                                             : defaultInput;
+    const std::string inputName = input == KorFilesTool::STANDARD_INPUT ? "(standard input)" : input.ToUtf8();
     std::string text;
     std::string reason;
     if (!KorFilesTool::mf_readFile(input, text, reason)) {
-        _rErr.mf_write("korfiles: cannot read '" + inputName + "': " + reason + "\n");
+        err.mf_write("korfiles: cannot read '" + inputName + "': " + reason + "\n");
         return KorFilesTool::EXIT_UNREADABLE;
     }
     if (options.bListing)
-        return runListing(text, options, input, _rOut, _rErr);
-    return runFileVersions(text, options, inputName, _rOut, _rErr);
+        return runListing(text, options, CString::FromUtf8(inputName), out, err);
+    return runFileVersions(text, options, inputName, out, err);
 }
 
 } // namespace
 
-int KorFilesTool::mf_run(const std::vector<CString>& _args, const CString& _sDefaultInput,
-                         const CString& _sDefaultListing, TextOutput& _rOut, TextOutput& _rErr) noexcept {
+const char* const KorFilesTool::VERSION = KORFILES_VERSION;
+const wchar_t* const KorFilesTool::STANDARD_INPUT = L"-";
+
+int KorFilesTool::mf_run(const std::vector<CString>& args, const CString& defaultInput,
+                         const CString& defaultListing, TextOutput& out, TextOutput& err) noexcept {
     try {
-        return run(_args, _sDefaultInput, _sDefaultListing, _rOut, _rErr);
+        return run(args, defaultInput, defaultListing, out, err);
     } catch (const UQErrno& e) {
-        _rErr.mf_write("korfiles: " + e.mf_toString().ToUtf8() + "\n");
+        err.mf_write("korfiles: " + e.mf_toString().ToUtf8() + "\n");
     } catch (const std::bad_alloc&) {
-        _rErr.mf_write("korfiles: out of memory\n");
+        err.mf_write("korfiles: out of memory\n");
     } catch (CException* e) {
         e->Delete();
-        _rErr.mf_write("korfiles: internal error: invalid argument\n");
+        err.mf_write("korfiles: internal error: invalid argument\n");
     } catch (...) {
-        _rErr.mf_write("korfiles: internal error\n");
+        err.mf_write("korfiles: internal error\n");
     }
     return EXIT_INTERNAL_ERROR;
 }
 
-int KorFilesTool::mf_readFile(const CString& _sPath, std::string& _rText, std::string& _rReason) {
+int KorFilesTool::mf_readFile(const CString& path, std::string& text, std::string& reason) {
     errno = 0;
+    if (path == STANDARD_INPUT) {
 #if defined(_WIN32)
-    UQStdFile file(_wfopen(_sPath, L"rb"));
-#else
-    UQStdFile file(std::fopen(_sPath.ToUtf8().c_str(), "rb"));
+        // Bytes as they come: text mode would drop CRs and stop at a Ctrl-Z.
+        _setmode(_fileno(stdin), _O_BINARY);
 #endif
-    if (!file) {
-        _rReason = std::strerror(errno);
+        return mf_implReadStream(stdin, text, reason);
+    }
+#if defined(_WIN32)
+    std::FILE* file = _wfopen(path, L"rb");
+#else
+    std::FILE* file = std::fopen(uqfmt::wideToNative(path.GetString(), path.GetLength()).c_str(), "rb");
+#endif
+    if (file == nullptr) {
+        reason = std::strerror(errno);
         return 0;
     }
+    const int done = mf_implReadStream(file, text, reason);
+    std::fclose(file);
+    return done;
+}
+
+int KorFilesTool::mf_implReadStream(std::FILE* _pFile, std::string& _rText, std::string& _rReason) {
     std::string content;
     char buffer[65536];
     std::size_t n;
-    while ((n = std::fread(buffer, 1, sizeof buffer, file.mf_get())) > 0)
+    while ((n = std::fread(buffer, 1, sizeof buffer, _pFile)) > 0)
         content.append(buffer, n);
-    const int failed = std::ferror(file.mf_get());
+    const int failed = std::ferror(_pFile);
     const int error = errno;
-    file.mf_reset();
     if (failed) {
         _rReason = std::strerror(error);
         return 0;
@@ -230,12 +277,21 @@ int KorFilesTool::mf_readFile(const CString& _sPath, std::string& _rText, std::s
     return 1;
 }
 
+std::string KorFilesTool::mf_countLine(long long _nFiles, long long _nVersions, long long _nSkipped,
+                                       const char* _pszSkipped) {
+    const auto counted = [](long long n, const std::string& what) {
+        return std::to_string(n) + " " + what + (n == 1 ? "" : "s");
+    };
+    return counted(_nFiles, "file") + ", " + counted(_nVersions, "version") + ", " +
+           counted(_nSkipped, _pszSkipped) + " skipped\n";
+}
+
 std::string KorFilesTool::mf_getUsage() {
     return std::string(kUsage) + "       " + SearchCommand::SYNOPSIS + "\n       " +
            SettingsCommand::SYNOPSIS + "\n";
 }
 
-std::string KorFilesTool::mf_getHelp(const CString& _sDefaultInput, const CString& _sDefaultListing) {
+std::string KorFilesTool::mf_getHelp(const CString& defaultInput, const CString& defaultListing) {
     return mf_getUsage() +
            "\n"
            "Lists the file versions in FILE, one line per file: its path, the ranges of its version\n"
@@ -247,7 +303,7 @@ std::string KorFilesTool::mf_getHelp(const CString& _sDefaultInput, const CStrin
            "FILE:LINE: PROBLEM on standard error and skipped.\n"
            "Without FILE, korfiles reads the sample beside it:\n"
            "  " +
-           _sDefaultInput.ToUtf8() +
+           defaultInput.ToUtf8() +
            "\n"
            "\n"
            "With --listing, FILE is a migration listing instead: UTF-8 text with one migrated version per\n"
@@ -257,7 +313,7 @@ std::string KorFilesTool::mf_getHelp(const CString& _sDefaultInput, const CStrin
            "reader does not take are reported on standard error in its words (FILE:LINE: PROBLEM) and\n"
            "skipped. Without FILE, korfiles reads the sample listing beside it:\n"
            "  " +
-           _sDefaultListing.ToUtf8() +
+           defaultListing.ToUtf8() +
            "\n"
            "\n"
            "Options:\n"
@@ -271,11 +327,20 @@ std::string KorFilesTool::mf_getHelp(const CString& _sDefaultInput, const CStrin
            "  --skip=SEVERITIES   leave out files of these severities: info, warning, error, several\n"
            "                      separated by commas, as in --skip=info,warning (listings only)\n"
            "  -h, --help          print this help and exit\n"
+           "  --format=FORMAT     table (the default), csv or json: one record per file, the\n"
+           "                      table's columns, for programs (also for search)\n"
+           "  --version           print the program's version and exit\n"
            "  --                  take the next argument as FILE even if it starts with '-' or is\n"
            "                      the word search or settings\n"
+           "FILE - reads standard input.\n"
            "\n"
            "Exit status: 0 every line was read, 1 malformed lines were skipped, 2 bad usage,\n"
            "3 FILE cannot be read, 4 internal error.\n"
+           "\n"
+           "Failures of the library are recorded in the product log (KOR_LOG_FILE names another file):\n"
+           "  " +
+           UQLogFileSink::mf_getDefaultPath().ToUtf8() +
+           "\n"
            "\n" +
            SearchCommand::mf_getHelp() + "\n" + SettingsCommand::mf_getHelp();
 }

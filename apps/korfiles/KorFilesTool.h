@@ -4,6 +4,7 @@
 
 #include "interfaces/korbase.h"
 
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,10 @@ public:
     static const int EXIT_BAD_USAGE = 2;
     static const int EXIT_UNREADABLE = 3;
     static const int EXIT_INTERNAL_ERROR = 4;
+    // The program's version, printed by --version.
+    static const char* const VERSION;
+    // The file name that stands for standard input.
+    static const wchar_t* const STANDARD_INPUT;
 
     // _args are the arguments after the program name; when none names a file, _sDefaultInput is read, or
     // _sDefaultListing with --listing. A first argument "search" runs SearchCommand on the built-in sample
@@ -28,12 +33,22 @@ public:
     static int mf_run(const std::vector<CString>& _args, const CString& _sDefaultInput,
                       const CString& _sDefaultListing, TextOutput& _rOut, TextOutput& _rErr) noexcept;
 
-    // The whole file as bytes. Answers 0 with the system's reason when it cannot be opened or read.
+    // The whole file as bytes; STANDARD_INPUT reads standard input to its end. Answers 0 with the system's
+    // reason when it cannot be opened or read.
     static int mf_readFile(const CString& _sPath, std::string& _rText, std::string& _rReason);
+
+    // The closing line on standard error: "3 files, 7 versions, 1 malformed line skipped" (_pszSkipped
+    // names what was skipped: "malformed line", "malformed record").
+    static std::string mf_countLine(long long _nFiles, long long _nVersions, long long _nSkipped,
+                                    const char* _pszSkipped);
 
     // The usage lines that follow a usage error.
     static std::string mf_getUsage();
 
     // The --help text.
     static std::string mf_getHelp(const CString& _sDefaultInput, const CString& _sDefaultListing);
+
+private:
+    // The rest of an open stream, which stays open.
+    static int mf_implReadStream(std::FILE* _pFile, std::string& _rText, std::string& _rReason);
 };

@@ -1,5 +1,21 @@
 #include "LogTap.h"
 
+namespace {
+
+// Whether a registry operation's record tells of a missing key or value, in the words of UQRegistry's
+// failures (docs/registry.md): "Value 'Name' not found in 'HKLM\Key'", "Key 'HKLM\Key' not found (value
+// 'Name')".
+bool isMissing(const CString& text) {
+    return (text.Left(7) == L"Value '" && text.Find(L"' not found in '") > 0) ||
+           (text.Left(5) == L"Key '" && text.Find(L"' not found (") > 0);
+}
+
+bool isRegistryOperation(const wchar_t* function) {
+    return function != nullptr && CString(function).Left(12) == L"UQRegistry::";
+}
+
+} // namespace
+
 LogTap::LogTap() : m_pProductLog(new UQLogFileSink()), m_pPrevious(nullptr), m_bFailure(false) {
     m_pPrevious = UQLog::mf_setSink(this);
     // The file is opened by the first record only, so keeping an unused one costs nothing.
@@ -26,6 +42,8 @@ void LogTap::mf_write(const UQLogRecord& _record) noexcept {
         line.TrimLeft();
         line.TrimRight();
         m_sFailure = line;
+        if (m_sStoreFailure.IsEmpty() && isRegistryOperation(_record.pszFunction) && !isMissing(_record.sText))
+            m_sStoreFailure = _record.sText;
     } catch (...) {
         // Out of memory: the failure has counted, only its words are lost.
     }
@@ -36,6 +54,7 @@ void LogTap::mf_mark() noexcept {
         std::lock_guard<std::mutex> lock(m_mutex);
         m_bFailure = false;
         m_sFailure.Empty();
+        m_sStoreFailure.Empty();
     } catch (...) {
         // std::mutex::lock does not fail on the platforms built for.
     }
@@ -53,4 +72,9 @@ bool LogTap::mf_hasFailure() const noexcept {
 CString LogTap::mf_getFailure() const {
     std::lock_guard<std::mutex> lock(m_mutex);
     return m_sFailure;
+}
+
+CString LogTap::mf_getStoreFailure() const {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_sStoreFailure;
 }

@@ -26,6 +26,11 @@ public:
     // The last line of the last LEVEL_E record since mf_mark, without its indent: the error that the
     // record ends with. Empty when there was none (or its text could not be kept).
     CString mf_getFailure() const;
+    // The text of the first LEVEL_E record of a registry operation since mf_mark that tells of a broken
+    // store or value (it cannot be opened or read, or a value is of another type or out of range), not of
+    // a missing key or value: the getters hide both behind their defaults, and only the latter is normal.
+    // Empty when there was none.
+    CString mf_getStoreFailure() const;
 
 private:
     // The product log, when no other sink was installed.
@@ -34,4 +39,5 @@ private:
     mutable std::mutex m_mutex;
     bool m_bFailure;
     CString m_sFailure;
+    CString m_sStoreFailure;
 };

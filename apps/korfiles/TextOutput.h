@@ -7,6 +7,8 @@ class TextOutput {
 public:
     // _sText is UTF-8 with "\n" line ends. Failures to write are not reported.
     virtual void mf_write(const std::string& _sText) noexcept = 0;
+    // Whether a person watches it: only a terminal gets lines rewritten in place (ProgressLine).
+    virtual bool mf_isTerminal() const noexcept { return false; }
 
 protected:
     ~TextOutput() = default;

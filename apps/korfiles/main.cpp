@@ -8,7 +8,10 @@
 #include <vector>
 
 #if !defined(_WIN32)
+#include "compat/utf8.h"
+
 #include <climits>
+#include <cstring>
 #include <unistd.h>
 #endif
 
@@ -67,9 +70,13 @@ int wmain(int argc, wchar_t** argv) {
 }
 #else
 int main(int argc, char** argv) {
+    // Every byte is kept, so that a file name that is not UTF-8 still names its file; text arguments are
+    // checked where they are taken.
     std::vector<CString> args;
-    for (int i = 1; i < argc; ++i)
-        args.push_back(CString::FromUtf8(argv[i]));
+    for (int i = 1; i < argc; ++i) {
+        const std::wstring arg = uqfmt::nativeToWide(argv[i], std::strlen(argv[i]));
+        args.emplace_back(arg.c_str(), static_cast<int>(arg.size()));
+    }
     return runTool(args);
 }
 #endif

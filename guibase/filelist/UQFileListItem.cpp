@@ -208,11 +208,12 @@ CString UQFileListItem::mf_getRangesDisplayString() const {
     CString text;
     std::uint32_t start = 0;
     std::uint32_t previous = 0;
-    // A run is closed by its last number only: the start of every later run is not written.
+    // A run is closed by its last number only: the start of every later run is not written. Compared in
+    // 64 bits: 4294967295 + 1 is no 0 that could follow or close a run.
     auto closeRun = [&]() {
-        if (previous > start + 1u)
+        if (std::uint64_t(previous) > std::uint64_t(start) + 1u)
             text.AppendFormat(L" - %lu", previous);
-        else if (previous == start + 1u)
+        else if (std::uint64_t(previous) == std::uint64_t(start) + 1u)
             text.AppendFormat(L", %lu", previous);
     };
     const INT_PTR count = m_versions.GetSize();
@@ -221,7 +222,7 @@ CString UQFileListItem::mf_getRangesDisplayString() const {
         if (i == count - 1) {
             text.AppendFormat(L"%lu", n);
             start = previous = n;
-        } else if (n == previous + 1u) {
+        } else if (std::uint64_t(n) == std::uint64_t(previous) + 1u) {
             previous = n;
         } else {
             closeRun();

@@ -230,8 +230,9 @@ CString UQSearchFileItem::mf_getRangesDisplayString() const {
     std::uint32_t start = 0;
     std::uint32_t end = 0;
     // A run of one adds nothing more, a run of two its second number, a longer run " - " and its end.
+    // Compared in 64 bits: 4294967295 + 1 is no 0 that could follow or close a run.
     auto closeRun = [&]() {
-        if (end == start + 1u)
+        if (std::uint64_t(end) == std::uint64_t(start) + 1u)
             text.AppendFormat(L", %lu", end);
         else if (end != start)
             text.AppendFormat(L" - %lu", end);
@@ -244,7 +245,7 @@ CString UQSearchFileItem::mf_getRangesDisplayString() const {
             text.AppendFormat(L"%lu", n);
             start = end = n;
             first = false;
-        } else if (n == end + 1u && end != 0xFFFFFFFFu) {
+        } else if (std::uint64_t(n) == std::uint64_t(end) + 1u) {
             end = n;
         } else {
             closeRun();

@@ -2,6 +2,8 @@
 
 #include "guibase/foundation/UQReport.h"
 
+#include <optional>
+
 namespace {
 
 const wchar_t* const kMigration = L"Migration";
@@ -441,7 +443,11 @@ int UQGuiRegistry::mf_updateTranslatedBackupOptionFilePathMRU(const CString& _sP
     const CString sEntry =
         isDynamicOptionFile(_sPath, dynamicOptionFileText()) ? CString(kDynamicOptionFile) : _sPath;
     UQArray<CString> asEntries;
+    // Held from the read to the write, so that another thread or process adding at the same time neither
+    // loses its entry nor makes this one lost.
+    std::optional<UQRegistryUpdate> update;
     try {
+        update.emplace(kBackupOptionFilesMru, L"", HKEY_CURRENT_USER);
         if (UQRegistry::mf_exists(kBackupOptionFilesMru, L"", HKEY_CURRENT_USER))
             UQRegistry::mf_getValues(kBackupOptionFilesMru, asEntries, L"", HKEY_CURRENT_USER);
     } catch (const UQErrno& e) {
@@ -480,6 +486,7 @@ int UQGuiRegistry::mf_updateTranslatedBackupOptionFilePathMRU(const CString& _sP
     try {
         // It logs its own failure; its 0 does not change what this call did to the list.
         mf_setTranslatedBackupOptionFilePathMRU(asEntries);
+        update->mf_commit();
     } catch (const UQErrno& e) {
         UQReport::mf_logWrapped(e, _sFunction_, L"Failure sorting/writing registry values '%s':\r\n%s%s",
                                 kBackupOptionFilesMru);

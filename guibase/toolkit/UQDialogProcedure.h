@@ -1,202 +1,149 @@
-// The dialog procedure that every dialog class of the library is driven by. A class's free callback
-// (f_UQMessageBoxCallback, f_WizardDialogProcedure, ...) is one line:
+// The pieces every dialog callback of the library is built from. A callback is a plain switch over the
+// messages its class handles, and each case composes these pieces:
 //
-//     namespace {
-//     constexpr wchar_t kCallback[] = L"f_UQMessageBoxCallback";
-//     constexpr wchar_t kInitFailure[] = L"Failure initializing message box:\r\n%s%s";
-//     constexpr wchar_t kNoUserData[] = L"No user data pointer in message box panel";
-//     }
 //     INT_PTR CALLBACK f_UQMessageBoxCallback(HWND _hDlg, UINT _uMsg, WPARAM _wParam, LPARAM _lParam) {
-//         return UQDialogProcedure<UQMessageBox, kCallback, kInitFailure, kNoUserData>::mf_dispatch(
-//             _hDlg, _uMsg, _wParam, _lParam);
+//         static const wchar_t* const _sFunction_ = L"f_UQMessageBoxCallback";
+//         switch (_uMsg) {
+//         case WM_INITDIALOG:
+//             return UQDialogProcedure::mf_initDialog<UQMessageBox>(
+//                 _hDlg, _lParam, _sFunction_, NO_USER_DATA, INIT_FAILURE,
+//                 [&](UQMessageBox& _box) { return _box.mf_onInitDialog(_hDlg); });
+//         case WM_COMMAND:
+//             return UQDialogProcedure::mf_forward<UQMessageBox>(
+//                 _hDlg, _uMsg, _sFunction_, NO_USER_DATA,
+//                 [&](UQMessageBox& _box) { return _box.mf_onCommand(_wParam, _lParam); });
+//         ...
+//         }
+//         return 0;
 //     }
 //
-// and the dialog object's address is the init parameter of DialogBoxParamW or CreateDialogParamW.
-//
-// What the procedure does:
-// - WM_INITDIALOG keeps the init parameter as the window's user data (GWLP_USERDATA) and answers the
-//   object's initialisation; a UQErrno from it is logged at LEVEL_E under the callback's name with the
-//   class's init-failure text (UQLog::TAB, the error's text), and the answer is 0.
-// - Every later message that the class handles fetches the object from the user data first; without one
-//   the class's "No user data pointer ..." text is logged at LEVEL_E (a %s in it gets the dialog's window
-//   text) and the answer is 0.
-// - WM_COMMAND answers the command handler's int, sign-extended; WM_CTLCOLORSTATIC, for classes that
-//   colour static text, the handler's brush; WM_CLOSE lets the class end the dialog with its cancel
-//   result; further messages only where the class asks for them. Anything else answers 0, so that the
-//   dialog manager's default processing applies.
-// - No exception leaves the procedure: a UQErrno or anything else thrown by a handler is logged and the
-//   message answers 0.
-//
-// How the procedure reaches the object is UQDialogHandlers<T>: by default the members
-//     INT_PTR mf_onInitDialog(HWND), int mf_onCommand(WPARAM, LPARAM), void mf_onClose(),
-// and, where the class has them,
-//     HBRUSH mf_onCtlColorStatic(WPARAM, LPARAM),
-//     static int mf_handlesMessage(UINT) with INT_PTR mf_onMessage(HWND, UINT, WPARAM, LPARAM).
-// A class whose handlers have other names (mf_implOnInitDialog, ...) specialises UQDialogHandlers.
+// - mf_storeOnInit keeps the init parameter (the dialog object) as the window's user data.
+// - mf_fetch answers the object, or null after a LEVEL_E record of the callback's "No user data pointer ..."
+//   literal; its own arguments fill the literal's placeholders (a panel's title, say).
+// - mf_barrier runs a handler so that no exception leaves the callback: a UQErrno is logged at LEVEL_E
+//   with the given text, whose last two placeholders are UQLog::TAB and the error's text (leading
+//   arguments come first: the panel title of "Failure initializing panel '%s':\r\n%s%s"); anything else is
+//   logged with the same text and "Unexpected exception". The answer is then 0.
+// - mf_setMessageResult hands a notification's result to its sender through DWLP_MSGRESULT, as the
+//   dialog manager expects of a dialog procedure (the procedure itself answers TRUE).
+// - mf_clearUserData forgets the object on WM_NCDESTROY, so that a modeless panel's late messages find no
+//   stale pointer.
 #pragma once
 
 #include "guibase/foundation/UQReport.h"
+#include "guibase/toolkit/UQToolkitReport.h"
 
-#include <type_traits>
 #include <utility>
 #include <vector>
 
-namespace uqdialog {
-
-template <class T, class = void> struct HasCtlColorStatic : std::false_type {};
-template <class T>
-struct HasCtlColorStatic<T, std::void_t<decltype(std::declval<T&>().mf_onCtlColorStatic(
-                                std::declval<WPARAM>(), std::declval<LPARAM>()))>> : std::true_type {};
-
-template <class T, class = void> struct HasMoreMessages : std::false_type {};
-template <class T>
-struct HasMoreMessages<
-    T, std::void_t<decltype(T::mf_handlesMessage(std::declval<UINT>())),
-                   decltype(std::declval<T&>().mf_onMessage(std::declval<HWND>(), std::declval<UINT>(),
-                                                            std::declval<WPARAM>(), std::declval<LPARAM>()))>>
-    : std::true_type {};
-
-// The dialog's window text, for a record that names the dialog; empty when it has none.
-inline CString windowText(HWND _hDlg) {
-    CString sText;
-    const int nLength = GetWindowTextLengthW(_hDlg);
-    if (nLength > 0) {
-        std::vector<wchar_t> buffer(static_cast<std::size_t>(nLength) + 1, L'\0');
-        GetWindowTextW(_hDlg, buffer.data(), nLength + 1);
-        sText = buffer.data();
-    }
-    return sText;
-}
-
-} // namespace uqdialog
-
-template <class T> struct UQDialogHandlers {
-    static const bool COLOURS_STATIC = uqdialog::HasCtlColorStatic<T>::value;
-    static const bool MORE_MESSAGES = uqdialog::HasMoreMessages<T>::value;
-
-    static INT_PTR mf_onInitDialog(T& _object, HWND _hDlg) { return _object.mf_onInitDialog(_hDlg); }
-    static int mf_onCommand(T& _object, WPARAM _wParam, LPARAM _lParam) {
-        return _object.mf_onCommand(_wParam, _lParam);
-    }
-    static void mf_onClose(T& _object) { _object.mf_onClose(); }
-
-    template <class U = T> static HBRUSH mf_onCtlColorStatic(U& _object, WPARAM _wParam, LPARAM _lParam) {
-        return _object.mf_onCtlColorStatic(_wParam, _lParam);
-    }
-    template <class U = T> static int mf_handlesMessage(UINT _uMsg) {
-        if constexpr (uqdialog::HasMoreMessages<U>::value)
-            return U::mf_handlesMessage(_uMsg);
-        else
-            return 0;
-    }
-    template <class U = T>
-    static INT_PTR mf_onMessage(U& _object, HWND _hDlg, UINT _uMsg, WPARAM _wParam, LPARAM _lParam) {
-        return _object.mf_onMessage(_hDlg, _uMsg, _wParam, _lParam);
-    }
-};
-
-template <class T, const wchar_t* CALLBACK_NAME, const wchar_t* INIT_FAILURE, const wchar_t* NO_USER_DATA,
-          class H = UQDialogHandlers<T>>
 class UQDialogProcedure {
 public:
-    static INT_PTR mf_dispatch(HWND _hDlg, UINT _uMsg, WPARAM _wParam, LPARAM _lParam) noexcept {
-        static const wchar_t* const _sFunction_ = CALLBACK_NAME;
-        if (_uMsg == WM_INITDIALOG)
-            return mf_implInitDialog(_hDlg, _lParam);
-        if (!mf_implHandles(_uMsg))
-            return 0;
-        T* pObject = reinterpret_cast<T*>(GetWindowLongPtrW(_hDlg, GWLP_USERDATA));
-        if (pObject == nullptr) {
-            mf_implLogNoUserData(_hDlg);
-            return 0;
-        }
-        try {
-            switch (_uMsg) {
-            case WM_COMMAND:
-                return static_cast<INT_PTR>(H::mf_onCommand(*pObject, _wParam, _lParam));
-            case WM_CTLCOLORSTATIC:
-                if constexpr (H::COLOURS_STATIC)
-                    return reinterpret_cast<INT_PTR>(H::mf_onCtlColorStatic(*pObject, _wParam, _lParam));
-                else
-                    return 0;
-            case WM_CLOSE:
-                H::mf_onClose(*pObject);
-                return 1;
-            default:
-                if constexpr (H::MORE_MESSAGES)
-                    return H::mf_onMessage(*pObject, _hDlg, _uMsg, _wParam, _lParam);
-                else
-                    return 0;
-            }
-        } catch (const UQErrno& e) {
-            mf_implLogFailure(_sFunction_, _uMsg, e);
-        } catch (...) {
-            mf_implLogUnexpected(_sFunction_, _uMsg);
-        }
-        return 0;
-    }
+    // The text of a handler's failure where the class has none of its own: the message number, the
+    // continuation indent and the error's text.
+    static constexpr const wchar_t* HANDLER_FAILURE = L"Failure handling window message 0x%4.4x:\r\n%s%s";
 
-private:
-    static int mf_implHandles(UINT _uMsg) noexcept {
-        if (_uMsg == WM_COMMAND || _uMsg == WM_CLOSE)
-            return 1;
-        if (_uMsg == WM_CTLCOLORSTATIC && H::COLOURS_STATIC)
-            return 1;
-        if constexpr (H::MORE_MESSAGES) {
-            try {
-                return H::mf_handlesMessage(_uMsg) ? 1 : 0;
-            } catch (...) {
-                return 0;
-            }
-        }
-        return 0;
-    }
-
-    static INT_PTR mf_implInitDialog(HWND _hDlg, LPARAM _lParam) noexcept {
-        static const wchar_t* const _sFunction_ = CALLBACK_NAME;
+    template <class T> static T* mf_storeOnInit(HWND _hDlg, LPARAM _lParam) noexcept {
         SetWindowLongPtrW(_hDlg, GWLP_USERDATA, _lParam);
-        T* pObject = reinterpret_cast<T*>(_lParam);
-        if (pObject == nullptr) {
-            mf_implLogNoUserData(_hDlg);
-            return 0;
-        }
+        return reinterpret_cast<T*>(_lParam);
+    }
+
+    template <class T, class... A>
+    static T* mf_fetch(HWND _hDlg, const wchar_t* _pszFunction, const wchar_t* _pszNoUserData,
+                       const A&... _args) noexcept {
+        T* pObject = reinterpret_cast<T*>(GetWindowLongPtrW(_hDlg, GWLP_USERDATA));
+        if (pObject == nullptr)
+            UQReport::mf_log(UQLogData::LEVEL_E, _pszFunction, _pszNoUserData, _args...);
+        return pObject;
+    }
+
+    template <class F, class... A>
+    static INT_PTR mf_barrier(const wchar_t* _pszFunction, const wchar_t* _pszFailure, F&& _handler,
+                              const A&... _leadingArgs) noexcept {
         try {
-            return H::mf_onInitDialog(*pObject, _hDlg);
+            return static_cast<INT_PTR>(_handler());
         } catch (const UQErrno& e) {
-            try {
-                UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, INIT_FAILURE, UQLog::TAB, e.mf_toString());
-            } catch (...) {
-                UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, INIT_FAILURE, UQLog::TAB, CString());
-            }
+            mf_implLogFailure(_pszFunction, _pszFailure, e, _leadingArgs...);
         } catch (...) {
-            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, INIT_FAILURE, UQLog::TAB,
+            UQReport::mf_log(UQLogData::LEVEL_E, _pszFunction, _pszFailure, _leadingArgs..., UQLog::TAB,
                              L"Unexpected exception");
         }
         return 0;
     }
 
-    static void mf_implLogNoUserData(HWND _hDlg) noexcept {
-        static const wchar_t* const _sFunction_ = CALLBACK_NAME;
-        try {
-            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, NO_USER_DATA, uqdialog::windowText(_hDlg));
-        } catch (...) {
-            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, NO_USER_DATA, CString());
+    // WM_INITDIALOG: stores the object and answers its initialisation, behind a barrier with the class's
+    // init-failure text. Without an object the "No user data pointer ..." literal is logged and 0 answered.
+    template <class T, class F>
+    static INT_PTR mf_initDialog(HWND _hDlg, LPARAM _lParam, const wchar_t* _pszFunction,
+                                 const wchar_t* _pszNoUserData, const wchar_t* _pszInitFailure,
+                                 F&& _handler) noexcept {
+        T* pObject = mf_storeOnInit<T>(_hDlg, _lParam);
+        if (pObject == nullptr) {
+            UQReport::mf_log(UQLogData::LEVEL_E, _pszFunction, _pszNoUserData);
+            return 0;
         }
+        return mf_barrier(_pszFunction, _pszInitFailure, [&] { return _handler(*pObject); });
     }
 
-    static void mf_implLogFailure(const wchar_t* _pszFunction, UINT _uMsg, const UQErrno& _error) noexcept {
+    // A later message: fetch-or-log, then the handler behind a barrier that names the message.
+    template <class T, class F>
+    static INT_PTR mf_forward(HWND _hDlg, UINT _uMsg, const wchar_t* _pszFunction,
+                              const wchar_t* _pszNoUserData, F&& _handler) noexcept {
+        T* pObject = mf_fetch<T>(_hDlg, _pszFunction, _pszNoUserData);
+        if (pObject == nullptr)
+            return 0;
+        return mf_barrier(
+            _pszFunction, HANDLER_FAILURE, [&] { return _handler(*pObject); }, static_cast<unsigned>(_uMsg));
+    }
+
+    // A modal dialog of the user's language module with the object as init parameter; answers the
+    // dialog's end code. When the dialog cannot be created, a UQErrno::_E_::Gui with the system error is
+    // logged at LEVEL_E with _pszFailure (UQLog::TAB, the error's text) and thrown.
+    static INT_PTR mf_showModal(HWND _hParent, int _nTemplateId, DLGPROC _pfnCallback, void* _pObject,
+                                const wchar_t* _pszFunction, const wchar_t* _pszFailure) {
+        HMODULE hLanguage = UQLanguage::mf_getUserLanguageHandle();
+        SetLastError(0);
+        const INT_PTR nResult = DialogBoxParamW(hLanguage, MAKEINTRESOURCEW(_nTemplateId), _hParent,
+                                                _pfnCallback, reinterpret_cast<LPARAM>(_pObject));
+        if (nResult == -1) {
+            const UQErrno error = UQToolkitReport::mf_systemError(UQErrno::_E_::Gui);
+            UQReport::mf_log(UQLogData::LEVEL_E, _pszFunction, _pszFailure, UQLog::TAB, error.mf_toString());
+            throw error;
+        }
+        return nResult;
+    }
+
+    // The handle a WM_CTLCOLOR* handler answers, as the dialog manager reads it.
+    static INT_PTR mf_brushResult(HBRUSH _hBrush) noexcept { return reinterpret_cast<INT_PTR>(_hBrush); }
+
+    static INT_PTR mf_setMessageResult(HWND _hDlg, LONG_PTR _lResult) noexcept {
+        SetWindowLongPtrW(_hDlg, DWLP_MSGRESULT, _lResult);
+        return TRUE;
+    }
+
+    static void mf_clearUserData(HWND _hDlg) noexcept { SetWindowLongPtrW(_hDlg, GWLP_USERDATA, 0); }
+
+    // The dialog's window text, for a record that names the dialog; empty when it has none.
+    static CString mf_windowText(HWND _hDlg) {
+        CString sText;
+        const int nLength = GetWindowTextLengthW(_hDlg);
+        if (nLength > 0) {
+            std::vector<wchar_t> buffer(static_cast<std::size_t>(nLength) + 1, L'\0');
+            GetWindowTextW(_hDlg, buffer.data(), nLength + 1);
+            sText = buffer.data();
+        }
+        return sText;
+    }
+
+private:
+    template <class... A>
+    static void mf_implLogFailure(const wchar_t* _pszFunction, const wchar_t* _pszFailure,
+                                  const UQErrno& _error, const A&... _leadingArgs) noexcept {
         try {
-            UQReport::mf_log(UQLogData::LEVEL_E, _pszFunction,
-                             L"Failure handling window message 0x%4.4x:\r\n%s%s", _uMsg, UQLog::TAB,
+            UQReport::mf_log(UQLogData::LEVEL_E, _pszFunction, _pszFailure, _leadingArgs..., UQLog::TAB,
                              _error.mf_toString());
         } catch (...) {
-            mf_implLogUnexpected(_pszFunction, _uMsg);
+            UQReport::mf_log(UQLogData::LEVEL_E, _pszFunction, _pszFailure, _leadingArgs..., UQLog::TAB,
+                             CString());
         }
-    }
-
-    static void mf_implLogUnexpected(const wchar_t* _pszFunction, UINT _uMsg) noexcept {
-        UQReport::mf_log(UQLogData::LEVEL_E, _pszFunction,
-                         L"Failure handling window message 0x%4.4x:\r\n%s%s", _uMsg, UQLog::TAB,
-                         L"Unexpected exception");
     }
 };

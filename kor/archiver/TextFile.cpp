@@ -1,31 +1,79 @@
 #include "kor/archiver/TextFile.h"
 #include "kor/KorReport.h"
 
+#include "compat/utf8.h"
+
 #include <cerrno>
+#include <cstdint>
+#include <system_error>
 
 namespace kortext {
 
-UQStdFile openForReading(const CString& _sFile, const wchar_t* _pszFunction, const wchar_t* _pszWhat) {
+namespace {
+
+// The system's words for an errno; std::strerror may share its buffer between threads.
+CString systemReason(int error) {
+    return CString::FromUtf8(std::error_code(error, std::generic_category()).message());
+}
+
+} // namespace
+
+FILE* openForReading(const CString& file, const wchar_t* function, const wchar_t* what) {
 #if defined(_WIN32)
-    FILE* f = _wfopen(_sFile, L"rb");
+    FILE* f = _wfopen(file, L"rb");
 #else
-    FILE* f = std::fopen(_sFile.ToUtf8().c_str(), "rb");
+    // A name that is not UTF-8 keeps its bytes (uqfmt::nativeToWide).
+    FILE* f = std::fopen(uqfmt::wideToNative(file.GetString(), file.GetLength()).c_str(), "rb");
 #endif
     const int openError = errno;
     if (f == nullptr) {
         CString detail;
-        detail.Format(L"%s: cannot open (errno %d)", _sFile, openError);
-        UQKorReport::mf_fail(UQErrno(UQErrnoData(UQErrno::_E_::File), detail), _pszFunction,
-                             L"Failure opening %s '%s'", _pszWhat, _sFile);
+        detail.Format(L"%s: cannot open: %s (errno %d)", file, systemReason(openError), openError);
+        UQKorReport::mf_fail(UQErrno(UQErrnoData(UQErrno::_E_::File), detail), function,
+                             L"Failure opening %s '%s'", what, file);
     }
-    return UQStdFile(f);
+    return f;
 }
 
-void failReading(const CString& _sFile, const wchar_t* _pszFunction, const wchar_t* _pszWhat) {
-    CString sDetail;
-    sDetail.Format(L"%s: read error", _sFile);
-    UQKorReport::mf_fail(UQErrno(UQErrnoData(UQErrno::_E_::File), sDetail), _pszFunction,
-                         L"Failure reading %s '%s'", _pszWhat, _sFile);
+CString readErrorDetail(const CString& file, int error) {
+    CString detail;
+    detail.Format(L"%s: read error: %s (errno %d)", file, systemReason(error), error);
+    return detail;
+}
+
+bool isUtf8(const std::string& text) {
+    const auto* s = reinterpret_cast<const unsigned char*>(text.data());
+    const std::size_t n = text.size();
+    std::size_t i = 0;
+    while (i < n) {
+        const unsigned char c = s[i];
+        if (c < 0x80) {
+            ++i;
+            continue;
+        }
+        std::size_t extra;
+        std::uint32_t cp, min;
+        if ((c & 0xE0) == 0xC0) {
+            extra = 1, cp = c & 0x1Fu, min = 0x80;
+        } else if ((c & 0xF0) == 0xE0) {
+            extra = 2, cp = c & 0x0Fu, min = 0x800;
+        } else if ((c & 0xF8) == 0xF0) {
+            extra = 3, cp = c & 0x07u, min = 0x10000;
+        } else {
+            return false;
+        }
+        if (n - i <= extra)
+            return false;
+        for (std::size_t k = 1; k <= extra; ++k) {
+            if ((s[i + k] & 0xC0) != 0x80)
+                return false;
+            cp = (cp << 6) | (s[i + k] & 0x3Fu);
+        }
+        if (cp < min || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF))
+            return false;
+        i += extra + 1;
+    }
+    return true;
 }
 
 } // namespace kortext

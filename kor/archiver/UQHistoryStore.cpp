@@ -8,44 +8,46 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <string>
+#include <unordered_map>
 
 namespace {
 
 const wchar_t* const kSearchFunction = L"UQHistoryStore::mf_searchText";
 constexpr std::size_t kFieldCount = 8;
 
-std::string trimBlanks(const std::string& _sS) {
-    std::size_t a = 0, b = _sS.size();
-    while (a < b && _sS[a] == ' ')
+std::string trimBlanks(const std::string& s) {
+    std::size_t a = 0, b = s.size();
+    while (a < b && s[a] == ' ')
         ++a;
-    while (b > a && _sS[b - 1] == ' ')
+    while (b > a && s[b - 1] == ' ')
         --b;
-    return _sS.substr(a, b - a);
+    return s.substr(a, b - a);
 }
 
-bool parseUnsigned(const std::string& _sText, std::uint64_t _uMax, std::uint64_t& _ruValue) {
-    if (_sText.empty() || _sText.size() > 20)
+bool parseUnsigned(const std::string& text, std::uint64_t max, std::uint64_t& value) {
+    if (text.empty() || text.size() > 20)
         return false;
     std::uint64_t v = 0;
-    for (char c : _sText) {
+    for (char c : text) {
         if (c < '0' || c > '9')
             return false;
         const unsigned digit = static_cast<unsigned>(c - '0');
-        if (v > (_uMax - digit) / 10)
+        if (v > (max - digit) / 10)
             return false;
         v = v * 10 + digit;
     }
-    _ruValue = v;
+    value = v;
     return true;
 }
 
-bool parseFlags(const std::string& _sText, std::uint32_t& _ruFlags) {
-    _ruFlags = 0;
-    if (_sText == "-")
+bool parseFlags(const std::string& text, std::uint32_t& flags) {
+    flags = 0;
+    if (text == "-")
         return true;
-    if (_sText.empty())
+    if (text.empty())
         return false;
-    for (char c : _sText) {
+    for (char c : text) {
         std::uint32_t flag = 0;
         switch (c) {
         case 'S':
@@ -66,19 +68,22 @@ bool parseFlags(const std::string& _sText, std::uint32_t& _ruFlags) {
         default:
             return false;
         }
-        if (_ruFlags & flag)
+        if (flags & flag)
             return false;
-        _ruFlags |= flag;
+        flags |= flag;
     }
     return true;
 }
 
-// Well-formed UTF-8: no stray continuation byte, overlong form, encoded surrogate, code point above
-// U+10FFFF or cut sequence. A store in another encoding would give paths that name no file.
-bool isUtf8(const std::string& _sText) {
-    const unsigned char* p = reinterpret_cast<const unsigned char*>(_sText.data());
-    const unsigned char* const end = p + _sText.size();
+// Where well-formed UTF-8 ends: the first byte of a stray continuation byte, overlong form, encoded
+// surrogate, code point above U+10FFFF or cut sequence; npos when there is none. A store in another
+// encoding would give paths that name no file.
+std::size_t findInvalidUtf8(const std::string& text) {
+    const unsigned char* const begin = reinterpret_cast<const unsigned char*>(text.data());
+    const unsigned char* p = begin;
+    const unsigned char* const end = p + text.size();
     while (p < end) {
+        const unsigned char* const start = p;
         const unsigned c = *p++;
         if (c < 0x80)
             continue;
@@ -95,68 +100,66 @@ bool isUtf8(const std::string& _sText) {
             low = c == 0xF0 ? 0x90 : 0x80;
             high = c == 0xF4 ? 0x8F : 0xBF;
         } else {
-            return false;
+            return static_cast<std::size_t>(start - begin);
         }
         if (static_cast<std::size_t>(end - p) < more || *p < low || *p > high)
-            return false;
+            return static_cast<std::size_t>(start - begin);
         ++p;
         for (std::size_t i = 1; i < more; ++i, ++p)
             if (*p < 0x80 || *p > 0xBF)
-                return false;
+                return static_cast<std::size_t>(start - begin);
     }
-    return true;
+    return std::string::npos;
 }
 
-bool hasControlCharacter(const std::string& _sText) {
-    for (char c : _sText) {
-        const unsigned u = static_cast<unsigned char>(c);
+// The position of the first control character other than the tab, or npos.
+std::size_t findControlCharacter(const std::string& text) {
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const unsigned u = static_cast<unsigned char>(text[i]);
         if ((u < 0x20 && u != '\t') || u == 0x7F)
-            return true;
+            return i;
     }
-    return false;
+    return std::string::npos;
 }
 
 // "volume:position".
-bool parseAccessKey(const std::string& _sText, UQQueryData::AccessKey& _rKey) {
-    const std::size_t colon = _sText.find(':');
+bool parseAccessKey(const std::string& text, UQQueryData::AccessKey& key) {
+    const std::size_t colon = text.find(':');
     if (colon == std::string::npos)
         return false;
     std::uint64_t volume = 0, position = 0;
-    if (!parseUnsigned(_sText.substr(0, colon), 0xFFFFFFFFull, volume) ||
-        !parseUnsigned(_sText.substr(colon + 1), UINT64_MAX, position))
+    if (!parseUnsigned(text.substr(0, colon), 0xFFFFFFFFull, volume) ||
+        !parseUnsigned(text.substr(colon + 1), UINT64_MAX, position))
         return false;
-    _rKey.uVolume = static_cast<std::uint32_t>(volume);
-    _rKey.uPosition = position;
+    key.uVolume = static_cast<std::uint32_t>(volume);
+    key.uPosition = position;
     return true;
 }
 
 // Turns store lines into records and hands the matching ones on.
 class LineReader {
 public:
-    LineReader(const CString& _sName, const UQHistoryQuery& _query, UVQueryDataSink& _rSink,
-               const UQCancelSwitch* _pCancel, UQHistoryStore::Result& _rResult)
-        : m_name(_sName), m_query(_query), m_sink(_rSink), m_cancel(_pCancel), m_result(_rResult),
-          m_uLine(0) {
-        if (!_query.sPattern.IsEmpty())
-            m_pattern.reset(new UQPathPattern(_query.sPattern));
+    LineReader(const CString& name, const UQHistoryQuery& query, UVQueryDataSink& sink,
+               const UQCancelSwitch* cancel, UQHistoryStore::Result& result)
+        : m_name(name), m_query(query), m_sink(sink), m_cancel(cancel), m_result(result), m_uLine(0) {
+        if (!query.sPattern.IsEmpty())
+            m_pattern.reset(new UQPathPattern(query.sPattern));
     }
 
     // The next piece of the text; lines may be split across pieces.
-    void feed(const char* _pszData, std::size_t _nSize) {
+    void feed(const char* data, std::size_t size) {
         std::size_t start = 0;
-        if (m_uLine == 0 && m_carry.empty() && _nSize >= 3 && std::string(_pszData, 3) == "\xEF\xBB\xBF")
-            start = 3; // a byte-order mark is no part of the first path
-        while (start < _nSize) {
-            const void* found = std::memchr(_pszData + start, '\n', _nSize - start);
+        while (start < size) {
+            const void* found = std::memchr(data + start, '\n', size - start);
             if (found == nullptr) {
-                m_carry.append(_pszData + start, _nSize - start);
+                m_carry.append(data + start, size - start);
                 return;
             }
-            const std::size_t end = static_cast<std::size_t>(static_cast<const char*>(found) - _pszData);
+            const std::size_t end = static_cast<std::size_t>(static_cast<const char*>(found) - data);
             if (m_carry.empty()) {
-                line(std::string(_pszData + start, end - start));
+                line(std::string(data + start, end - start));
             } else {
-                m_carry.append(_pszData + start, end - start);
+                m_carry.append(data + start, end - start);
                 std::string text;
                 text.swap(m_carry);
                 line(text);
@@ -174,27 +177,39 @@ public:
     }
 
 private:
-    void line(std::string _sText) {
+    void line(std::string text) {
         ++m_uLine;
         if (m_cancel != nullptr && m_cancel->mf_isCancelled()) {
             UQKorReport::mf_log(UQLogData::LEVEL_W, kSearchFunction, L"History search canceled at %s:%lu",
                                 m_name, m_uLine);
             throw UQErrno(UQErrno::_W_::UserCanceled);
         }
-        if (!_sText.empty() && _sText.back() == '\r')
-            _sText.pop_back();
-        if (_sText.empty() || _sText[0] == '#' || _sText.find_first_not_of(" \t") == std::string::npos)
+        if (!text.empty() && text.back() == '\r')
+            text.pop_back();
+        kortext::skipByteOrderMark(text);
+        if (text.empty() || text[0] == '#' || text.find_first_not_of(" \t") == std::string::npos)
             return;
-        if (!isUtf8(_sText))
-            return skip(L"invalid UTF-8");
-        if (hasControlCharacter(_sText))
-            return skip(L"control character");
+        const std::size_t invalid = findInvalidUtf8(text);
+        if (invalid != std::string::npos) {
+            CString what;
+            what.Format(L"invalid UTF-8 (byte 0x%02X at column %lu)",
+                        static_cast<unsigned>(static_cast<unsigned char>(text[invalid])),
+                        static_cast<std::uint32_t>(invalid + 1));
+            return skip(what);
+        }
+        const std::size_t control = findControlCharacter(text);
+        if (control != std::string::npos) {
+            CString what;
+            what.Format(L"control character 0x%02X at column %lu",
+                        static_cast<unsigned>(static_cast<unsigned char>(text[control])),
+                        static_cast<std::uint32_t>(control + 1));
+            return skip(what);
+        }
         std::vector<std::string> fields;
         std::size_t start = 0;
         for (;;) {
-            const std::size_t tab = _sText.find('\t', start);
-            fields.push_back(
-                _sText.substr(start, tab == std::string::npos ? std::string::npos : tab - start));
+            const std::size_t tab = text.find('\t', start);
+            fields.push_back(text.substr(start, tab == std::string::npos ? std::string::npos : tab - start));
             if (tab == std::string::npos)
                 break;
             start = tab + 1;
@@ -233,6 +248,17 @@ private:
             return skip(L"bad expiry time", expiry);
         if (!parseAccessKey(access, key))
             return skip(L"bad access key", access);
+        // The search list groups the versions of a file by object path, case-blind: a version listed twice
+        // would show twice.
+        CString sFolded = CString::FromUtf8(objectPath);
+        sFolded.MakeUpper();
+        const auto known = m_firstLines.emplace(sFolded.ToUtf8() + '\t' + std::to_string(uVersion), m_uLine);
+        if (!known.second) {
+            CString what;
+            what.Format(L"version %lu of this path is already listed on line %lu",
+                        static_cast<std::uint32_t>(uVersion), known.first->second);
+            return skip(what);
+        }
         ++m_result.uRecords;
 
         if (m_query.fromTime.mf_getValue() != 0 && uLastWrite < m_query.fromTime.mf_getValue())
@@ -257,16 +283,16 @@ private:
         ++m_result.uMatches;
     }
 
-    void skip(const CString& _sWhat) {
+    void skip(const CString& what) {
         CString detail;
-        detail.Format(L"%s:%lu: %s", m_name, m_uLine, _sWhat);
+        detail.Format(L"%s:%lu: %s", m_name, m_uLine, what);
         m_result.errors.push_back(UQErrno(UQErrnoData(UQErrno::_E_::Format), detail));
         UQKorReport::mf_log(UQLogData::LEVEL_W, kSearchFunction, L"History record skipped: %s", detail);
     }
 
-    void skip(const wchar_t* _pszWhat, const std::string& _sValue) {
+    void skip(const wchar_t* what, const std::string& value) {
         CString text;
-        text.Format(L"%s '%s'", _pszWhat, CString::FromUtf8(_sValue));
+        text.Format(L"%s '%s'", what, CString::FromUtf8(kortext::echoed(value)));
         skip(text);
     }
 
@@ -278,62 +304,69 @@ private:
     std::unique_ptr<UQPathPattern> m_pattern;
     std::uint32_t m_uLine;
     std::string m_carry;
+    // The line of each object path's version ("PATH\tversion", the path upper-cased) first listed.
+    std::unordered_map<std::string, std::uint32_t> m_firstLines;
 };
 
 } // namespace
 
-UQHistoryStore::UQHistoryStore(const CString& _sFile) : m_sFile(_sFile) {}
+UQHistoryStore::UQHistoryStore(const CString& file) : m_sFile(file) {}
 
-UQHistoryStore::Result UQHistoryStore::mf_searchText(const std::string& _utf8Text, const CString& _sName,
-                                                     const UQHistoryQuery& _query, UVQueryDataSink& _rSink,
-                                                     const UQCancelSwitch* _pCancel) {
+UQHistoryStore::Result UQHistoryStore::mf_searchText(const std::string& text, const CString& name,
+                                                     const UQHistoryQuery& query, UVQueryDataSink& sink,
+                                                     const UQCancelSwitch* cancel) {
     Result result;
-    LineReader reader(_sName, _query, _rSink, _pCancel, result);
-    reader.feed(_utf8Text.data(), _utf8Text.size());
+    LineReader reader(name, query, sink, cancel, result);
+    reader.feed(text.data(), text.size());
     reader.finish();
     return result;
 }
 
-UQHistoryStore::Result UQHistoryStore::mf_search(const UQHistoryQuery& _query, UVQueryDataSink& _rSink,
-                                                 const UQCancelSwitch* _pCancel) const {
+UQHistoryStore::Result UQHistoryStore::mf_search(const UQHistoryQuery& query, UVQueryDataSink& sink,
+                                                 const UQCancelSwitch* cancel) const {
     static const wchar_t* const _sFunction_ = L"UQHistoryStore::mf_search";
-    // The file is closed on every way out, also when the _rSink or a cancellation ends the search.
-    const UQStdFile file = kortext::openForReading(m_sFile, _sFunction_, L"history store");
-    FILE* f = file.mf_get();
+    FILE* f = kortext::openForReading(m_sFile, _sFunction_, L"history store");
+    // The file is closed on every way out, also when the sink or a cancellation ends the search.
+    const std::unique_ptr<FILE, int (*)(FILE*)> file(f, std::fclose);
     Result result;
-    LineReader reader(m_sFile, _query, _rSink, _pCancel, result);
+    LineReader reader(m_sFile, query, sink, cancel, result);
     std::unique_ptr<char[]> buffer(new char[1u << 16]);
     std::size_t n;
     while ((n = std::fread(buffer.get(), 1, 1u << 16, f)) > 0)
         reader.feed(buffer.get(), n);
-    if (std::ferror(f))
-        kortext::failReading(m_sFile, _sFunction_, L"history store");
+    // Set by the read that failed, the last call before.
+    const int readError = errno;
+    if (std::ferror(f)) {
+        const CString detail = kortext::readErrorDetail(m_sFile, readError);
+        UQKorReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure reading history store '%s'", m_sFile);
+        throw UQErrno(UQErrnoData(UQErrno::_E_::File), detail);
+    }
     reader.finish();
     return result;
 }
 
-std::string UQHistoryStore::mf_formatRecord(const UQQueryData& _data) {
-    const CString& objectPath = _data.mf_getObjectPath();
-    const CString& filePath = _data.mf_getPath();
-    const UQQueryData::AccessKey& key = _data.mf_getAccessKey();
-    const UQExpiryTime expiry = _data.mf_getExpiryTime();
+std::string UQHistoryStore::mf_formatRecord(const UQQueryData& data) {
+    const CString& objectPath = data.mf_getObjectPath();
+    const CString& filePath = data.mf_getPath();
+    const UQQueryData::AccessKey& key = data.mf_getAccessKey();
+    const UQExpiryTime expiry = data.mf_getExpiryTime();
     std::string line = objectPath.ToUtf8();
     line += '\t';
     line += filePath == objectPath ? std::string("=") : filePath.ToUtf8();
     line += '\t';
-    line += std::to_string(_data.mf_getVersion());
+    line += std::to_string(data.mf_getVersion());
     line += '\t';
-    line += korhistory::formatTime(_data.mf_getLastWriteTime().mf_getValue());
+    line += korhistory::formatTime(data.mf_getLastWriteTime().mf_getValue());
     line += '\t';
-    line += std::to_string(_data.mf_getSize().mf_getValue());
+    line += std::to_string(data.mf_getSize().mf_getValue());
     line += '\t';
     // Through the record's own operations, so that a record that answers differently is written as it
     // answers.
-    const std::uint32_t flags = (_data.mf_hasSecurity() ? UQQueryData::FLAG_SECURITY : 0u) |
-                                (_data.mf_hasADStreams() ? UQQueryData::FLAG_AD_STREAMS : 0u) |
-                                (_data.mf_isEventBased() ? UQQueryData::FLAG_EVENT_BASED : 0u) |
-                                (_data.mf_isProtected() ? UQQueryData::FLAG_PROTECTED : 0u) |
-                                (_data.mf_isDeletionStarted() ? UQQueryData::FLAG_DELETION_STARTED : 0u);
+    const std::uint32_t flags = (data.mf_hasSecurity() ? UQQueryData::FLAG_SECURITY : 0u) |
+                                (data.mf_hasADStreams() ? UQQueryData::FLAG_AD_STREAMS : 0u) |
+                                (data.mf_isEventBased() ? UQQueryData::FLAG_EVENT_BASED : 0u) |
+                                (data.mf_isProtected() ? UQQueryData::FLAG_PROTECTED : 0u) |
+                                (data.mf_isDeletionStarted() ? UQQueryData::FLAG_DELETION_STARTED : 0u);
     line += korhistory::formatFlags(flags);
     line += '\t';
     line += expiry.mf_isSet() ? korhistory::formatTime(expiry.uFileTime) : std::string("-");

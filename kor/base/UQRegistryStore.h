@@ -19,9 +19,11 @@ struct Value {
     CString sText;
     DWORD dwNumber = 0;
     std::vector<CString> asList;
+    // Data that does not fit the type ("a number out of range (-1)"): the value reads as of no type at all.
+    CString sMalformed;
 };
 
-enum class Status { Ok, KeyNotFound, ValueNotFound, StoreUnavailable, ReadFailed, WriteFailed };
+enum class Status { Ok, KeyNotFound, ValueNotFound, StoreUnavailable, ReadFailed, WriteFailed, LockFailed };
 
 struct Result {
     Status status = Status::Ok;
@@ -38,6 +40,14 @@ Result write(HKEY _hHive, const CString& _sKey, const CString& _sName, const Val
 // with _rbWritten set. The native store does both in one transaction.
 Result readOrWrite(HKEY _hHive, const CString& _sKey, const CString& _sName, const Value& _default,
                    Value& _rValue, bool& _rbWritten);
+// Holds one value still for a read-modify-write: the native store holds one write transaction open (the
+// operations of the holding thread join it, other threads and processes wait), Windows a named mutex that
+// every write of that value takes as well. _rpLock receives what endUpdate releases; null on failure.
+Result beginUpdate(HKEY _hHive, const CString& _sKey, const CString& _sName, void*& _rpLock);
+// Makes the writes made since beginUpdate last (native: commits); the lock stays held until endUpdate.
+Result commitUpdate(void* _pLock);
+// Releases the lock; what was not committed is rolled back (native). Null is ignored.
+void endUpdate(void* _pLock) noexcept;
 Result valueExists(HKEY _hHive, const CString& _sKey, const CString& _sName, bool& _rbExists);
 Result keyExists(HKEY _hHive, const CString& _sKey, bool& _rbExists);
 

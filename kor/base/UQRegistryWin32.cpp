@@ -3,6 +3,8 @@
 #include "compat/UQHandle.h"
 #include "kor/base/UQRegistryStore.h"
 
+#include <new>
+
 namespace korregistry {
 
 namespace {
@@ -23,6 +25,65 @@ Result failure(Status status, LONG rc) {
 }
 
 typedef UQRegistryKey Key;
+
+// How long a write waits for another process's update of the same value, as the native store waits.
+const DWORD kUpdateWaitMs = 30000;
+
+// "Local\korguibase-registry-<hash>" of the hive, key and name, folded as the registry compares them:
+// object names cannot hold backslashes and are limited in length, so the value is named by a hash. Two
+// values that meet in a hash only wait for each other.
+CString mutexName(HKEY hive, const CString& key, const CString& name) {
+    CString text;
+    text.Format(L"%s\\%s\\%s", hive == HKEY_LOCAL_MACHINE ? L"HKLM" : L"HKCU", key, name);
+    text.MakeUpper();
+    unsigned long long hash = 14695981039346656037ull;
+    for (int i = 0; i < text.GetLength(); ++i) {
+        hash ^= static_cast<unsigned long long>(text[i]);
+        hash *= 1099511628211ull;
+    }
+    CString out;
+    out.Format(L"Local\\korguibase-registry-%8.8x%8.8x", static_cast<unsigned>(hash >> 32),
+               static_cast<unsigned>(hash & 0xFFFFFFFFu));
+    return out;
+}
+
+// The named mutex of one value, taken for the life of the object. The registry makes each single write
+// atomic, not a read followed by a write: every write of the value and every update take this mutex, so
+// an update's read and write see no other write in between. Recursive within a thread, as the mutex is.
+class ValueMutex {
+public:
+    ValueMutex(HKEY hive, const CString& key, const CString& name) noexcept
+        : m_h(nullptr), m_rc(ERROR_SUCCESS) {
+        SetLastError(0);
+        m_h = CreateMutexW(nullptr, FALSE, mutexName(hive, key, name));
+        if (m_h == nullptr) {
+            m_rc = static_cast<LONG>(GetLastError());
+            return;
+        }
+        const DWORD wait = WaitForSingleObject(m_h, kUpdateWaitMs);
+        // An owner that died without releasing it left the value as the registry has it: whole.
+        if (wait == WAIT_OBJECT_0 || wait == WAIT_ABANDONED)
+            return;
+        m_rc = wait == WAIT_TIMEOUT ? static_cast<LONG>(ERROR_TIMEOUT) : static_cast<LONG>(GetLastError());
+        CloseHandle(m_h);
+        m_h = nullptr;
+    }
+    ~ValueMutex() {
+        if (m_h != nullptr) {
+            ReleaseMutex(m_h);
+            CloseHandle(m_h);
+        }
+    }
+    ValueMutex(const ValueMutex&) = delete;
+    ValueMutex& operator=(const ValueMutex&) = delete;
+
+    // ERROR_SUCCESS when held.
+    LONG rc() const noexcept { return m_rc; }
+
+private:
+    HANDLE m_h;
+    LONG m_rc;
+};
 
 LONG openKey(HKEY hive, const CString& key, REGSAM access, Key& out) {
     return RegOpenKeyExW(hive, key, 0, access, out.mf_put());
@@ -133,6 +194,9 @@ Result read(HKEY hive, const CString& key, const CString& name, Value& value) {
 }
 
 Result write(HKEY hive, const CString& key, const CString& name, const Value& value) {
+    const ValueMutex mutex(hive, key, name);
+    if (mutex.rc() != ERROR_SUCCESS)
+        return failure(Status::LockFailed, mutex.rc());
     Key h;
     LONG rc = createKey(hive, key, h);
     if (rc == ERROR_SUCCESS)
@@ -145,6 +209,10 @@ Result write(HKEY hive, const CString& key, const CString& name, const Value& va
 Result readOrWrite(HKEY hive, const CString& key, const CString& name, const Value& dflt, Value& value,
                    bool& written) {
     written = false;
+    // Else a value written by another process between the read and the write would be overwritten.
+    const ValueMutex mutex(hive, key, name);
+    if (mutex.rc() != ERROR_SUCCESS)
+        return failure(Status::LockFailed, mutex.rc());
     // Reading first needs only read access, which a user without write access to the machine's keys has.
     {
         Key h;
@@ -166,6 +234,35 @@ Result readOrWrite(HKEY hive, const CString& key, const CString& name, const Val
     value = dflt;
     written = true;
     return Result();
+}
+
+Result beginUpdate(HKEY _hHive, const CString& _sKey, const CString& _sName, void*& _rpLock) {
+    _rpLock = nullptr;
+    ValueMutex* mutex = new (std::nothrow) ValueMutex(_hHive, _sKey, _sName);
+    if (mutex == nullptr)
+        return failure(Status::LockFailed, ERROR_NOT_ENOUGH_MEMORY);
+    const LONG rc = mutex->rc();
+    if (rc != ERROR_SUCCESS) {
+        delete mutex;
+        return failure(Status::LockFailed, rc);
+    }
+    _rpLock = mutex;
+    return Result();
+}
+
+Result commitUpdate(void* _pLock) {
+    if (_pLock == nullptr) {
+        Result r;
+        r.status = Status::WriteFailed;
+        r.sReason = L"no update is held";
+        return r;
+    }
+    // Every write landed when it was made.
+    return Result();
+}
+
+void endUpdate(void* _pLock) noexcept {
+    delete static_cast<ValueMutex*>(_pLock);
 }
 
 Result valueExists(HKEY hive, const CString& key, const CString& name, bool& exists) {

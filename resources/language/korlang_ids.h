@@ -8,3 +8,32 @@
 #define IDI_BLANK 10006
 // The entry of a user in a list.
 #define IDI_USER 561
+
+// Message boxes: the information template (green severity), the warning and error template, and the
+// template with a caption band.
+#define IDD_MESSAGE_BOX 10009
+#define IDD_MESSAGE_BOX_WARNING 10025
+#define IDD_CAPTION_MESSAGE_BOX 10011
+#define IDC_MESSAGE_ICON 30021
+#define IDC_MESSAGE_HEADING 1038
+#define IDC_MESSAGE_TEXT 30022
+#define IDC_MESSAGE_BUTTON1 30026
+#define IDC_MESSAGE_BUTTON2 30027
+#define IDC_MESSAGE_CAPTION_LINE 10013
+
+// The information box with its "do not show again" check box.
+#define IDD_INFORMATION_BOX 10036
+#define IDC_INFORMATION_TEXT1 30052
+#define IDC_INFORMATION_TEXT2 30037
+#define IDC_INFORMATION_OK 30033
+#define IDC_INFORMATION_CHECK 30096
+
+// The help dialog.
+#define IDD_HELP_DIALOG 10059
+#define IDC_HELP_ICON 30359
+#define IDC_HELP_TEXT 30375
+
+// The line editor.
+#define IDD_LINE_EDITOR 10046
+#define IDC_LINE_EDIT 184
+#define IDC_LINE_LABEL 30263

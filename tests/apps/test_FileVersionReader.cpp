@@ -188,6 +188,20 @@ TEST(FileVersionReader, ByteOrderMarkAtTheStartIsSkipped) {
     EXPECT_TRUE(bomOnly.records.empty());
 }
 
+// Two files joined: the second one's byte order mark starts a line and is skipped there as well.
+TEST(FileVersionReader, ByteOrderMarkAtTheStartOfALaterLineIsNoPartOfThePath) {
+    const Read r = read("\xEF\xBB\xBF"
+                        "C:\\a\t1\t1\t2024-04-02 09:15:42\n"
+                        "\xEF\xBB\xBF# second file\r\n"
+                        "\xEF\xBB\xBF"
+                        "C:\\b\t1\t1\t2024-04-02 09:15:42\r\n");
+    EXPECT_EQ(0, r.malformed);
+    EXPECT_TRUE(r.problems.list.empty());
+    ASSERT_EQ(2u, r.records.size());
+    EXPECT_EQ(CString(L"C:\\b"), r.records[1].sPath);
+    EXPECT_EQ(3, r.records[1].nLine);
+}
+
 TEST(FileVersionReader, EmptyTextHasNoLines) {
     const Read r = read("");
     EXPECT_EQ(0, r.malformed);

@@ -2,6 +2,8 @@
 #include "KorFilesTool.h"
 #include "support/KorFilesUsage.h"
 
+#include "compat/utf8.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
@@ -39,7 +41,7 @@ TEST_F(KorFilesToolTest, PrintsOneAlignedLineperPathSortedByPath) {
               "C:\\Data\\a.txt  1 - 3     a.txt - 2024-01-04 - 03:04:05  Migrated  Information\n"
               "C:\\Data\\b.txt  1, 2      b.txt - 2024-03-07 - 14:05:09  Recalled  Warning\n",
               out.text);
-    EXPECT_EQ("", err.text);
+    EXPECT_EQ("2 files, 5 versions, 0 malformed lines skipped\n", err.text);
     EXPECT_EQ(std::vector<LogLine>{}, log.lines());
 }
 
@@ -55,7 +57,7 @@ TEST_F(KorFilesToolTest, SortsByResultDescending) {
               "C:\\x\\one.txt    1         one.txt - 2024-01-02 - 03:04:05    Migrated       Information\n"
               "C:\\x\\three.txt  1         three.txt - 2024-01-02 - 03:04:05  Access denied  Error\n",
               out.text);
-    EXPECT_EQ("", err.text);
+    EXPECT_EQ("4 files, 4 versions, 0 malformed lines skipped\n", err.text);
 }
 
 TEST_F(KorFilesToolTest, SortsByPathDescending) {
@@ -82,7 +84,7 @@ TEST_F(KorFilesToolTest, MalformedLinesAreReportedInLineOrderAndTheRestIsPrinted
                   ":4: size '-4' is negative\n" + name +
                   ":5: last write time '2023-02-30 14:05:09' is not a valid date and time\n" + name +
                   ":6: version '4294967296' is out of range (0 to 4294967295)\n" + name +
-                  ":7: missing size and last write time\n",
+                  ":7: missing size and last write time\n2 files, 2 versions, 5 malformed lines skipped\n",
               err.text);
     EXPECT_EQ("Path      Versions  Selected version               Result    Severity\n"
               "C:\\a.txt  2         a.txt - 2024-03-07 - 14:05:09            Information\n"
@@ -95,7 +97,7 @@ TEST_F(KorFilesToolTest, AnEmptyFilePrintsTheHeaderOnly) {
     const TempFile file("");
     EXPECT_EQ(0, run({file.path()}));
     EXPECT_EQ("Path  Versions  Selected version  Result  Severity\n", out.text);
-    EXPECT_EQ("", err.text);
+    EXPECT_EQ("0 files, 0 versions, 0 malformed lines skipped\n", err.text);
     EXPECT_EQ(std::vector<LogLine>{}, log.lines());
 }
 
@@ -172,6 +174,59 @@ TEST_F(KorFilesToolTest, HelpGoesToStandardOutputAndNamesBothDefaultInputs) {
     EXPECT_EQ(KorFilesTool::mf_getHelp(L"x", L"y"), shortOut.text);
 }
 
+// Quotes, commas, blanks at the ends and control characters survive both formats for programs.
+TEST_F(KorFilesToolTest, CsvAndJsonQuoteWhatTheirSyntaxNeeds) {
+    const TempFile file("C:\\a \"b\", c.txt\t1\t5\t2024-01-02 03:04:05\tDone; 5% \\ ok\twarning\n");
+    EXPECT_EQ(0, run({L"--format=csv", file.path()}));
+    EXPECT_EQ("Path,Versions,Selected version,Result,Severity\n"
+              "\"C:\\a \"\"b\"\", c.txt\",1,\"a \"\"b\"\", c.txt - 2024-01-02 - 03:04:05\",Done; 5% \\ "
+              "ok,Warning\n",
+              out.text);
+    out.text.clear();
+    EXPECT_EQ(0, run({L"--format=json", file.path()}));
+    EXPECT_EQ("[\n{\"path\": \"C:\\\\a \\\"b\\\", c.txt\", \"versions\": \"1\", \"selectedVersion\": \"a "
+              "\\\"b\\\", c.txt - 2024-01-02 - 03:04:05\", \"result\": \"Done; 5% \\\\ ok\", \"severity\": "
+              "\"Warning\"}\n]\n",
+              out.text);
+}
+
+TEST_F(KorFilesToolTest, JsonOfNoFilesIsAnEmptyArray) {
+    const TempFile file("# nothing\n");
+    EXPECT_EQ(0, run({L"--format=json", file.path()}));
+    EXPECT_EQ("[\n]\n", out.text);
+}
+
+TEST_F(KorFilesToolTest, VersionPrintsTheProgramsVersion) {
+    EXPECT_EQ(0, run({L"--version"}));
+    EXPECT_EQ("korfiles 0.1.0\n", out.text);
+    EXPECT_EQ("", err.text);
+}
+
+TEST_F(KorFilesToolTest, HelpNamesTheProductLog) {
+    EXPECT_EQ(0, run({L"--help"}));
+    EXPECT_NE(std::string::npos,
+              out.text.find("\nFailures of the library are recorded in the product log (KOR_LOG_FILE names "
+                            "another file):\n  " +
+                            utf8(UQLogFileSink::mf_getDefaultPath()) + "\n"))
+        << out.text;
+}
+
+// "-" is standard input; its problems are named after it. Standard input is this test process's own, so it
+// is pointed at a file for the run.
+TEST_F(KorFilesToolTest, DashReadsStandardInput) {
+    const TempFile file(std::string(kTwoFiles) + "C:\\Data\\c.txt\tx\t1\t2024-01-02 03:04:05\n");
+#if defined(_WIN32)
+    ASSERT_NE(nullptr, _wfreopen(file.path(), L"rb", stdin));
+#else
+    ASSERT_NE(nullptr, std::freopen(file.name().c_str(), "rb", stdin));
+#endif
+    EXPECT_EQ(1, run({L"-"}));
+    EXPECT_NE(std::string::npos, out.text.find("C:\\Data\\b.txt  1, 2")) << out.text;
+    EXPECT_EQ("(standard input):7: version 'x' is not a whole number\n2 files, 5 versions, 1 malformed line "
+              "skipped\n",
+              err.text);
+}
+
 TEST_F(KorFilesToolTest, DoubleDashMakesTheNextArgumentTheFile) {
     EXPECT_EQ(3, run({L"--", L"--descending"}));
     EXPECT_EQ("korfiles: cannot read '--descending': No such file or directory\n", err.text);
@@ -189,3 +244,24 @@ TEST_F(KorFilesToolTest, ANonAsciiPathIsPrintedAsUtf8AndAlignedByCharacters) {
         "Information\n",
         out.text);
 }
+
+#if !defined(_WIN32)
+
+// A file name that is not UTF-8 (a Latin-1 byte) reaches the system as the bytes given, as main passes it.
+TEST_F(KorFilesToolTest, AFileNameThatIsNotUtf8OpensTheFileItNames) {
+    const std::string name = (std::filesystem::temp_directory_path() /
+                              ("korfiles-caf\xE9-" + std::to_string(GetCurrentProcessId()) + ".txt"))
+                                 .string();
+    std::FILE* f = std::fopen(name.c_str(), "wb");
+    ASSERT_NE(nullptr, f);
+    const std::string content = kTwoFiles;
+    ASSERT_EQ(content.size(), std::fwrite(content.data(), 1, content.size(), f));
+    std::fclose(f);
+    const std::wstring arg = uqfmt::nativeToWide(name.data(), name.size());
+    EXPECT_EQ(0, run({CString(arg.c_str(), static_cast<int>(arg.size()))}));
+    EXPECT_EQ("2 files, 5 versions, 0 malformed lines skipped\n", err.text);
+    EXPECT_NE(std::string::npos, out.text.find("C:\\Data\\b.txt  1, 2")) << out.text;
+    std::remove(name.c_str());
+}
+
+#endif

@@ -82,7 +82,7 @@ TEST_F(KorFilesListingTest, PrintsPathVersionRangesResultAndSeverityOfEachFile) 
     EXPECT_EQ(0, run({L"--listing=" + file.path()}));
     // The first line of a path gives its result and severity; the ranges read upwards.
     EXPECT_EQ(kTwoFilesTable, out.text);
-    EXPECT_EQ("", err.text);
+    EXPECT_EQ("2 files, 7 versions, 0 malformed lines skipped\n", err.text);
     EXPECT_EQ(std::vector<LogLine>{}, log.lines());
 }
 
@@ -95,21 +95,22 @@ TEST_F(KorFilesListingTest, TheListingMayAlsoBeNamedLikeAnyFile) {
     StringOutput beforeErr;
     EXPECT_EQ(0, KorFilesTool::mf_run({file.path(), L"--listing"}, L"x", L"y", before, beforeErr));
     EXPECT_EQ(kTwoFilesTable, before.text);
-    EXPECT_EQ("", err.text + beforeErr.text);
+    EXPECT_EQ("2 files, 7 versions, 0 malformed lines skipped\n", beforeErr.text);
 }
 
 TEST_F(KorFilesListingTest, WithoutAFileTheDefaultListingIsRead) {
     const TempFile file(kTwoFiles);
     EXPECT_EQ(0, run({L"--listing"}, file.path()));
     EXPECT_EQ(kTwoFilesTable, out.text);
-    EXPECT_EQ("", err.text);
+    EXPECT_EQ("2 files, 7 versions, 0 malformed lines skipped\n", err.text);
 }
 
 TEST_F(KorFilesListingTest, WithoutListingAListingIsReadAsFileVersionsAndFails) {
     // The default mode stays the file versions format: a listing line lacks its size and time there.
     const TempFile file("C:\\Data\\a.txt\t1\tmigrated\n");
     EXPECT_EQ(1, run({file.path()}));
-    EXPECT_EQ(file.name() + ":1: missing last write time\n", err.text);
+    EXPECT_EQ(file.name() + ":1: missing last write time\n0 files, 0 versions, 1 malformed line skipped\n",
+              err.text);
     EXPECT_EQ("Path  Versions  Selected version  Result  Severity\n", out.text);
 }
 
@@ -135,12 +136,15 @@ TEST_F(KorFilesListingTest, SkipOptionsLeaveOutTheirSeverities) {
     };
     for (const Case& c : cases) {
         out.text.clear();
+        err.text.clear();
         std::vector<CString> args = c.options;
         args.push_back(L"--listing=" + file.path());
         EXPECT_EQ(0, run(args)) << utf8(args[0]);
         EXPECT_EQ(c.kept, printedPaths()) << utf8(args[0]);
+        // Every file of the listing has one version.
+        const long long n = static_cast<long long>(c.kept.size());
+        EXPECT_EQ(KorFilesTool::mf_countLine(n, n, 0, "malformed line"), err.text) << utf8(args[0]);
     }
-    EXPECT_EQ("", err.text);
     EXPECT_EQ(std::vector<LogLine>{}, log.lines());
 }
 
@@ -160,13 +164,15 @@ TEST_F(KorFilesListingTest, NoStubsLeavesOutExactlyTheStubFileMessageAndCombines
     };
     for (const Case& c : cases) {
         out.text.clear();
+        err.text.clear();
         std::vector<CString> args = c.options;
         args.push_back(L"--listing");
         args.push_back(file.path());
         EXPECT_EQ(0, run(args)) << utf8(args[0]);
         EXPECT_EQ(c.kept, printedPaths()) << utf8(args[0]);
+        const long long n = static_cast<long long>(c.kept.size());
+        EXPECT_EQ(KorFilesTool::mf_countLine(n, n, 0, "malformed line"), err.text) << utf8(args[0]);
     }
-    EXPECT_EQ("", err.text);
 }
 
 TEST_F(KorFilesListingTest, AFilterThatLeavesNothingPrintsTheHeaderOnly) {
@@ -208,7 +214,7 @@ TEST_F(KorFilesListingTest, MalformedLinesAreReportedInTheReadersWordsAndSkipped
         expectedErr += detail + "\n";
         expectedLog.push_back({'W', "UQListingReader::mf_readText", "Listing line skipped: " + detail});
     }
-    EXPECT_EQ(expectedErr, err.text);
+    EXPECT_EQ(expectedErr + "2 files, 2 versions, 4 malformed lines skipped\n", err.text);
     EXPECT_EQ("Path        Versions  Result    Severity\n"
               "C:\\m\\a.txt  1         Migrated  Information\n"
               "C:\\m\\f.txt  2         Slow      Warning\n",
@@ -222,7 +228,9 @@ TEST_F(KorFilesListingTest, FiltersApplyToTheLinesThatWereRead) {
                         "C:\\m\\c.txt\t1\twarning\tSlow\n"
                         "C:\\m\\d.txt\t1\tstub\n");
     EXPECT_EQ(1, run({L"--listing=" + file.path(), L"--no-stubs", L"--skip=warning"}));
-    EXPECT_EQ(file.name() + ":2: no result text for status 'warning'\n", err.text);
+    EXPECT_EQ(file.name() +
+                  ":2: no result text for status 'warning'\n1 file, 1 version, 1 malformed line skipped\n",
+              err.text);
     EXPECT_EQ((std::vector<std::string>{"C:\\m\\a.txt"}), printedPaths());
 }
 
@@ -236,7 +244,7 @@ TEST_F(KorFilesListingTest, AnEntryTheListCannotStoreIsReportedAndSkippedWithCod
     EXPECT_EQ(1, code);
     const std::string detail =
         file.name() + ":1: entry refused: [E] _E_::Memory: There is not enough memory.";
-    EXPECT_EQ(detail + "\n", err.text);
+    EXPECT_EQ(detail + "\n1 file, 1 version, 1 malformed line skipped\n", err.text);
     EXPECT_EQ((std::vector<std::string>{"C:\\n\\b.txt"}), printedPaths());
     const std::vector<LogLine> expected = {
         {'E', "UQFileListBase::mf_implAddItem",
@@ -253,7 +261,7 @@ TEST_F(KorFilesListingTest, AnEmptyListingPrintsTheHeaderOnly) {
     const TempFile file("# nothing was migrated\n\n");
     EXPECT_EQ(0, run({L"--listing=" + file.path()}));
     EXPECT_EQ("Path  Versions  Result  Severity\n", out.text);
-    EXPECT_EQ("", err.text);
+    EXPECT_EQ("0 files, 0 versions, 0 malformed lines skipped\n", err.text);
     EXPECT_EQ(std::vector<LogLine>{}, log.lines());
 }
 

@@ -90,15 +90,42 @@ TEST_F(SearchCommandTest, PrintsOneLinePerFileWithRangesStatusSecurityAndStreams
               "\\\\S\\e\\deleted.txt        1         Deleted                No        No\n"
               "\\\\S\\f\\deleted-prot.txt   1         Deleted (protected)    Yes       No\n",
               out.text);
-    EXPECT_EQ("", err.text);
+    EXPECT_EQ("6 files, 7 versions, 0 malformed records skipped\n", err.text);
     EXPECT_EQ(std::vector<LogLine>{closed(6)}, log.lines());
+}
+
+TEST_F(SearchCommandTest, CsvAndJsonGiveOneRecordPerFileWithTheTablesColumns) {
+    EXPECT_EQ(0, search({L"--format=csv", L"*avail*"}));
+    EXPECT_EQ("Path,Versions,Status,Security,Streams\n"
+              "\\\\S\\a\\available.txt,\"1, 2\",Available,Yes,No\n"
+              "\\\\S\\b\\avail-prot.txt,1,Available (protected),Yes,No\n",
+              out.text);
+    EXPECT_EQ("2 files, 3 versions, 0 malformed records skipped\n", err.text);
+    out.text.clear();
+    err.text.clear();
+    EXPECT_EQ(0, search({L"--format=json", L"*avail*"}));
+    EXPECT_EQ(
+        "[\n"
+        "{\"path\": \"\\\\\\\\S\\\\a\\\\available.txt\", \"versions\": \"1, 2\", \"status\": \"Available\", "
+        "\"security\": \"Yes\", \"streams\": \"No\"},\n"
+        "{\"path\": \"\\\\\\\\S\\\\b\\\\avail-prot.txt\", \"versions\": \"1\", \"status\": "
+        "\"Available (protected)\", \"security\": \"Yes\", \"streams\": \"No\"}\n"
+        "]\n",
+        out.text);
+    EXPECT_EQ("2 files, 3 versions, 0 malformed records skipped\n", err.text);
+    out.text.clear();
+    err.text.clear();
+    EXPECT_EQ(2, search({L"--format=xml"}));
+    EXPECT_EQ(0u, err.text.find("korfiles search: --format needs table, csv or json, as in --format=csv, not "
+                                "'--format=xml'\n"))
+        << err.text;
 }
 
 TEST_F(SearchCommandTest, AnEmptyStorePrintsTheHeaderAlone) {
     const TempFile empty("# nothing stored yet\n");
     EXPECT_EQ(0, SearchCommand::mf_run({L"--store=" + empty.path()}, HistorySource::mf_sample(), out, err));
     EXPECT_EQ("Path  Versions  Status  Security  Streams\n", out.text);
-    EXPECT_EQ("", err.text);
+    EXPECT_EQ("0 files, 0 versions, 0 malformed records skipped\n", err.text);
 }
 
 TEST_F(SearchCommandTest, WithoutStoreSearchesTheBuiltInSample) {
@@ -107,13 +134,13 @@ TEST_F(SearchCommandTest, WithoutStoreSearchesTheBuiltInSample) {
               "\\\\FILESRV03\\Sales\\Offers\\offer 2024-031 \xC3\x98rsted.docx  1 - 3     Available  No      "
               "  No\n",
               out.text);
-    EXPECT_EQ("", err.text);
+    EXPECT_EQ("1 file, 3 versions, 0 malformed records skipped\n", err.text);
 }
 
 TEST_F(SearchCommandTest, TheBuiltInSampleHas21FilesAndNoMalformedRecord) {
     EXPECT_EQ(0, KorFilesTool::mf_run({L"search"}, L"none.txt", L"none.txt", out, err));
     EXPECT_EQ(21u, paths().size());
-    EXPECT_EQ("", err.text);
+    EXPECT_EQ("21 files, 60 versions, 0 malformed records skipped\n", err.text);
     EXPECT_EQ(std::vector<LogLine>{closed(21)}, log.lines());
 }
 
@@ -236,7 +263,7 @@ TEST_F(SearchCommandTest, LatestOnlyShowsTheSelectedVersionNumberInsteadOfTheRan
               "\\\\S\\c\\expiring.txt       1        Expiring               No        Yes\n"
               "\\\\S\\d\\expiring-prot.txt  3        Expiring (protected)   No        No\n",
               out.text);
-    EXPECT_EQ("", err.text);
+    EXPECT_EQ("4 files, 5 versions, 0 malformed records skipped\n", err.text);
 }
 
 TEST_F(SearchCommandTest, RetrievalOrderListsTheSelectedFilesByVolumeAndPosition) {
@@ -302,7 +329,8 @@ TEST_F(SearchCommandTest, MalformedRecordsAreReportedWithFileAndLineAndSkipped) 
     EXPECT_EQ(1, SearchCommand::mf_run({L"--store=" + store.path()}, HistorySource::mf_sample(), out, err));
     const std::string name = store.name();
     EXPECT_EQ(name + ":3: bad version number 'x1'\n" + name +
-                  ":4: expected 8 tab-separated fields, found 5\n" + name + ":5: bad flags 'SQ'\n",
+                  ":4: expected 8 tab-separated fields, found 5\n" + name + ":5: bad flags 'SQ'\n" +
+                  "1 file, 1 version, 3 malformed records skipped\n",
               err.text);
     EXPECT_EQ("Path           Versions  Status     Security  Streams\n"
               "\\\\S\\x\\one.txt  1         Available  No        No\n",
@@ -322,7 +350,9 @@ TEST_F(SearchCommandTest, AStoreThatCannotBeOpenedEndsWith3) {
     EXPECT_EQ(3, SearchCommand::mf_run({CString::FromUtf8("--store=" + missing)}, HistorySource::mf_sample(),
                                        out, err));
     EXPECT_EQ("", out.text);
-    EXPECT_EQ("korfiles: cannot read the history store " + missing + ": cannot open (errno 2)\n", err.text);
+    EXPECT_EQ("korfiles: cannot read the history store " + missing +
+                  ": cannot open: No such file or directory (errno 2)\n",
+              err.text);
     EXPECT_EQ((std::vector<LogLine>{
                   {'E', "UQHistoryStore::mf_search", "Failure opening history store '" + missing + "'"}}),
               log.lines());

@@ -5,6 +5,12 @@
 #include "interfaces/korbase_testing.h"
 #include "support/KorFilesUsage.h"
 
+#include "compat/utf8.h"
+
+#if !defined(_WIN32)
+#include <sqlite3.h>
+#endif
+
 using namespace korfilessettings;
 
 namespace {
@@ -35,6 +41,15 @@ std::string mruLines(std::initializer_list<std::string> entries) {
     for (const std::string& e : entries)
         lines += "option-file-mru: " + e + "\n";
     return lines;
+}
+
+// The store that a failure names.
+std::string storeName() {
+#if defined(_WIN32)
+    return "the registry";
+#else
+    return "the registry store '" + utf8(UQRegistry::mf_getStoreFile()) + "'";
+#endif
 }
 
 } // namespace
@@ -130,22 +145,15 @@ TEST_F(KorFilesSettingsTest, StoredTextIsShownAsUtf8OnOneLine) {
         << out.text;
 }
 
-TEST_F(KorFilesSettingsTest, AFailingRegistryShowsTheDefaultsOfTheGetters) {
+// The getters' defaults would pass for the settings: a registry that fails is reported with the first
+// failure and code 3, and nothing is shown.
+TEST_F(KorFilesSettingsTest, AFailingRegistryIsReportedNotShownAsTheGettersDefaults) {
     UQRegistryInjection::mf_injectFailure(0, 1000);
-    EXPECT_EQ(0, settings());
-    EXPECT_EQ("management-class:\n"
-              "backup-before-migrate: yes\n"
-              "migration-file-security: yes\n"
-              "migration-alternate-data-streams: yes\n"
-              "retrieval-file-security: yes\n"
-              "retrieval-alternate-data-streams: yes\n"
-              "backup-option-file: " +
-                  TRANSLATED +
-                  "\n"
-                  "option-file-mru:\n"
-                  "history-search-root:\n",
-              out.text);
-    EXPECT_EQ("", err.text);
+    EXPECT_EQ(3, settings());
+    EXPECT_EQ("", out.text);
+    EXPECT_EQ("korfiles: cannot read the settings from " + storeName() + ": " +
+                  injected(machineValue("MgmtClassDefault", MIGRATION)) + "\n",
+              err.text);
     // Each failure as the operation that met it logged it: the store first, then the GUI registry.
     std::vector<std::pair<char, std::string>> records;
     for (const LogLine& l : m_log.lines())
@@ -186,6 +194,84 @@ TEST_F(KorFilesSettingsTest, AFailingRegistryShowsTheDefaultsOfTheGetters) {
                            registryError(detail) + "\r\n" + TAB + "Returning empty value ..."}),
               m_log.lines()[9]);
 }
+
+TEST_F(KorFilesSettingsTest, AFlagOfAnotherTypeIsReportedNotShownAsYes) {
+    UQRegistry::mf_setValue(L"BackupBeforeMigrate", L"no", 0, w(BACKUP), HKEY_LOCAL_MACHINE);
+    EXPECT_EQ(3, settings());
+    EXPECT_EQ("", out.text);
+    EXPECT_EQ("korfiles: cannot read the settings from " + storeName() +
+                  ": Value 'BackupBeforeMigrate' in 'HKLM\\" + BACKUP + "' is a string, not a number\n",
+              err.text);
+}
+
+#if !defined(_WIN32)
+
+namespace {
+
+// Sets the data of a stored value past the registry, as another program or a damaged file might.
+void storeRaw(const std::string& file, const std::string& nameKey, const std::string& data) {
+    sqlite3* db = nullptr;
+    ASSERT_EQ(sqlite3_open_v2(file.c_str(), &db, SQLITE_OPEN_READWRITE, nullptr), SQLITE_OK);
+    const std::string sql =
+        "UPDATE registry_value SET data = " + data + " WHERE name_key = '" + nameKey + "'";
+    EXPECT_EQ(sqlite3_exec(db, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK) << sql;
+    EXPECT_EQ(sqlite3_changes(db), 1) << sql;
+    sqlite3_close_v2(db);
+}
+
+} // namespace
+
+TEST_F(KorFilesSettingsTest, AFlagStoredOutOfRangeOrAsTextIsReportedNotShown) {
+    for (const char* data : {"-1", "4294967296", "'1'", "NULL"}) {
+        EXPECT_EQ(0, settings());
+        UQRegistry::mf_setStoreFile(CString());
+        storeRaw(utf8(m_sandbox.fileText()), "BACKUPBEFOREMIGRATE", data);
+        UQRegistry::mf_setStoreFile(m_sandbox.fileText());
+        EXPECT_EQ(3, settings()) << data;
+        EXPECT_EQ("", out.text) << data;
+        EXPECT_NE(std::string::npos,
+                  err.text.find(": Value 'BackupBeforeMigrate' in 'HKLM\\" + BACKUP + "' is a number "))
+            << err.text;
+        UQRegistry::mf_setValue(L"BackupBeforeMigrate", 1, w(BACKUP), HKEY_LOCAL_MACHINE);
+    }
+}
+
+TEST_F(KorFilesSettingsTest, ABrokenStoreIsReportedNamingItsFileWithCode3) {
+    basetest::ScratchDirectory dir("settings-broken");
+    const CString garbage = dir.child(L"garbage.sqlite");
+    basetest::writeFile(garbage, std::string(8192, 'x'));
+    const CString newer = dir.child(L"newer.sqlite");
+    {
+        sqlite3* db = nullptr;
+        ASSERT_EQ(
+            sqlite3_open_v2(utf8(newer).c_str(), &db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr),
+            SQLITE_OK);
+        EXPECT_EQ(sqlite3_exec(db, "PRAGMA user_version = 9", nullptr, nullptr, nullptr), SQLITE_OK);
+        sqlite3_close_v2(db);
+    }
+    const struct {
+        CString file;
+        std::string reason;
+    } cases[] = {{garbage, "file is not a database"},
+                 {newer, "schema version 9 is newer than this program's (1)"},
+                 {dir.path(), "it is a directory, not a database file"}};
+    for (const auto& c : cases) {
+        m_log.clear();
+        EXPECT_EQ(3, settings({L"--registry=" + c.file})) << utf8(c.file);
+        EXPECT_EQ("", out.text);
+        EXPECT_EQ("korfiles: cannot read the settings from the registry store '" + utf8(c.file) +
+                      "': Registry store '" + utf8(c.file) +
+                      "' cannot be opened (value 'MgmtClassDefault' in 'HKLM\\" + MIGRATION +
+                      "'): " + c.reason + "\n",
+                  err.text);
+        ASSERT_FALSE(m_log.lines().empty());
+        EXPECT_EQ(m_log.lines()[0].level, 'E');
+        EXPECT_EQ(m_log.lines()[0].function, "UQRegistry::mf_exists");
+    }
+    EXPECT_EQ(basetest::readFile(garbage), std::string(8192, 'x')) << "left as it was";
+}
+
+#endif
 
 // ---------------------------------------------------------------------------------------------------------
 // Setting one value
@@ -549,4 +635,20 @@ TEST_F(KorFilesSettingsTest, AFailedMruWriteGivesCode1ThoughTheUpdateAnswers1) {
     EXPECT_EQ("korfiles: cannot remove 'a.opt' from the option-file MRU: " + registryError(readDetail) + "\n",
               err.text);
     EXPECT_EQ(std::vector<std::string>{"a.opt"}, mru());
+}
+
+// An argument keeps the bytes that are not UTF-8 (main.cpp); a value that holds one is refused, not stored
+// with U+FFFD in its place.
+TEST_F(KorFilesSettingsTest, AValueThatIsNotUtf8IsBadUsageAndNothingIsStored) {
+    const std::string bytes = "D:\\Archiv\xFF\xFE";
+    const std::wstring wide = uqfmt::nativeToWide(bytes.data(), bytes.size());
+    const CString value(wide.c_str(), static_cast<int>(wide.size()));
+    EXPECT_EQ(2, settings({L"set", L"history-search-root", value}));
+    EXPECT_EQ("", out.text);
+    EXPECT_EQ("korfiles: the value for history-search-root is not valid UTF-8\n", err.text);
+    EXPECT_EQ(2, settings({L"mru", L"add", value}));
+    EXPECT_EQ("korfiles: the option file path is not valid UTF-8\n", err.text);
+    EXPECT_EQ(0, UQRegistry::mf_exists(L"HistorySearchRoot", L"", HKEY_CURRENT_USER));
+    EXPECT_EQ(0, UQRegistry::mf_exists(L"BackupOptionFilesMru", L"", HKEY_CURRENT_USER));
+    EXPECT_EQ(0u, m_log.count());
 }

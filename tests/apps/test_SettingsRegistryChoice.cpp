@@ -155,27 +155,21 @@ TEST_F(SettingsRegistryChoiceTest, TheFileTakesTheSettingsAndTheStoreInUseIsGive
     UQRegistry::mf_setStoreFile(inUse.fileText());
 }
 
-TEST_F(SettingsRegistryChoiceTest, AFileThatCannotBeOpenedShowsDefaultsAndRefusesChanges) {
+TEST_F(SettingsRegistryChoiceTest, AFileThatCannotBeOpenedIsReportedAndRefusesChanges) {
     const registrytest::RegistrySandbox inUse;
     // Its directory would have to be made inside a plain file.
     const TempFile plain("not a directory\n");
     const std::string file = plain.name() + "/registry.sqlite";
     const std::string option = "--registry=" + file;
 
-    EXPECT_EQ(0, settings({w(option)}));
-    EXPECT_EQ("management-class:\n"
-              "backup-before-migrate: yes\n"
-              "migration-file-security: yes\n"
-              "migration-alternate-data-streams: yes\n"
-              "retrieval-file-security: yes\n"
-              "retrieval-alternate-data-streams: yes\n"
-              "backup-option-file: " +
-                  TRANSLATED +
-                  "\n"
-                  "option-file-mru:\n"
-                  "history-search-root:\n",
-              out.text);
-    EXPECT_EQ("", err.text);
+    // Not the getters' defaults, which would pass for the settings.
+    EXPECT_EQ(3, settings({w(option)}));
+    EXPECT_EQ("", out.text);
+    const std::string shownPrefix = "korfiles: cannot read the settings from the registry store '" + file +
+                                    "': Registry store '" + file +
+                                    "' cannot be opened (value 'MgmtClassDefault' in 'HKLM\\" + MIGRATION +
+                                    "'): unable to open database file\n";
+    EXPECT_EQ(shownPrefix, err.text);
     for (const LogLine& l : log.lines())
         EXPECT_EQ('E', l.level) << l;
 

@@ -115,3 +115,29 @@ TEST(Utf8CString, ToUtf8AndFromUtf8) {
     EXPECT_TRUE(CString::FromUtf8("").IsEmpty());
     EXPECT_EQ("", CString().ToUtf8());
 }
+
+// Native names: every byte that is not UTF-8 is kept as U+DC80 + byte and comes back as that byte.
+TEST(NativeNames, ALatin1ByteIsKeptAndComesBackAsItWas) {
+    const std::string name = "caf\xE9 \xC3\xA9t\xE9.txt";
+    const std::wstring wide = uqfmt::nativeToWide(name.data(), name.size());
+    EXPECT_EQ(wide,
+              (std::wstring{L'c', L'a', L'f', static_cast<wchar_t>(0xDCE9), L' ', static_cast<wchar_t>(0xE9),
+                            L't', static_cast<wchar_t>(0xDCE9), L'.', L't', L'x', L't'}));
+    EXPECT_EQ(uqfmt::wideToNative(wide.data(), wide.size()), name);
+}
+
+TEST(NativeNames, EveryByteSequenceRoundTrips) {
+    std::string bytes;
+    for (int i = 1; i < 256; ++i)
+        bytes += static_cast<char>(i);
+    bytes += "\xF0\x9F\x98\x80\xED\xA0\x80\xC0\xAF\xE2\x82";
+    const std::wstring wide = uqfmt::nativeToWide(bytes.data(), bytes.size());
+    EXPECT_EQ(uqfmt::wideToNative(wide.data(), wide.size()), bytes);
+}
+
+TEST(NativeNames, ValidUtf8AndAReplacementCharacterItselfAreUnchanged) {
+    const std::string text = "\xC3\x84rchiv \xEF\xBF\xBD \xF0\x9F\x98\x80";
+    const std::wstring wide = uqfmt::nativeToWide(text.data(), text.size());
+    EXPECT_EQ(wide, toWide(text));
+    EXPECT_EQ(uqfmt::wideToNative(wide.data(), wide.size()), text);
+}

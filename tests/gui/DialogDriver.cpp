@@ -40,7 +40,7 @@ std::vector<HWND> visibleDialogs() {
 
 DialogDriver::DialogDriver(DWORD _dwTimeLimitMs)
     : m_pPrevious(t_pDriver), m_uTimer(0), m_uDeadline(GetTickCount64() + _dwTimeLimitMs), m_nUnexpected(0),
-      m_nTaken(0), m_bTimedOut(false) {
+      m_nTaken(0), m_bTimedOut(false), m_bOnlyWatch(false) {
     // Dialogs that are open already (a test's modeless dialog) are not the driver's.
     for (HWND hDialog : visibleDialogs()) {
         if (!isHandled(hDialog)) {
@@ -65,6 +65,11 @@ DialogDriver::~DialogDriver() {
 
 DialogDriver& DialogDriver::then(Step _step) {
     m_steps.push_back(std::move(_step));
+    return *this;
+}
+
+DialogDriver& DialogDriver::onlyWatchTheTime() {
+    m_bOnlyWatch = true;
     return *this;
 }
 
@@ -99,6 +104,8 @@ void DialogDriver::mf_onTick() noexcept {
             }
             return;
         }
+        if (m_bOnlyWatch)
+            return;
         HWND hDialog = mf_newestDialog();
         if (hDialog == nullptr)
             return;

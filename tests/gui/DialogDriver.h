@@ -23,6 +23,8 @@ public:
 
     // Steps are taken in order, one for each dialog that appears.
     DialogDriver& then(Step _step);
+    // Only the time limit is kept: dialogs are left to whatever else ends them (a hook of the test).
+    DialogDriver& onlyWatchTheTime();
 
     int unexpectedDialogs() const noexcept { return m_nUnexpected; }
     int stepsLeft() const noexcept { return static_cast<int>(m_steps.size()); }
@@ -45,4 +47,5 @@ private:
     int m_nUnexpected;
     int m_nTaken;
     bool m_bTimedOut;
+    bool m_bOnlyWatch;
 };

@@ -29,3 +29,14 @@
 #define IDM_FONT 2005
 #define IDM_HELP 2006
 #define IDM_BITMAP 2007
+
+// Dialogs that embed a message panel: with all three of its items, and with the message item alone.
+#define IDD_MESSAGE_PANEL 102
+#define IDD_MESSAGE_PANEL_PARTIAL 103
+
+// A dialog that holds a status bar, and the menu of the bar's context menus.
+#define IDD_STATUS_BAR 104
+#define IDR_STATUS_MENUS 201
+#define IDM_STATUS_REFRESH 2101
+#define IDM_STATUS_DETAILS 2102
+#define IDM_STATUS_SERVER 2201

@@ -10,6 +10,10 @@ INT_PTR CALLBACK testDialogProcedure(HWND, UINT _uMsg, WPARAM, LPARAM) {
 
 } // namespace
 
+INT_PTR CALLBACK inertProcedure(HWND, UINT, WPARAM, LPARAM) {
+    return FALSE;
+}
+
 HWND destroyedWindow() {
     HWND hWnd = CreateWindowExW(0, L"Static", L"gone", WS_POPUP, 0, 0, 10, 10, nullptr, nullptr,
                                 GetModuleHandleW(nullptr), nullptr);
@@ -48,6 +52,82 @@ TestDialog::~TestDialog() {
     if (m_hDlg != nullptr)
         DestroyWindow(m_hDlg);
     pumpMessages();
+}
+
+std::string textOf(HWND _hWnd) {
+    const int nLength = GetWindowTextLengthW(_hWnd);
+    std::wstring text(static_cast<std::size_t>(nLength) + 1, L'\0');
+    GetWindowTextW(_hWnd, &text[0], nLength + 1);
+    text.resize(static_cast<std::size_t>(nLength));
+    return utf8(text.c_str());
+}
+
+std::string itemText(HWND _hDlg, int _nId) {
+    return textOf(GetDlgItem(_hDlg, _nId));
+}
+
+HICON iconOf(HWND _hDlg, int _nId) {
+    return reinterpret_cast<HICON>(SendDlgItemMessageW(_hDlg, _nId, STM_GETICON, 0, 0));
+}
+
+HICON languageIcon(WORD _wIconId, int _nSize) {
+    return static_cast<HICON>(LoadImageW(UQLanguage::mf_getLanguageHandle(UQLanguage::CURRENT),
+                                         MAKEINTRESOURCEW(_wIconId), IMAGE_ICON, _nSize, _nSize, LR_SHARED));
+}
+
+namespace {
+
+std::vector<std::uint8_t> iconPixels(HICON _hIcon, int& _nWidth, int& _nHeight) {
+    std::vector<std::uint8_t> pixels;
+    ICONINFO info;
+    if (_hIcon == nullptr || !GetIconInfo(_hIcon, &info))
+        return pixels;
+    BITMAP bitmap;
+    HBITMAP hColour = info.hbmColor != nullptr ? info.hbmColor : info.hbmMask;
+    GetObjectW(hColour, sizeof bitmap, &bitmap);
+    _nWidth = bitmap.bmWidth;
+    _nHeight = bitmap.bmHeight;
+    BITMAPINFO bmi;
+    ZeroMemory(&bmi, sizeof bmi);
+    bmi.bmiHeader.biSize = sizeof bmi.bmiHeader;
+    bmi.bmiHeader.biWidth = _nWidth;
+    bmi.bmiHeader.biHeight = -_nHeight;
+    bmi.bmiHeader.biPlanes = 1;
+    bmi.bmiHeader.biBitCount = 32;
+    bmi.bmiHeader.biCompression = BI_RGB;
+    pixels.resize(static_cast<std::size_t>(_nWidth) * _nHeight * 4);
+    HDC hDC = GetDC(nullptr);
+    GetDIBits(hDC, hColour, 0, _nHeight, pixels.data(), &bmi, DIB_RGB_COLORS);
+    ReleaseDC(nullptr, hDC);
+    if (info.hbmColor != nullptr)
+        DeleteObject(info.hbmColor);
+    DeleteObject(info.hbmMask);
+    return pixels;
+}
+
+} // namespace
+
+bool sameIcon(HICON _hA, HICON _hB) {
+    int nWidthA = 0, nHeightA = 0, nWidthB = 0, nHeightB = 0;
+    const std::vector<std::uint8_t> a = iconPixels(_hA, nWidthA, nHeightA);
+    const std::vector<std::uint8_t> b = iconPixels(_hB, nWidthB, nHeightB);
+    return !a.empty() && nWidthA == nWidthB && nHeightA == nHeightB && a == b;
+}
+
+int focusedId() {
+    HWND hFocus = GetFocus();
+    return hFocus != nullptr ? GetDlgCtrlID(hFocus) : 0;
+}
+
+void typeText(HWND _hWnd, const wchar_t* _pszText) {
+    for (const wchar_t* p = _pszText; *p != L'\0'; ++p)
+        PostMessageW(_hWnd, WM_CHAR, *p, 1);
+}
+
+void pressKey(WPARAM _vk) {
+    HWND hFocus = GetFocus();
+    PostMessageW(hFocus, WM_KEYDOWN, _vk, 1);
+    PostMessageW(hFocus, WM_KEYUP, _vk, 0xC0000001);
 }
 
 void setClientSize(HWND _hWnd, int _nWidth, int _nHeight) {

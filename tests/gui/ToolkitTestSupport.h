@@ -61,6 +61,31 @@ public:
     }
 };
 
+// A dialog procedure that handles nothing, to learn what the platform answers for a dialog.
+INT_PTR CALLBACK inertProcedure(HWND _hDlg, UINT _uMsg, WPARAM _wParam, LPARAM _lParam);
+
+// A window's text in UTF-8, and the text of a dialog's item.
+std::string textOf(HWND _hWnd);
+std::string itemText(HWND _hDlg, int _nId);
+
+// The icon a static control shows (STM_GETICON).
+HICON iconOf(HWND _hDlg, int _nId);
+
+// An icon of the language module as the library loads it (shared, so the same handle comes back).
+HICON languageIcon(WORD _wIconId, int _nSize);
+
+// Whether two icons have the same size and pixels (a shared icon may come back as another handle).
+bool sameIcon(HICON _hA, HICON _hB);
+
+// The id of the control that has the focus, or 0.
+int focusedId();
+
+// Posts the keys of a text to a control as typing would deliver them (WM_CHAR each).
+void typeText(HWND _hWnd, const wchar_t* _pszText);
+
+// Posts a key press (down and up) to the control that has the focus.
+void pressKey(WPARAM _vk);
+
 // Resizes a window so that its client area is _nWidth pixels wide and _nHeight high.
 void setClientSize(HWND _hWnd, int _nWidth, int _nHeight);
 

@@ -1,10 +1,13 @@
-// The dialog procedure shared by the dialog classes, on a real modal dialog: the object in the window's
-// user data, the initialisation and its failure text, commands, static colours, the close box, the
-// "No user data pointer" records, and no exception ever leaving the procedure.
+// The pieces every dialog callback is built from, on real dialogs and through the dialog manager
+// (SendMessageW): the object kept on init, fetch-or-log with the callback's own literal, the exception
+// barrier with its text, notification results through DWLP_MSGRESULT, a command answered before the
+// object is fetched, and the user data cleared when a modeless panel goes.
 #include "DialogDriver.h"
 #include "ToolkitTestSupport.h"
 
 #include "guibase/toolkit/UQDialogProcedure.h"
+
+#include <prsht.h>
 
 #include <stdexcept>
 
@@ -12,20 +15,23 @@ using namespace toolkittest;
 
 namespace {
 
-const std::string kTab = "    ";
+const std::string TAB = "    ";
+// A command the probe answers before it looks for its object, as a progress dialog's control 376.
+const int ID_EARLY = 376;
 
-// A dialog class as the library writes them, with a switch for each way its handlers can fail.
 class ProbeDialog {
 public:
     static constexpr int RESULT_CANCEL = 0;
     static constexpr int RESULT_OK = 1;
 
-    INT_PTR mf_onInitDialog(HWND _hDlg) {
+    int mf_onInitDialog(HWND _hDlg) {
         m_hDlg = _hDlg;
         ++m_nInitCalls;
-        m_pUserDataSeenInInit = GetWindowLongPtrW(_hDlg, GWLP_USERDATA);
+        m_nUserDataSeenInInit = GetWindowLongPtrW(_hDlg, GWLP_USERDATA);
         if (m_bFailInit)
             throw UQErrno(UQErrno::_E_::Resource);
+        if (m_bFailInitOther)
+            throw std::runtime_error("not a UQErrno");
         return 1;
     }
 
@@ -40,7 +46,7 @@ public:
         case IDC_MISSING:
             throw std::runtime_error("not a UQErrno");
         default:
-            return -5;
+            return 0;
         }
     }
 
@@ -50,63 +56,122 @@ public:
         return GetSysColorBrush(COLOR_INFOBK);
     }
 
-    void mf_onClose() {
-        UQReport::mf_log(UQLogData::LEVEL_G, L"ProbeDialog::mf_onClose",
-                         L"Mouse [x] pressed, terminating dialog with result RESULT_CANCEL");
-        EndDialog(m_hDlg, RESULT_CANCEL);
-    }
-
     HWND m_hDlg = nullptr;
     int m_nInitCalls = 0;
-    LONG_PTR m_pUserDataSeenInInit = 0;
+    LONG_PTR m_nUserDataSeenInInit = 0;
     bool m_bFailInit = false;
+    bool m_bFailInitOther = false;
     std::vector<int> m_commands;
     HDC m_hColouredDC = nullptr;
     HWND m_hColouredControl = nullptr;
+    int m_nNotifications = 0;
 };
 
-constexpr wchar_t kCallback[] = L"f_ProbeDialogCallback";
-constexpr wchar_t kInitFailure[] = L"Failure initializing probe dialog:\r\n%s%s";
-constexpr wchar_t kNoUserData[] = L"No user data pointer in probe dialog";
+const wchar_t* const PROBE_NO_USER_DATA = L"No user data pointer in probe dialog";
+const wchar_t* const PROBE_INIT_FAILURE = L"Failure initializing probe dialog:\r\n%s%s";
+const wchar_t* const PANEL_NO_USER_DATA = L"No user data pointer in panel '%s'";
+const wchar_t* const PANEL_INIT_FAILURE = L"Failure initializing panel '%s':\r\n%s%s";
 
+// A modal dialog's callback as the library writes them: one case per row of its table.
 INT_PTR CALLBACK f_ProbeDialogCallback(HWND _hDlg, UINT _uMsg, WPARAM _wParam, LPARAM _lParam) {
-    return UQDialogProcedure<ProbeDialog, kCallback, kInitFailure, kNoUserData>::mf_dispatch(
-        _hDlg, _uMsg, _wParam, _lParam);
+    static const wchar_t* const _sFunction_ = L"f_ProbeDialogCallback";
+    using Procedure = UQDialogProcedure;
+    switch (_uMsg) {
+    case WM_INITDIALOG:
+        return Procedure::mf_initDialog<ProbeDialog>(
+            _hDlg, _lParam, _sFunction_, PROBE_NO_USER_DATA, PROBE_INIT_FAILURE,
+            [&](ProbeDialog& _probe) { return _probe.mf_onInitDialog(_hDlg); });
+    case WM_COMMAND:
+        if (LOWORD(_wParam) == ID_EARLY) {
+            EndDialog(_hDlg, ID_EARLY);
+            return 1;
+        }
+        if (HIWORD(_wParam) != BN_CLICKED)
+            return 0;
+        return Procedure::mf_forward<ProbeDialog>(
+            _hDlg, _uMsg, _sFunction_, PROBE_NO_USER_DATA,
+            [&](ProbeDialog& _probe) { return _probe.mf_onCommand(_wParam, _lParam); });
+    case WM_CTLCOLORSTATIC:
+        return Procedure::mf_forward<ProbeDialog>(
+            _hDlg, _uMsg, _sFunction_, PROBE_NO_USER_DATA, [&](ProbeDialog& _probe) {
+                return Procedure::mf_brushResult(_probe.mf_onCtlColorStatic(_wParam, _lParam));
+            });
+    case WM_NOTIFY:
+        // Only the page's apply; the buttons' custom drawing is the dialog manager's.
+        if (reinterpret_cast<const NMHDR*>(_lParam)->code != static_cast<UINT>(PSN_APPLY))
+            return 0;
+        return Procedure::mf_forward<ProbeDialog>(
+            _hDlg, _uMsg, _sFunction_, PROBE_NO_USER_DATA, [&](ProbeDialog& _probe) {
+                ++_probe.m_nNotifications;
+                return Procedure::mf_setMessageResult(_hDlg, PSNRET_INVALID_NOCHANGEPAGE);
+            });
+    case WM_CLOSE:
+        return Procedure::mf_forward<ProbeDialog>(
+            _hDlg, _uMsg, _sFunction_, PROBE_NO_USER_DATA, [](ProbeDialog& _probe) {
+                UQReport::mf_log(UQLogData::LEVEL_G, L"f_ProbeDialogCallback",
+                                 L"Mouse [x] pressed, terminating dialog with "
+                                 L"result RESULT_CANCEL");
+                EndDialog(_probe.m_hDlg, ProbeDialog::RESULT_CANCEL);
+                return 1;
+            });
+    default:
+        return 0;
+    }
 }
 
-// A class without static colours and with a literal that names its panel.
+// A modeless panel: its init failure and its missing object name it by its title.
 class PanelDialog {
 public:
-    INT_PTR mf_onInitDialog(HWND _hDlg) {
-        m_hDlg = _hDlg;
-        return 1;
-    }
-    int mf_onCommand(WPARAM, LPARAM) { return 0; }
-    void mf_onClose() { EndDialog(m_hDlg, 0); }
-
-    // It also wants timer messages.
-    static int mf_handlesMessage(UINT _uMsg) { return _uMsg == WM_USER + 1; }
-    INT_PTR mf_onMessage(HWND, UINT, WPARAM _wParam, LPARAM) {
-        m_nUserMessages += static_cast<int>(_wParam);
-        return 33;
-    }
-
-    HWND m_hDlg = nullptr;
-    int m_nUserMessages = 0;
+    CString m_sTitle = L"Options";
+    bool m_bFailInit = false;
+    int m_nCommands = 0;
 };
 
-constexpr wchar_t kPanelCallback[] = L"f_PanelDialogProcedure";
-constexpr wchar_t kPanelInitFailure[] = L"Failure initializing panel:\r\n%s%s";
-constexpr wchar_t kPanelNoUserData[] = L"No user data pointer in panel '%s'";
-
 INT_PTR CALLBACK f_PanelDialogProcedure(HWND _hDlg, UINT _uMsg, WPARAM _wParam, LPARAM _lParam) {
-    return UQDialogProcedure<PanelDialog, kPanelCallback, kPanelInitFailure, kPanelNoUserData>::mf_dispatch(
-        _hDlg, _uMsg, _wParam, _lParam);
+    static const wchar_t* const _sFunction_ = L"f_PanelDialogProcedure";
+    using Procedure = UQDialogProcedure;
+    switch (_uMsg) {
+    case WM_INITDIALOG: {
+        PanelDialog* pPanel = Procedure::mf_storeOnInit<PanelDialog>(_hDlg, _lParam);
+        if (pPanel == nullptr)
+            return 0;
+        return Procedure::mf_barrier(
+            _sFunction_, PANEL_INIT_FAILURE,
+            [&] {
+                if (pPanel->m_bFailInit)
+                    throw UQErrno(UQErrno::_E_::Resource);
+                return 1;
+            },
+            pPanel->m_sTitle);
+    }
+    case WM_COMMAND: {
+        PanelDialog* pPanel = Procedure::mf_fetch<PanelDialog>(_hDlg, _sFunction_, PANEL_NO_USER_DATA,
+                                                               Procedure::mf_windowText(_hDlg));
+        if (pPanel == nullptr)
+            return 0;
+        ++pPanel->m_nCommands;
+        return 1;
+    }
+    case WM_NCDESTROY:
+        Procedure::mf_clearUserData(_hDlg);
+        return 0;
+    default:
+        return 0;
+    }
 }
 
-INT_PTR showProbe(DLGPROC _procedure, void* _pObject) {
-    return DialogBoxParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_PROBE), nullptr, _procedure,
-                           reinterpret_cast<LPARAM>(_pObject));
+INT_PTR showProbe(ProbeDialog* _pProbe) {
+    return DialogBoxParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_PROBE), nullptr,
+                           f_ProbeDialogCallback, reinterpret_cast<LPARAM>(_pProbe));
+}
+
+HWND createPanel(PanelDialog* _pPanel) {
+    return CreateDialogParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_PROBE), nullptr,
+                              f_PanelDialogProcedure, reinterpret_cast<LPARAM>(_pPanel));
+}
+
+std::string gui(const UQErrnoValue& _value) {
+    return errorText(_value, 0);
 }
 
 } // namespace
@@ -115,36 +180,49 @@ TEST(UQDialogProcedure, InitialisationKeepsTheObjectInTheUserDataBeforeItRuns) {
     initCommonControls();
     ProbeDialog probe;
     DialogDriver driver;
-    LONG_PTR userData = 0;
+    LONG_PTR nUserData = 0;
     driver.then([&](HWND _hDlg) {
-        userData = GetWindowLongPtrW(_hDlg, GWLP_USERDATA);
+        nUserData = GetWindowLongPtrW(_hDlg, GWLP_USERDATA);
         EXPECT_EQ(probe.m_hDlg, _hDlg);
         DialogDriver::click(_hDlg, IDOK);
     });
     LogCheck log;
-    EXPECT_EQ(showProbe(f_ProbeDialogCallback, &probe), ProbeDialog::RESULT_OK);
-    EXPECT_EQ(userData, reinterpret_cast<LONG_PTR>(&probe));
-    EXPECT_EQ(probe.m_pUserDataSeenInInit, reinterpret_cast<LONG_PTR>(&probe));
+    EXPECT_EQ(showProbe(&probe), ProbeDialog::RESULT_OK);
+    EXPECT_EQ(nUserData, reinterpret_cast<LONG_PTR>(&probe));
+    EXPECT_EQ(probe.m_nUserDataSeenInInit, reinterpret_cast<LONG_PTR>(&probe));
     EXPECT_EQ(probe.m_nInitCalls, 1);
     EXPECT_EQ(probe.m_commands, (std::vector<int>{IDOK}));
     EXPECT_EQ(driver.unexpectedDialogs(), 0);
     EXPECT_EQ(log.count(), 0u);
 }
 
-TEST(UQDialogProcedure, AFailedInitialisationIsLoggedWithTheClassesTextAndTheDialogGoesOn) {
+TEST(UQDialogProcedure, AFailedInitialisationIsLoggedWithTheCallbacksTextAndTheDialogGoesOn) {
     initCommonControls();
     ProbeDialog probe;
     probe.m_bFailInit = true;
     DialogDriver driver;
     driver.then([](HWND _hDlg) { PostMessageW(_hDlg, WM_CLOSE, 0, 0); });
     LogCheck log;
-    EXPECT_EQ(showProbe(f_ProbeDialogCallback, &probe), ProbeDialog::RESULT_CANCEL);
-    EXPECT_EQ(log.lines(),
-              (std::vector<LogLine>{
-                  {'E', "f_ProbeDialogCallback",
-                   "Failure initializing probe dialog:\r\n" + kTab + errorText(UQErrno::_E_::Resource, 0)},
-                  {'G', "ProbeDialog::mf_onClose",
-                   "Mouse [x] pressed, terminating dialog with result RESULT_CANCEL"}}));
+    EXPECT_EQ(showProbe(&probe), ProbeDialog::RESULT_CANCEL);
+    EXPECT_EQ(log.lines(), (std::vector<LogLine>{
+                               {'E', "f_ProbeDialogCallback",
+                                "Failure initializing probe dialog:\r\n" + TAB + gui(UQErrno::_E_::Resource)},
+                               {'G', "f_ProbeDialogCallback",
+                                "Mouse [x] pressed, terminating dialog with result RESULT_CANCEL"}}));
+}
+
+TEST(UQDialogProcedure, AnInitialisationThatThrowsSomethingElseIsLoggedAsUnexpected) {
+    initCommonControls();
+    ProbeDialog probe;
+    probe.m_bFailInitOther = true;
+    DialogDriver driver;
+    driver.then([](HWND _hDlg) { PostMessageW(_hDlg, WM_CLOSE, 0, 0); });
+    LogCheck log;
+    EXPECT_EQ(showProbe(&probe), ProbeDialog::RESULT_CANCEL);
+    ASSERT_EQ(log.count(), 2u);
+    EXPECT_EQ(log.lines()[0],
+              (LogLine{'E', "f_ProbeDialogCallback",
+                       "Failure initializing probe dialog:\r\n" + TAB + "Unexpected exception"}));
 }
 
 TEST(UQDialogProcedure, TheCloseBoxEndsTheDialogWithTheCancelResult) {
@@ -153,21 +231,19 @@ TEST(UQDialogProcedure, TheCloseBoxEndsTheDialogWithTheCancelResult) {
     DialogDriver driver;
     driver.then([](HWND _hDlg) { PostMessageW(_hDlg, WM_SYSCOMMAND, SC_CLOSE, 0); });
     LogCheck log;
-    EXPECT_EQ(showProbe(f_ProbeDialogCallback, &probe), ProbeDialog::RESULT_CANCEL);
+    EXPECT_EQ(showProbe(&probe), ProbeDialog::RESULT_CANCEL);
     EXPECT_EQ(log.lines(),
-              (std::vector<LogLine>{{'G', "ProbeDialog::mf_onClose",
+              (std::vector<LogLine>{{'G', "f_ProbeDialogCallback",
                                      "Mouse [x] pressed, terminating dialog with result RESULT_CANCEL"}}));
 }
 
-TEST(UQDialogProcedure, CommandResultsAreSignExtendedAndStaticColoursAnswerTheBrush) {
+TEST(UQDialogProcedure, StaticColoursAnswerTheHandlersBrushThroughTheDialogManager) {
     initCommonControls();
     ProbeDialog probe;
     DialogDriver driver;
-    INT_PTR nCommand = 0;
-    INT_PTR nColour = 0;
+    LRESULT nColour = 0;
     HWND hLabel = nullptr;
     driver.then([&](HWND _hDlg) {
-        nCommand = f_ProbeDialogCallback(_hDlg, WM_COMMAND, MAKEWPARAM(IDCANCEL, BN_CLICKED), 0);
         hLabel = GetDlgItem(_hDlg, IDC_PROBE_TEXT);
         HDC hDC = GetDC(hLabel);
         // The colour messages pass a dialog procedure's answer through unchanged.
@@ -176,81 +252,112 @@ TEST(UQDialogProcedure, CommandResultsAreSignExtendedAndStaticColoursAnswerTheBr
         ReleaseDC(hLabel, hDC);
         DialogDriver::click(_hDlg, IDOK);
     });
-    EXPECT_EQ(showProbe(f_ProbeDialogCallback, &probe), ProbeDialog::RESULT_OK);
-    EXPECT_EQ(nCommand, static_cast<INT_PTR>(-5));
-    EXPECT_EQ(nColour, reinterpret_cast<INT_PTR>(GetSysColorBrush(COLOR_INFOBK)));
+    EXPECT_EQ(showProbe(&probe), ProbeDialog::RESULT_OK);
+    EXPECT_EQ(nColour, reinterpret_cast<LRESULT>(GetSysColorBrush(COLOR_INFOBK)));
     EXPECT_EQ(probe.m_hColouredControl, hLabel);
 }
 
-TEST(UQDialogProcedure, NoExceptionLeavesTheProcedure) {
+TEST(UQDialogProcedure, ANotificationResultReachesTheSenderThroughDWLP_MSGRESULT) {
     initCommonControls();
     ProbeDialog probe;
     DialogDriver driver;
-    INT_PTR nUQErrno = -1;
-    INT_PTR nOther = -1;
+    LRESULT nResult = -1;
     driver.then([&](HWND _hDlg) {
-        nUQErrno = f_ProbeDialogCallback(_hDlg, WM_COMMAND, IDC_PROBE_TEXT, 0);
-        nOther = f_ProbeDialogCallback(_hDlg, WM_COMMAND, IDC_MISSING, 0);
+        NMHDR header;
+        ZeroMemory(&header, sizeof header);
+        header.hwndFrom = GetDlgItem(_hDlg, IDC_PROBE_TEXT);
+        header.idFrom = IDC_PROBE_TEXT;
+        header.code = PSN_APPLY;
+        nResult = SendMessageW(_hDlg, WM_NOTIFY, IDC_PROBE_TEXT, reinterpret_cast<LPARAM>(&header));
+        DialogDriver::click(_hDlg, IDOK);
+    });
+    EXPECT_EQ(showProbe(&probe), ProbeDialog::RESULT_OK);
+    EXPECT_EQ(probe.m_nNotifications, 1);
+    EXPECT_EQ(nResult, PSNRET_INVALID_NOCHANGEPAGE);
+}
+
+TEST(UQDialogProcedure, NoExceptionLeavesTheCallback) {
+    initCommonControls();
+    ProbeDialog probe;
+    DialogDriver driver;
+    driver.then([&](HWND _hDlg) {
+        SendMessageW(_hDlg, WM_COMMAND, MAKEWPARAM(IDC_PROBE_TEXT, BN_CLICKED), 0);
+        SendMessageW(_hDlg, WM_COMMAND, MAKEWPARAM(IDC_MISSING, BN_CLICKED), 0);
         DialogDriver::click(_hDlg, IDOK);
     });
     LogCheck log;
-    EXPECT_EQ(showProbe(f_ProbeDialogCallback, &probe), ProbeDialog::RESULT_OK);
-    EXPECT_EQ(nUQErrno, 0);
-    EXPECT_EQ(nOther, 0);
+    EXPECT_EQ(showProbe(&probe), ProbeDialog::RESULT_OK);
+    EXPECT_EQ(probe.m_commands, (std::vector<int>{IDC_PROBE_TEXT, IDC_MISSING, IDOK}));
     EXPECT_EQ(log.lines(),
               (std::vector<LogLine>{
                   {'E', "f_ProbeDialogCallback",
-                   "Failure handling window message 0x0111:\r\n" + kTab + errorText(UQErrno::_E_::Gui, 0)},
+                   "Failure handling window message 0x0111:\r\n" + TAB + gui(UQErrno::_E_::Gui)},
                   {'E', "f_ProbeDialogCallback",
-                   "Failure handling window message 0x0111:\r\n" + kTab + "Unexpected exception"}}));
+                   "Failure handling window message 0x0111:\r\n" + TAB + "Unexpected exception"}}));
 }
 
-TEST(UQDialogProcedure, WithoutAnObjectEveryHandledMessageIsLoggedAndAnswersZero) {
+TEST(UQDialogProcedure, ACommandAnsweredBeforeTheLookupNeedsNoObjectAndFilteredCodesLogNothing) {
     initCommonControls();
     DialogDriver driver;
-    INT_PTR nCommand = -1;
-    INT_PTR nClose = -1;
-    INT_PTR nUser = -1;
-    INT_PTR nOther = -1;
     driver.then([&](HWND _hDlg) {
-        nCommand = f_PanelDialogProcedure(_hDlg, WM_COMMAND, IDOK, 0);
-        nClose = f_PanelDialogProcedure(_hDlg, WM_CLOSE, 0, 0);
-        nUser = f_PanelDialogProcedure(_hDlg, WM_USER + 1, 0, 0);
-        nOther = f_PanelDialogProcedure(_hDlg, WM_SIZE, 0, 0);
-        EndDialog(_hDlg, 42);
+        // A notification the callback filters out before it fetches: no record.
+        SendMessageW(_hDlg, WM_COMMAND, MAKEWPARAM(IDOK, BN_SETFOCUS), 0);
+        // A handled message without an object: the callback's literal.
+        SendMessageW(_hDlg, WM_COMMAND, MAKEWPARAM(IDOK, BN_CLICKED), 0);
+        PostMessageW(_hDlg, WM_COMMAND, MAKEWPARAM(ID_EARLY, BN_CLICKED), 0);
     });
     LogCheck log;
-    // A class without static colours, so that painting adds no records of its own.
-    EXPECT_EQ(showProbe(f_PanelDialogProcedure, nullptr), 42);
-    EXPECT_EQ(nCommand, 0);
-    EXPECT_EQ(nClose, 0);
-    EXPECT_EQ(nUser, 0);
-    EXPECT_EQ(nOther, 0);
-    // The placeholder of the class's text gets the dialog's caption. One record at WM_INITDIALOG, then one
-    // for each message the class handles; none for WM_SIZE, which it does not.
-    const LogLine noUserData{'E', "f_PanelDialogProcedure", "No user data pointer in panel 'Probe'"};
-    EXPECT_EQ(log.lines(), (std::vector<LogLine>{noUserData, noUserData, noUserData, noUserData}));
+    EXPECT_EQ(DialogBoxParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_PROBE), nullptr,
+                              f_ProbeDialogCallback, 0),
+              ID_EARLY);
+    const LogLine noUserData{'E', "f_ProbeDialogCallback", "No user data pointer in probe dialog"};
+    // At WM_INITDIALOG, at every painted static (WM_CTLCOLORSTATIC), and at the clicked button.
+    const std::vector<LogLine> lines = log.lines();
+    ASSERT_GE(lines.size(), 2u);
+    for (const LogLine& line : lines)
+        EXPECT_EQ(line, noUserData);
 }
 
-TEST(UQDialogProcedure, AClassWithoutStaticColoursLeavesThemToTheDialogManager) {
+TEST(UQDialogProcedure, APanelsInitFailureAndMissingObjectNameThePanel) {
     initCommonControls();
     PanelDialog panel;
-    DialogDriver driver;
-    INT_PTR nColour = -1;
-    INT_PTR nUser = -1;
-    INT_PTR nUnhandled = -1;
-    driver.then([&](HWND _hDlg) {
-        HWND hLabel = GetDlgItem(_hDlg, IDC_PROBE_TEXT);
-        nColour = f_PanelDialogProcedure(_hDlg, WM_CTLCOLORSTATIC, 0, reinterpret_cast<LPARAM>(hLabel));
-        nUser = f_PanelDialogProcedure(_hDlg, WM_USER + 1, 4, 0);
-        nUnhandled = f_PanelDialogProcedure(_hDlg, WM_USER + 2, 4, 0);
-        PostMessageW(_hDlg, WM_CLOSE, 0, 0);
-    });
+    panel.m_bFailInit = true;
     LogCheck log;
-    EXPECT_EQ(showProbe(f_PanelDialogProcedure, &panel), 0);
-    EXPECT_EQ(nColour, 0);
-    EXPECT_EQ(nUser, 33);
-    EXPECT_EQ(nUnhandled, 0);
-    EXPECT_EQ(panel.m_nUserMessages, 4);
-    EXPECT_EQ(log.count(), 0u);
+    HWND hPanel = createPanel(&panel);
+    ASSERT_NE(hPanel, nullptr);
+    SetWindowTextW(hPanel, L"Options");
+    SetWindowLongPtrW(hPanel, GWLP_USERDATA, 0);
+    SendMessageW(hPanel, WM_COMMAND, MAKEWPARAM(IDOK, BN_CLICKED), 0);
+    DestroyWindow(hPanel);
+    EXPECT_EQ(log.lines(),
+              (std::vector<LogLine>{
+                  {'E', "f_PanelDialogProcedure",
+                   "Failure initializing panel 'Options':\r\n" + TAB + gui(UQErrno::_E_::Resource)},
+                  {'E', "f_PanelDialogProcedure", "No user data pointer in panel 'Options'"}}));
+}
+
+namespace {
+
+LONG_PTR g_nUserDataAfterDestroy = -1;
+
+LRESULT CALLBACK watchDestroy(HWND _hWnd, UINT _uMsg, WPARAM _wParam, LPARAM _lParam, UINT_PTR, DWORD_PTR) {
+    const LRESULT nResult = DefSubclassProc(_hWnd, _uMsg, _wParam, _lParam);
+    if (_uMsg == WM_NCDESTROY)
+        g_nUserDataAfterDestroy = GetWindowLongPtrW(_hWnd, GWLP_USERDATA);
+    return nResult;
+}
+
+} // namespace
+
+TEST(UQDialogProcedure, AModelessPanelForgetsItsObjectWhenItsWindowGoes) {
+    initCommonControls();
+    PanelDialog panel;
+    HWND hPanel = createPanel(&panel);
+    ASSERT_NE(hPanel, nullptr);
+    SendMessageW(hPanel, WM_COMMAND, MAKEWPARAM(IDOK, BN_CLICKED), 0);
+    EXPECT_EQ(panel.m_nCommands, 1);
+    ASSERT_TRUE(SetWindowSubclass(hPanel, watchDestroy, 1, 0));
+    EXPECT_EQ(GetWindowLongPtrW(hPanel, GWLP_USERDATA), reinterpret_cast<LONG_PTR>(&panel));
+    DestroyWindow(hPanel);
+    EXPECT_EQ(g_nUserDataAfterDestroy, 0);
 }

@@ -5,6 +5,7 @@
 //
 // Answers 0 when the picture was written, 1 otherwise.
 #include "PngWriter.h"
+#include "Screenshot.h"
 #include "ToolkitTestIds.h"
 #include "support/TestTime.h"
 
@@ -20,7 +21,6 @@
 #include <commctrl.h>
 
 #include <cstdio>
-#include <set>
 
 namespace {
 
@@ -95,52 +95,6 @@ HFONT fill(HWND _hDlg) {
     return hBold;
 }
 
-// The window as it shows on the screen, title bar and menu included, as top-down RGB rows.
-bool capture(HWND _hWnd, std::vector<std::uint8_t>& _rgb, int& _nWidth, int& _nHeight) {
-    RECT rc;
-    GetWindowRect(_hWnd, &rc);
-    _nWidth = rc.right - rc.left;
-    _nHeight = rc.bottom - rc.top;
-    HDC hWindowDC = GetWindowDC(_hWnd);
-    HDC hMemoryDC = CreateCompatibleDC(hWindowDC);
-    BITMAPINFO info;
-    ZeroMemory(&info, sizeof info);
-    info.bmiHeader.biSize = sizeof info.bmiHeader;
-    info.bmiHeader.biWidth = _nWidth;
-    info.bmiHeader.biHeight = -_nHeight;
-    info.bmiHeader.biPlanes = 1;
-    info.bmiHeader.biBitCount = 32;
-    info.bmiHeader.biCompression = BI_RGB;
-    void* pBits = nullptr;
-    HBITMAP hBitmap = CreateDIBSection(hWindowDC, &info, DIB_RGB_COLORS, &pBits, nullptr, 0);
-    bool bCopied = false;
-    if (hBitmap != nullptr && pBits != nullptr) {
-        HGDIOBJ hOld = SelectObject(hMemoryDC, hBitmap);
-        bCopied = BitBlt(hMemoryDC, 0, 0, _nWidth, _nHeight, hWindowDC, 0, 0, SRCCOPY) != FALSE;
-        GdiFlush();
-        const std::uint8_t* pBgra = static_cast<const std::uint8_t*>(pBits);
-        _rgb.resize(static_cast<std::size_t>(_nWidth) * _nHeight * 3);
-        for (std::size_t i = 0; i < static_cast<std::size_t>(_nWidth) * _nHeight; ++i) {
-            _rgb[i * 3] = pBgra[i * 4 + 2];
-            _rgb[i * 3 + 1] = pBgra[i * 4 + 1];
-            _rgb[i * 3 + 2] = pBgra[i * 4];
-        }
-        SelectObject(hMemoryDC, hOld);
-        DeleteObject(hBitmap);
-    }
-    DeleteDC(hMemoryDC);
-    ReleaseDC(_hWnd, hWindowDC);
-    return bCopied;
-}
-
-// A picture of one colour means that nothing was drawn.
-int colourCount(const std::vector<std::uint8_t>& _rgb) {
-    std::set<std::uint32_t> colours;
-    for (std::size_t i = 0; i + 2 < _rgb.size() && colours.size() < 64; i += 3)
-        colours.insert((static_cast<std::uint32_t>(_rgb[i]) << 16) | (_rgb[i + 1] << 8) | _rgb[i + 2]);
-    return static_cast<int>(colours.size());
-}
-
 } // namespace
 
 int wmain(int argc, wchar_t** argv) {
@@ -170,12 +124,12 @@ int wmain(int argc, wchar_t** argv) {
     std::vector<std::uint8_t> rgb;
     int nWidth = 0;
     int nHeight = 0;
-    const bool bCaptured = capture(hDlg, rgb, nWidth, nHeight);
+    const bool bCaptured = screenshot::capture(hDlg, rgb, nWidth, nHeight);
     SendDlgItemMessageW(hDlg, IDC_LABEL, WM_SETFONT, 0, FALSE);
     boldFont.mf_reset();
     UQListPanel::mf_deleteImageList(GetDlgItem(hDlg, IDC_LIST));
     DestroyWindow(hDlg);
-    if (!bCaptured || colourCount(rgb) < 8) {
+    if (!bCaptured || screenshot::colourCount(rgb) < 8) {
         std::fwprintf(stderr, L"toolkit_screenshot: nothing was drawn\n");
         return 1;
     }

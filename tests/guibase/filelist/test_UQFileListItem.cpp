@@ -152,6 +152,14 @@ INSTANTIATE_TEST_SUITE_P(Table, UQFileListItemRanges,
                                            RangesCase{{2, 1}, "1, 2"},
                                            RangesCase{{9, 8, 7, 3, 2, 1}, "1 - 3 - 9"}));
 
+// The largest version number is followed by no other: 4294967295 + 1 does not wrap to 0.
+INSTANTIATE_TEST_SUITE_P(
+    LargestVersion, UQFileListItemRanges,
+    ::testing::Values(RangesCase{{4294967295u}, "4294967295"}, RangesCase{{0, 4294967295u}, "4294967295"},
+                      RangesCase{{4294967295u, 0}, "0"},
+                      RangesCase{{4294967295u, 4294967294u}, "4294967294, 4294967295"},
+                      RangesCase{{4294967295u, 4294967294u, 4294967293u}, "4294967293 - 4294967295"}));
+
 TEST(UQFileListItem, SelectedVersionDisplayStringShowsFilePartDateAndTime) {
     UQFileListItem item = makeItem(L"C:\\Projects\\Reports\\q1-summary.docx", 3);
     const CString expected = CString(L"q1-summary.docx - ") + UQNumberFormatter::mf_formatDate(kTime) +

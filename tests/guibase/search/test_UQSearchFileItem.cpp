@@ -141,6 +141,18 @@ TEST(UQSearchFileItem, RangesOfVersionNumbers) {
     EXPECT_EQ(utf8(itemWith({1, 2, 4, 5, 6, 9})->mf_getRangesDisplayString()), "1, 2, 4 - 6, 9");
 }
 
+// The largest version number is followed by no other: 4294967295 + 1 does not wrap to 0.
+TEST(UQSearchFileItem, RangesAtTheLargestVersionNumber) {
+    EXPECT_EQ(utf8(itemWith({4294967295u})->mf_getRangesDisplayString()), "4294967295");
+    EXPECT_EQ(utf8(itemWith({0, 4294967295u})->mf_getRangesDisplayString()), "0, 4294967295");
+    EXPECT_EQ(utf8(itemWith({4294967294u, 4294967295u})->mf_getRangesDisplayString()),
+              "4294967294, 4294967295");
+    EXPECT_EQ(utf8(itemWith({4294967293u, 4294967294u, 4294967295u})->mf_getRangesDisplayString()),
+              "4294967293 - 4294967295");
+    EXPECT_EQ(utf8(itemWith({4294967295u, 4294967295u})->mf_getRangesDisplayString()),
+              "4294967295, 4294967295");
+}
+
 TEST(UQSearchFileItem, RepeatedNumberIsListedAgain) {
     EXPECT_EQ(utf8(itemWith({2, 2})->mf_getRangesDisplayString()), "2, 2");
     EXPECT_EQ(utf8(itemWith({1, 2, 2, 3})->mf_getRangesDisplayString()), "1, 2, 2, 3");

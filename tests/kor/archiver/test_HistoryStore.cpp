@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdio>
+#include <filesystem>
 #include <map>
 #include <set>
 #include <stdexcept>
@@ -57,6 +58,8 @@ std::vector<std::string> details(const UQHistoryStore::Result& result) {
 }
 
 const std::string kGood = "\\\\srv\\share\\a.txt\t=\t3\t2024-03-07 14:05:09\t1024\tSP\t-\t17:4096\n";
+// The next version of the same file.
+const std::string kGood4 = "\\\\srv\\share\\a.txt\t=\t4\t2024-03-08 14:05:09\t1024\tSP\t-\t17:4097\n";
 
 std::string slurp(const char* path) {
     std::string text;
@@ -95,12 +98,50 @@ TEST(UQHistoryStore, ReadsEveryFieldOfARecord) {
 TEST(UQHistoryStore, CommentsBlankLinesByteOrderMarkAndLineEnds) {
     Collector sink;
     const std::string text = "\xEF\xBB\xBF# header\r\n\r\n   \n" + kGood.substr(0, kGood.size() - 1) +
-                             "\r\n# done\n" + kGood.substr(0, kGood.size() - 1);
+                             "\r\n# done\n" + kGood4.substr(0, kGood4.size() - 1);
     const auto result = search(text, sink);
     EXPECT_EQ(result.uRecords, 2u);
     EXPECT_TRUE(result.errors.empty());
     ASSERT_EQ(sink.texts.size(), 2u);
-    EXPECT_EQ(sink.texts[0], sink.texts[1]);
+    EXPECT_NE(sink.texts[1].find("version=4"), std::string::npos);
+}
+
+// Two stores joined: the second one's byte order mark starts a line and is skipped there as well, before a
+// comment as before a record.
+TEST(UQHistoryStore, ByteOrderMarkAtTheStartOfALaterLineIsNoPartOfThePath) {
+    Collector sink;
+    const auto result =
+        search("\xEF\xBB\xBF" + kGood + "\xEF\xBB\xBF# second store\n\xEF\xBB\xBF" + kGood4, sink);
+    EXPECT_TRUE(result.errors.empty());
+    EXPECT_EQ(result.uRecords, 2u);
+    ASSERT_EQ(sink.texts.size(), 2u);
+    EXPECT_EQ(
+        sink.texts[1].rfind("Object='\\\\srv\\share\\a.txt', file='\\\\srv\\share\\a.txt', version=4", 0), 0u)
+        << sink.texts[1];
+}
+
+// A version of an object path listed again (the path compared case-blind, as the search list groups them)
+// is malformed the second time, as in every text format read here.
+TEST(UQHistoryStore, RepeatedObjectPathAndVersionIsMalformedNamingTheFirstLine) {
+    Collector sink;
+    LogCheck log;
+    std::string upper = kGood;
+    upper.replace(0, 17, "\\\\SRV\\SHARE\\A.TXT");
+    std::string padded = kGood;
+    padded.replace(padded.find("\t3\t"), 3, "\t003\t");
+    const auto result = search(kGood + kGood4 + upper + padded, sink);
+    EXPECT_EQ(details(result),
+              (std::vector<std::string>{"store.txt:3: version 3 of this path is already listed on line 1",
+                                        "store.txt:4: version 3 of this path is already listed on line 1"}));
+    EXPECT_EQ(result.uRecords, 2u);
+    EXPECT_EQ(sink.texts.size(), 2u);
+    EXPECT_EQ(log.lines(),
+              (std::vector<LogLine>{{'W', "UQHistoryStore::mf_searchText",
+                                     "History record skipped: store.txt:3: version 3 of this path is already "
+                                     "listed on line 1"},
+                                    {'W', "UQHistoryStore::mf_searchText",
+                                     "History record skipped: store.txt:4: version 3 of this path is already "
+                                     "listed on line 1"}}));
 }
 
 TEST(UQHistoryStore, NonAsciiPathsAreUtf8) {
@@ -147,8 +188,8 @@ TEST(UQHistoryStore, MalformedRecordsAreReportedWithFileAndLineAndSkipped) {
         "store.txt:12: bad expiry time 'never'",
         "store.txt:13: bad access key '17'",
         "store.txt:14: bad access key '4294967296:1'",
-        "store.txt:15: invalid UTF-8",
-        "store.txt:16: control character",
+        "store.txt:15: invalid UTF-8 (byte 0xFC at column 8)",
+        "store.txt:16: control character 0x0D at column 8",
     };
     EXPECT_EQ(details(result), expected);
     EXPECT_EQ(result.uRecords, 1u);
@@ -170,11 +211,49 @@ TEST(UQHistoryStore, OnlyWellFormedUtf8IsRead) {
                    line("beyond \xF4\x90\x80\x80") + line("cut \xE2\x82") + line("euro \xE2\x82\xAC"),
                sink);
     EXPECT_EQ(details(result),
-              (std::vector<std::string>{"store.txt:2: invalid UTF-8", "store.txt:3: invalid UTF-8",
-                                        "store.txt:4: invalid UTF-8", "store.txt:5: invalid UTF-8"}));
+              (std::vector<std::string>{"store.txt:2: invalid UTF-8 (byte 0xC0 at column 16)",
+                                        "store.txt:3: invalid UTF-8 (byte 0xED at column 17)",
+                                        "store.txt:4: invalid UTF-8 (byte 0xF4 at column 14)",
+                                        "store.txt:5: invalid UTF-8 (byte 0xE2 at column 11)"}));
     EXPECT_EQ(result.uRecords, 2u);
     EXPECT_EQ(log.count(), 4u);
 }
+
+// A malformed field is quoted back up to 200 bytes, cut at a character boundary with how much was left
+// out: a megabyte line must not become a megabyte message and log record.
+TEST(UQHistoryStore, AnEchoedFieldIsCutWithAMarker) {
+    Collector sink;
+    LogCheck log;
+    const std::string longVersion = "\xC3\xA9" + std::string(1 << 20, '9');
+    std::string line = kGood;
+    line.replace(line.find("\t3\t"), 3, "\t" + longVersion + "\t");
+    const auto result = search(line, sink);
+    const std::string expected = "store.txt:1: bad version number '\xC3\xA9" + std::string(198, '9') +
+                                 "... (" + std::to_string(longVersion.size() - 200) + " more bytes)'";
+    EXPECT_EQ(details(result), (std::vector<std::string>{expected}));
+    EXPECT_EQ(log.lines(), (std::vector<LogLine>{{'W', "UQHistoryStore::mf_searchText",
+                                                  "History record skipped: " + expected}}));
+}
+
+#if !defined(_WIN32)
+// A directory opens as a file here and fails when read: the detail gives the system's reason.
+TEST(UQHistoryStore, AReadErrorGivesTheSystemsReason) {
+    LogCheck log;
+    Collector sink;
+    const CString directory = CString::FromUtf8(std::filesystem::temp_directory_path().string());
+    UQHistoryStore store(directory);
+    std::string detail;
+    try {
+        store.mf_search(UQHistoryQuery(), sink);
+    } catch (const UQErrno& e) {
+        detail = utf8(e.mf_getDetail());
+    }
+    EXPECT_EQ(detail, utf8(directory) + ": read error: Is a directory (errno 21)");
+    EXPECT_EQ(log.lines(),
+              (std::vector<LogLine>{{'E', "UQHistoryStore::mf_search",
+                                     "Failure reading history store '" + utf8(directory) + "'"}}));
+}
+#endif
 
 TEST(UQHistoryStore, PatternMatchesTheFilePathCaseBlind) {
     Collector sink;

@@ -342,6 +342,43 @@ TEST(UQListingReader, ByteOrderMarkBeforeACommentKeepsItAComment) {
     EXPECT_EQ(result.uEntries, 1u);
 }
 
+// Two listings joined: the second one's byte order mark starts a line and is skipped there as well.
+TEST(UQListingReader, ByteOrderMarkAtTheStartOfALaterLineIsNoPartOfThePath) {
+    RecordingListener listener;
+    const UQListingReader::Result result = UQListingReader::mf_readText("\xEF\xBB\xBF"
+                                                                        "C:\\a\t1\tmigrated\n"
+                                                                        "\xEF\xBB\xBF# second listing\n"
+                                                                        "\xEF\xBB\xBF"
+                                                                        "C:\\b\t1\tmigrated\n",
+                                                                        kName, listener);
+    EXPECT_TRUE(result.errors.empty());
+    EXPECT_EQ(listener.entries, (std::vector<Entry>{{1, "C:\\a", 1, "Migrated", UVSeverity::GREEN},
+                                                    {3, "C:\\b", 1, "Migrated", UVSeverity::GREEN}}));
+}
+
+// A version of a path listed again is malformed the second time, as in every text format read here;
+// another version, or the same version of a path in other case, is not.
+TEST(UQListingReader, RepeatedPathAndVersionIsMalformedNamingTheFirstLine) {
+    RecordingListener listener;
+    LogCheck log;
+    const UQListingReader::Result result = UQListingReader::mf_readText("C:\\a\t1\tmigrated\n"
+                                                                        "C:\\a\t2\tmigrated\n"
+                                                                        "C:\\a\t001\tfailed\tAccess denied\n"
+                                                                        "C:\\A\t1\tmigrated\n",
+                                                                        kName, listener);
+    EXPECT_EQ(details(result), (std::vector<std::string>{
+                                   "listing.txt:3: version 1 of this path is already listed on line 1"}));
+    EXPECT_EQ(categories(result), (std::vector<std::string>{"_E_::Format"}));
+    EXPECT_EQ(result.uEntries, 3u);
+    EXPECT_EQ(listener.entries, (std::vector<Entry>{{1, "C:\\a", 1, "Migrated", UVSeverity::GREEN},
+                                                    {2, "C:\\a", 2, "Migrated", UVSeverity::GREEN},
+                                                    {4, "C:\\A", 1, "Migrated", UVSeverity::GREEN}}));
+    EXPECT_EQ(log.lines(),
+              (std::vector<LogLine>{{'W', "UQListingReader::mf_readText",
+                                     "Listing line skipped: listing.txt:3: version 1 of this path "
+                                     "is already listed on line 1"}}));
+}
+
 TEST(UQListingReader, EmptyTextHasNoEntriesAndNoErrors) {
     RecordingListener listener;
     for (const char* text : {"", "\xEF\xBB\xBF", "\n\r\n"}) {
@@ -403,7 +440,7 @@ TEST(UQListingReader, MissingFileIsAFileError) {
         }
     });
     EXPECT_EQ(category, "_E_::File");
-    EXPECT_EQ(detail, utf8(missing) + ": cannot open (errno 2)");
+    EXPECT_EQ(detail, utf8(missing) + ": cannot open: No such file or directory (errno 2)");
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{{'E', "UQListingReader::mf_read",
                                                   "Failure opening listing file '" + utf8(missing) + "'"}}));
 }

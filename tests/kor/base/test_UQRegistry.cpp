@@ -15,8 +15,10 @@
 #if !defined(_WIN32)
 #include <sqlite3.h>
 
+#include <chrono>
 #include <csignal>
 #include <poll.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #endif
@@ -687,6 +689,232 @@ TEST_F(UQRegistryTest, ValuesSurviveClosingAndReopeningTheStore) {
     CString value;
     UQRegistry::mf_getValue(L"Text", value, kKey, HKEY_LOCAL_MACHINE);
     EXPECT_EQ(s(value), "kept");
+}
+
+// A number whose stored data is no 32-bit number is no number: read as one it is a type error naming what
+// is stored, never a silent 0 or the low 32 bits, and mf_getOrSetValue leaves it as it is.
+TEST_F(UQRegistryTest, StoredNumberThatNoDwordCanHoldIsATypeError) {
+    const std::string subject = "Value 'Number' in 'HKLM\\SOFTWARE\\korguibase\\Test' is ";
+    const struct {
+        const char* data;
+        std::string expected;
+    } cases[] = {{"4294967296", "a number out of range (4294967296), not a number"},
+                 {"-1", "a number out of range (-1), not a number"},
+                 {"'1'", "a number stored as text, not a number"},
+                 {"NULL", "a number stored as NULL, not a number"},
+                 {"1.5", "a number stored as a real number, not a number"}};
+    for (const auto& c : cases) {
+        UQRegistry::mf_setValue(L"Number", 7, kKey, HKEY_LOCAL_MACHINE);
+        {
+            Database db(m_sandbox.file());
+            db.exec(("UPDATE registry_value SET data = " + std::string(c.data) + " WHERE name_key = 'NUMBER'")
+                        .c_str());
+        }
+        m_log.clear();
+        int n = 12345;
+        const Thrown t = thrown([&] { UQRegistry::mf_getValue(L"Number", n, kKey, HKEY_LOCAL_MACHINE); });
+        EXPECT_EQ(t.category, "_E_::Registry") << c.data;
+        EXPECT_EQ(t.detail, subject + c.expected) << c.data;
+        EXPECT_EQ(n, 12345) << c.data;
+        DWORD dw = 1;
+        const Thrown g =
+            thrown([&] { UQRegistry::mf_getOrSetValue(L"Number", dw, kKey, HKEY_LOCAL_MACHINE); });
+        EXPECT_EQ(g.detail, subject + c.expected) << c.data;
+        EXPECT_EQ(m_log.lines(), (std::vector<LogLine>{{'E', "UQRegistry::mf_getValue::2", t.detail},
+                                                       {'E', "UQRegistry::mf_getOrSetValue::2", g.detail}}))
+            << c.data;
+        Database db(m_sandbox.file());
+        EXPECT_EQ(db.column("SELECT quote(data) FROM registry_value WHERE name_key = 'NUMBER'"),
+                  (std::vector<std::string>{c.data}))
+            << "left as it is";
+    }
+}
+
+TEST_F(UQRegistryTest, StoredStringOrListOfTheWrongStorageIsATypeError) {
+    UQRegistry::mf_setValue(L"Text", L"x", 0, kKey, HKEY_LOCAL_MACHINE);
+    UQArray<CString> entries;
+    fill(entries, {L"a"});
+    UQRegistry::mf_setValues(L"List", entries, kKey, HKEY_LOCAL_MACHINE);
+    {
+        Database db(m_sandbox.file());
+        db.exec("UPDATE registry_value SET data = NULL WHERE name_key = 'TEXT'");
+        db.exec("UPDATE registry_value SET data = 5 WHERE name_key = 'LIST'");
+    }
+    CString value;
+    EXPECT_EQ(thrown([&] { UQRegistry::mf_getValue(L"Text", value, kKey, HKEY_LOCAL_MACHINE); }).detail,
+              "Value 'Text' in 'HKLM\\SOFTWARE\\korguibase\\Test' is a string stored as NULL, not a string");
+    EXPECT_EQ(thrown([&] { UQRegistry::mf_getValues(L"List", entries, kKey, HKEY_LOCAL_MACHINE); }).detail,
+              "Value 'List' in 'HKLM\\SOFTWARE\\korguibase\\Test' is a list of strings stored as an integer, "
+              "not a list of strings");
+    EXPECT_EQ(m_log.count(), 2u);
+}
+
+TEST_F(UQRegistryTest, DirectoryGivenAsTheStoreIsARegistryErrorNamingIt) {
+    basetest::ScratchDirectory dir("registry-directory");
+    UQRegistry::mf_setStoreFile(dir.path());
+    CString value;
+    const Thrown t = thrown([&] { UQRegistry::mf_getValue(L"Text", value, kKey, HKEY_LOCAL_MACHINE); });
+    EXPECT_EQ(t.category, "_E_::Registry");
+    EXPECT_EQ(t.detail,
+              "Registry store '" + s(dir.path()) +
+                  "' cannot be opened (value 'Text' in 'HKLM\\SOFTWARE\\korguibase\\Test'): it is a "
+                  "directory, not a database file");
+    EXPECT_EQ(m_log.lines(), (std::vector<LogLine>{{'E', "UQRegistry::mf_getValue::1", t.detail}}));
+    UQRegistry::mf_setStoreFile(m_sandbox.fileText());
+}
+
+TEST_F(UQRegistryTest, StoreOfANewerSchemaIsRefusedAndLeftAsItIs) {
+    UQRegistry::mf_setValue(L"Text", L"x", 0, kKey, HKEY_LOCAL_MACHINE);
+    UQRegistry::mf_setStoreFile(CString());
+    {
+        Database db(m_sandbox.file());
+        db.exec("PRAGMA journal_mode=DELETE");
+        db.exec("PRAGMA user_version = 2");
+    }
+    UQRegistry::mf_setStoreFile(m_sandbox.fileText());
+    EXPECT_EQ(
+        thrown([] { UQRegistry::mf_exists(L"Text", kKey, HKEY_LOCAL_MACHINE); }).detail,
+        "Registry store '" + s(m_sandbox.fileText()) +
+            "' cannot be opened (value 'Text' in 'HKLM\\SOFTWARE\\korguibase\\Test'): schema version 2 is "
+            "newer than this program's (1)");
+    UQRegistry::mf_setStoreFile(CString());
+    Database db(m_sandbox.file());
+    EXPECT_EQ(db.column("PRAGMA journal_mode"), (std::vector<std::string>{"delete"}))
+        << "not switched to WAL";
+}
+
+namespace {
+
+// Fills the store with enough values to span many pages and closes it, so that the file alone holds them.
+void fillAndClose(const CString& file) {
+    UQRegistry::mf_setStoreFile(file);
+    for (int i = 0; i < 300; ++i) {
+        CString name;
+        name.Format(L"Value%03d", i);
+        UQRegistry::mf_setValue(name, CString(L'v', 200), 0, kKey, HKEY_LOCAL_MACHINE);
+    }
+    UQRegistry::mf_setStoreFile(CString());
+}
+
+} // namespace
+
+TEST_F(UQRegistryTest, TruncatedStoreIsARegistryErrorNotAnEmptyStore) {
+    fillAndClose(m_sandbox.fileText());
+    const std::uintmax_t size = std::filesystem::file_size(m_sandbox.file());
+    ASSERT_GT(size, 16384u);
+    std::filesystem::resize_file(m_sandbox.file(), size / 2);
+    UQRegistry::mf_setStoreFile(m_sandbox.fileText());
+    const Thrown t = thrown([] { UQRegistry::mf_exists(L"Value299", kKey, HKEY_LOCAL_MACHINE); });
+    EXPECT_EQ(t.category, "_E_::Registry");
+    EXPECT_EQ(t.detail, "Registry store '" + s(m_sandbox.fileText()) +
+                            "' cannot be opened (value 'Value299' in 'HKLM\\SOFTWARE\\korguibase\\Test'): "
+                            "database disk image is malformed");
+    EXPECT_EQ(m_log.lines(), (std::vector<LogLine>{{'E', "UQRegistry::mf_exists", t.detail}}));
+}
+
+TEST_F(UQRegistryTest, DamagedStoreIsARegistryErrorNotAnEmptyStore) {
+    fillAndClose(m_sandbox.fileText());
+    {
+        // The last page: leaves of the value table, whose cells the damage makes unreadable.
+        std::FILE* f = std::fopen(m_sandbox.file().c_str(), "r+b");
+        ASSERT_NE(f, nullptr);
+        ASSERT_EQ(std::fseek(f, -4096, SEEK_END), 0);
+        const std::string garbage(4096, '\xA5');
+        ASSERT_EQ(std::fwrite(garbage.data(), 1, garbage.size(), f), garbage.size());
+        std::fclose(f);
+    }
+    UQRegistry::mf_setStoreFile(m_sandbox.fileText());
+    const Thrown t = thrown([] { UQRegistry::mf_PathExists(kKey, HKEY_LOCAL_MACHINE); });
+    EXPECT_EQ(t.category, "_E_::Registry");
+    EXPECT_EQ(t.detail.rfind("Registry store '" + s(m_sandbox.fileText()) +
+                                 "' cannot be opened (key 'HKLM\\SOFTWARE\\korguibase\\Test'): ",
+                             0),
+              0u)
+        << t.detail;
+    EXPECT_EQ(m_log.lines(), (std::vector<LogLine>{{'E', "UQRegistry::mf_PathExists", t.detail}}));
+}
+
+namespace {
+
+// The child's side of a read-only store test: a process that may only read the file (as root, it first
+// becomes the unprivileged user nobody, since root may write every file whatever its mode). Exit 0: the
+// value read back and the write refused as a registry error; else a number naming the step that failed.
+[[noreturn]] void readOnlyReader(const CString& file) {
+    if (::geteuid() == 0 && (::setgid(65534) != 0 || ::setuid(65534) != 0))
+        ::_exit(10);
+    if (::access(file.ToUtf8().c_str(), W_OK) == 0)
+        ::_exit(11);
+    UQRegistry::mf_setStoreFile(file);
+    try {
+        CString value;
+        UQRegistry::mf_getValue(L"Text", value, kKey, HKEY_LOCAL_MACHINE);
+        if (value != L"kept")
+            ::_exit(12);
+        int n = 0;
+        UQRegistry::mf_getValue(L"Number", n, kKey, HKEY_LOCAL_MACHINE);
+        if (n != 7)
+            ::_exit(13);
+    } catch (const UQErrno& e) {
+        std::fprintf(stderr, "read-only reader: %s\n", e.mf_toString().ToUtf8().c_str());
+        ::_exit(14);
+    } catch (...) {
+        ::_exit(15);
+    }
+    try {
+        UQRegistry::mf_setValue(L"Text", L"changed", 0, kKey, HKEY_LOCAL_MACHINE);
+        ::_exit(16);
+    } catch (const UQErrno& e) {
+        if (e.mf_getDetail().Find(L"readonly") < 0) {
+            std::fprintf(stderr, "read-only writer: %s\n", e.mf_toString().ToUtf8().c_str());
+            ::_exit(17);
+        }
+    } catch (...) {
+        ::_exit(18);
+    }
+    ::_exit(0);
+}
+
+int runReadOnlyReader(const CString& file) {
+    const pid_t child = ::fork();
+    if (child < 0)
+        return -1;
+    if (child == 0)
+        readOnlyReader(file);
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    int status = 0;
+    pid_t done = 0;
+    while ((done = ::waitpid(child, &status, WNOHANG)) == 0 && std::chrono::steady_clock::now() < deadline)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    if (done == 0) {
+        ::kill(child, SIGKILL);
+        ::waitpid(child, &status, 0);
+        return -2;
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -3;
+}
+
+} // namespace
+
+// A store that the user may only read (mode 0444, and its directory 0555 so that not even SQLite's
+// shared-memory file can be made beside it) is read, not answered with defaults.
+TEST_F(UQRegistryTest, StoreThatMayOnlyBeReadIsReadAndRefusesWrites) {
+    basetest::ScratchDirectory dir("registry-read-only");
+    const CString file = dir.child(L"registry.sqlite");
+    UQRegistry::mf_setStoreFile(file);
+    UQRegistry::mf_setValue(L"Text", L"kept", 0, kKey, HKEY_LOCAL_MACHINE);
+    UQRegistry::mf_setValue(L"Number", 7, kKey, HKEY_LOCAL_MACHINE);
+    UQRegistry::mf_setStoreFile(m_sandbox.fileText());
+    const std::string path = file.ToUtf8();
+    const std::string directory = dir.path().ToUtf8();
+    ASSERT_EQ(::chmod(path.c_str(), 0444), 0);
+    ASSERT_EQ(::chmod(directory.c_str(), 0555), 0);
+    EXPECT_EQ(runReadOnlyReader(file), 0);
+    // With a directory the user may write, SQLite keeps its shared memory there as usual.
+    ASSERT_EQ(::chmod(directory.c_str(), 0777), 0);
+    EXPECT_EQ(runReadOnlyReader(file), 0);
+    ::chmod(path.c_str(), 0644);
+    ::chmod(directory.c_str(), 0755);
+    EXPECT_EQ(m_log.count(), 0u);
 }
 
 namespace {

@@ -1,0 +1,127 @@
+#include "guibase/toolkit/UQStatusBar.h"
+
+#include "guibase/foundation/UQReport.h"
+#include "guibase/toolkit/UQMenu.h"
+#include "guibase/toolkit/UQToolkitReport.h"
+
+#include <commctrl.h>
+
+#include <vector>
+
+UQStatusBar::UQStatusBar()
+    : m_hStatusBar(nullptr), m_nWindowHeight(0), m_hContextMenus(nullptr), m_bOwner(1) {}
+
+UQStatusBar::UQStatusBar(const UQStatusBar& _other)
+    : m_hStatusBar(_other.m_hStatusBar), m_nWindowHeight(_other.m_nWindowHeight),
+      m_hContextMenus(_other.m_hContextMenus), m_bOwner(0) {
+    m_apItems.Copy(_other.m_apItems);
+}
+
+UQStatusBar::~UQStatusBar() {
+    static const wchar_t* const _sFunction_ = L"UQStatusBar::~UQStatusBar";
+    if (!m_bOwner)
+        return;
+    if (m_hContextMenus != nullptr)
+        DestroyMenu(m_hContextMenus);
+    for (INT_PTR i = 0; i < m_apItems.GetSize(); ++i) {
+        try {
+            delete m_apItems[i];
+        } catch (const UQErrno& e) {
+            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
+                             L"Failure deleting status bar item no %d:\r\n%s%s", static_cast<int>(i),
+                             UQLog::TAB, e.mf_toString());
+        }
+    }
+    m_apItems.RemoveAll();
+}
+
+void UQStatusBar::mf_addItem(UQStatusBarItem* _pStatusBarItem) {
+    static const wchar_t* const _sFunction_ = L"UQStatusBar::mf_addItem";
+    if (_pStatusBarItem == nullptr)
+        UQReport::mf_fail(UQErrno::_E_::Parameter, _sFunction_, L"NULL == _pStatusBarItem");
+    m_apItems.Add(_pStatusBarItem);
+}
+
+int UQStatusBar::mf_onInitDialog(HWND _hParent, HMENU _hContextMenus) {
+    m_hStatusBar = CreateWindowExW(0, STATUSCLASSNAMEW, nullptr, WS_CHILD | WS_VISIBLE, 0, 0, 0, 0, _hParent,
+                                   reinterpret_cast<HMENU>(static_cast<INT_PTR>(CONTROL_ID)),
+                                   UQLanguage::mf_getUserLanguageHandle(), nullptr);
+    m_hContextMenus = _hContextMenus;
+    mf_implSetStatusBarParts();
+    for (INT_PTR i = 0; i < m_apItems.GetSize(); ++i) {
+        HMENU hMenu = nullptr;
+        if (m_hContextMenus != nullptr) {
+            CString sTitle;
+            sTitle.Format(L"%d", static_cast<int>(i));
+            hMenu = UQMenu::mf_getSubMenuByTitle(m_hContextMenus, sTitle);
+        }
+        m_apItems[i]->mf_onInitDialog(m_hStatusBar, hMenu);
+        SendMessageW(m_hStatusBar, SB_SETTEXTW, static_cast<WPARAM>(i) | SBT_OWNERDRAW, 0);
+    }
+    RECT rc = {0, 0, 0, 0};
+    GetClientRect(m_hStatusBar, &rc);
+    m_nWindowHeight = rc.bottom - rc.top;
+    return 1;
+}
+
+void UQStatusBar::mf_implSetStatusBarParts() {
+    static const wchar_t* const _sFunction_ = L"UQStatusBar::mf_implSetStatusBarParts";
+    RECT rc = {0, 0, 0, 0};
+    GetClientRect(m_hStatusBar, &rc);
+    const long lWidth = rc.right - rc.left;
+    // An entry past 102 percent keeps the value it was given here; the control then sorts it out.
+    std::vector<int> edges(static_cast<std::size_t>(m_apItems.GetSize()), 0);
+    unsigned long ulSum = 0;
+    for (INT_PTR i = 0; i < m_apItems.GetSize(); ++i) {
+        ulSum += m_apItems[i]->mf_getWidth();
+        if (ulSum >= 103)
+            UQReport::mf_log(UQLogData::LEVEL_W, _sFunction_,
+                             L"Statusbar item %d width exceeds total width (%lu%c)", static_cast<int>(i),
+                             ulSum, L'%');
+        else if (ulSum >= 98)
+            edges[static_cast<std::size_t>(i)] = -1;
+        else
+            edges[static_cast<std::size_t>(i)] = static_cast<int>(lWidth * static_cast<long>(ulSum) / 100);
+    }
+    SetLastError(0);
+    if (!SendMessageW(m_hStatusBar, SB_SETPARTS, static_cast<WPARAM>(edges.size()),
+                      reinterpret_cast<LPARAM>(edges.data()))) {
+        const UQErrno error = UQToolkitReport::mf_systemError(UQErrno::_E_::Gui);
+        // The format has no placeholders for the tab and the error: the record ends with the line break.
+        UQReport::mf_log(UQLogData::LEVEL_G, _sFunction_, L"Failure setting parts:\r\n", UQLog::TAB,
+                         error.mf_toString());
+    }
+}
+
+int UQStatusBar::mf_onSizeEvent(int, int) {
+    SetWindowPos(m_hStatusBar, nullptr, 0, 0, 0, 0, SWP_NOZORDER);
+    mf_implSetStatusBarParts();
+    return 1;
+}
+
+int UQStatusBar::mf_onDrawItem(const DRAWITEMSTRUCT& _drawItem) {
+    if (_drawItem.CtlID != static_cast<UINT>(CONTROL_ID))
+        return 0;
+    return m_apItems.GetAt(static_cast<INT_PTR>(_drawItem.itemID))->mf_onDrawItem(_drawItem);
+}
+
+void UQStatusBar::mf_update() {
+    static const wchar_t* const _sFunction_ = L"UQStatusBar::mf_update";
+    for (INT_PTR i = 0; i < m_apItems.GetSize(); ++i) {
+        try {
+            m_apItems[i]->mf_update();
+        } catch (const UQErrno& e) {
+            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure updating item %d (%s):\r\n%s%s",
+                             static_cast<int>(i), m_apItems[i]->mf_getName(), UQLog::TAB, e.mf_toString());
+        }
+    }
+}
+
+HMENU UQStatusBar::mf_getContextMenu(int _nX, int _nY) {
+    for (INT_PTR i = 0; i < m_apItems.GetSize(); ++i) {
+        HMENU hMenu = m_apItems[i]->mf_getContextMenu(_nX, _nY);
+        if (hMenu != nullptr)
+            return hMenu;
+    }
+    return nullptr;
+}

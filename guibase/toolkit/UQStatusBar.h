@@ -1,0 +1,44 @@
+#pragma once
+
+#include "guibase/toolkit/UQStatusBarItem.h"
+
+// A status bar at the bottom of a dialog (control id 1039), divided into owner-drawn parts whose widths
+// are percentages of the bar. The bar owns its items and its context menu container.
+class KORGUIBASE_API UQStatusBar {
+public:
+    static const int CONTROL_ID = 1039;
+
+    UQStatusBar();
+    // A copy works on the same window and items but owns neither the items nor the menu container: only
+    // the original deletes them, so nothing is released twice.
+    UQStatusBar(const UQStatusBar& _other);
+    UQStatusBar& operator=(const UQStatusBar& _other) = delete;
+    virtual ~UQStatusBar();
+
+    // Creates the bar in _hParent; each item gets the submenu of _hContextMenus titled with its index
+    // ("0", "1", ...). The bar takes _hContextMenus and destroys it. Answers 1.
+    virtual int mf_onInitDialog(HWND _hParent, HMENU _hContextMenus);
+    // WM_DRAWITEM: 0 for another control, else what the item with itemID answers. An itemID beyond the
+    // items raises the invalid-argument exception of the array.
+    virtual int mf_onDrawItem(const DRAWITEMSTRUCT& _drawItem);
+    // WM_SIZE: the bar moves itself to the parent's bottom and the parts are laid out again; answers 1.
+    virtual int mf_onSizeEvent(int _nWidth, int _nHeight);
+    // Asks every item to refresh; an item's failure is logged and the others still run.
+    virtual void mf_update();
+    // The first item's menu for a right click at a point of the bar's client area, or null.
+    virtual HMENU mf_getContextMenu(int _nX, int _nY);
+
+    // Appends an item (owned from here on); a null item throws UQErrno::_E_::Parameter.
+    void mf_addItem(UQStatusBarItem* _pStatusBarItem);
+    HWND mf_getWindowHandle() const noexcept { return m_hStatusBar; }
+    int mf_getWindowHeight() const noexcept { return m_nWindowHeight; }
+
+private:
+    void mf_implSetStatusBarParts();
+
+    HWND m_hStatusBar;
+    int m_nWindowHeight;
+    HMENU m_hContextMenus;
+    UQArray<UQStatusBarItem*, UQStatusBarItem*> m_apItems;
+    int m_bOwner;
+};

@@ -1,0 +1,240 @@
+// The dialog gallery: every dialog of the library opened through its own call in its typical states, each
+// state saved as one PNG. The pictures go to the folder named by KOR_GALLERY_DIR (docs/gallery/ when the
+// docs_gallery target makes them); each test fails when its picture cannot be made.
+#include "DialogDriver.h"
+#include "Screenshot.h"
+#include "ToolkitTestSupport.h"
+
+#include "guibase/settings/RegistrySandbox.h"
+#include "guibase/toolkit/UQCaptionMessageBox.h"
+#include "guibase/toolkit/UQHelpDialog.h"
+#include "guibase/toolkit/UQInformationBox.h"
+#include "guibase/toolkit/UQLineEditor.h"
+#include "guibase/toolkit/UQMessageBox.h"
+#include "guibase/toolkit/UQStatusBar.h"
+#include "korlang_ids.h"
+
+#include <cstdlib>
+#include <string>
+
+using namespace toolkittest;
+
+namespace {
+
+std::wstring pictureDir() {
+    const wchar_t* pszDir = _wgetenv(L"KOR_GALLERY_DIR");
+    std::wstring dir = pszDir != nullptr && *pszDir != L'\0' ? pszDir : L"gallery";
+    CreateDirectoryW(dir.c_str(), nullptr);
+    return dir;
+}
+
+// A step that shows the keyboard cues (focus rectangle, access keys) as after a key press, saves the
+// picture, and then ends the dialog as _finish does.
+DialogDriver::Step picture(const wchar_t* _pszName, std::function<void(HWND)> _finish) {
+    return [_pszName, _finish](HWND _hDlg) {
+        // The first dialog of a process may not be active yet when the first tick comes: draw its title bar
+        // as the active window's, as the user sees it a moment later.
+        SetForegroundWindow(_hDlg);
+        SendMessageW(_hDlg, WM_NCACTIVATE, TRUE, 0);
+        SendMessageW(_hDlg, WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS | UISF_HIDEACCEL), 0);
+        const std::wstring path = pictureDir() + L"\\" + _pszName + L".png";
+        const std::string sFailure = screenshot::save(_hDlg, path);
+        EXPECT_EQ(sFailure, "") << utf8(_pszName);
+        _finish(_hDlg);
+    };
+}
+
+std::function<void(HWND)> click(int _nId) {
+    return [_nId](HWND _hDlg) { DialogDriver::click(_hDlg, _nId); };
+}
+
+void closeBox(HWND _hDlg) {
+    PostMessageW(_hDlg, WM_CLOSE, 0, 0);
+}
+
+class Gallery : public ::testing::Test {
+protected:
+    void SetUp() override { initCommonControls(); }
+    void TearDown() override {
+        EXPECT_EQ(m_driver.unexpectedDialogs(), 0);
+        EXPECT_EQ(m_driver.stepsLeft(), 0);
+    }
+    DialogDriver m_driver;
+};
+
+} // namespace
+
+TEST_F(Gallery, MessageBoxInformation) {
+    m_driver.then(picture(L"message-box-information", click(IDC_MESSAGE_BUTTON2)));
+    UQMessageBox box(L"The migration has finished. 214 files were migrated and replaced by stub files; "
+                     L"their data is on the storage server.",
+                     UQSeverity(UVSeverity::GREEN), UQMessageBox::BUTTONS_SINGLE, L"Migration");
+    EXPECT_EQ(box.mf_show(nullptr), UQMessageBox::RESULT_YES);
+}
+
+TEST_F(Gallery, MessageBoxQuestion) {
+    m_driver.then(picture(L"message-box-question", click(IDC_MESSAGE_BUTTON1)));
+    UQMessageBox box(L"12 of the selected files are stub files. Recall their data from the storage server "
+                     L"before they are retrieved?",
+                     UQSeverity(UVSeverity::YELLOW), UQMessageBox::BUTTONS_YES_NO, L"Retrieve");
+    EXPECT_EQ(box.mf_show(nullptr, 1), UQMessageBox::RESULT_YES);
+}
+
+TEST_F(Gallery, MessageBoxError) {
+    m_driver.then(picture(L"message-box-error", click(IDC_MESSAGE_BUTTON2)));
+    UQMessageBox box(UQErrnoData(UQErrno::_E_::Registry), CString());
+    EXPECT_EQ(box.mf_show(nullptr), UQMessageBox::RESULT_YES);
+}
+
+TEST_F(Gallery, MessageBoxWithoutButtons) {
+    m_driver.then(picture(L"message-box-no-buttons", closeBox));
+    UQMessageBox box(L"Searching the history of \\\\fs01\\projects ...", UQSeverity(UVSeverity::GREEN),
+                     UQMessageBox::BUTTONS_NONE, L"History search");
+    EXPECT_EQ(box.mf_show(nullptr), UQMessageBox::RESULT_CANCEL);
+}
+
+TEST_F(Gallery, CaptionMessageBox) {
+    m_driver.then(picture(L"caption-message-box", click(IDC_MESSAGE_BUTTON2)));
+    UQCaptionMessageBox box(
+        L"Files that have not been accessed for 90 days are migrated to the storage server "
+        L"and replaced by stub files. Opening a stub file recalls its data.",
+        UQMessageBox::BUTTONS_YES_NO, L"Migration settings", L"Stormex HSM Client");
+    EXPECT_EQ(box.mf_show(nullptr, 1), UQMessageBox::RESULT_NO);
+}
+
+TEST_F(Gallery, InformationBox) {
+    registrytest::RegistrySandbox sandbox;
+    m_driver.then(picture(L"information-box", click(IDC_INFORMATION_OK)));
+    UQInformationBox box(L"Tip", L"Migrated files stay visible in their folders as stub files.",
+                         L"A stub file is recalled from the storage server when a program opens it. "
+                         L"Search the history to retrieve older versions.",
+                         L"GalleryTip");
+    box.mf_show(nullptr);
+}
+
+TEST_F(Gallery, HelpDialog) {
+    m_driver.then(picture(L"help-dialog", click(IDCANCEL)));
+    UQHelpDialog help(L"History search",
+                      L"Type a pattern for the paths to search, such as *\\Finance\\*.\r\n\r\n"
+                      L"'*' stands for any run of characters and '?' for one character; case does not "
+                      L"matter.\r\n\r\nChoose a date range to see only the versions migrated in it, and "
+                      L"tick 'Latest versions only' to see one version of each file.\r\n\r\n"
+                      L"Press Search. The files found are listed with their versions; select some and "
+                      L"press Retrieve to restore them to a folder of your choice.");
+    help.mf_show(nullptr);
+}
+
+TEST_F(Gallery, LineEditor) {
+    m_driver.then(picture(L"line-editor", click(IDOK)));
+    UQLineEditor editor(L"Rename search", L"&Name of the saved search:");
+    editor.mf_setText(L"Finance 2024, latest versions", 1);
+    EXPECT_EQ(editor.mf_show(nullptr), 1);
+}
+
+TEST_F(Gallery, LineEditorEmpty) {
+    m_driver.then(picture(L"line-editor-empty", click(IDCANCEL)));
+    UQLineEditor editor(L"New search", L"&Name of the saved search:");
+    EXPECT_EQ(editor.mf_show(nullptr), 0);
+}
+
+namespace {
+
+// A status bar item as the history search shows them.
+class ShownItem : public UQStatusBarItem {
+public:
+    ShownItem(unsigned long _ulWidth, const wchar_t* _pszName)
+        : UQStatusBarItem(_ulWidth), m_sName(_pszName) {}
+    CString mf_getName() const override { return m_sName; }
+
+private:
+    CString m_sName;
+};
+
+INT_PTR CALLBACK statusBarProcedure(HWND _hDlg, UINT _uMsg, WPARAM _wParam, LPARAM _lParam) {
+    UQStatusBar* pBar = reinterpret_cast<UQStatusBar*>(GetWindowLongPtrW(_hDlg, GWLP_USERDATA));
+    switch (_uMsg) {
+    case WM_INITDIALOG:
+        SetWindowLongPtrW(_hDlg, GWLP_USERDATA, _lParam);
+        return TRUE;
+    case WM_SIZE:
+        if (pBar != nullptr && pBar->mf_getWindowHandle() != nullptr)
+            pBar->mf_onSizeEvent(LOWORD(_lParam), HIWORD(_lParam));
+        return FALSE;
+    case WM_DRAWITEM:
+        return pBar != nullptr ? pBar->mf_onDrawItem(*reinterpret_cast<const DRAWITEMSTRUCT*>(_lParam))
+                               : FALSE;
+    default:
+        return FALSE;
+    }
+}
+
+// The status bar dialog of the tests with three parts: files, selection, store.
+HWND openStatusBarDialog(UQStatusBar& _bar) {
+    ShownItem* pFiles = new ShownItem(30, L"Files");
+    ShownItem* pSelection = new ShownItem(30, L"Selection");
+    ShownItem* pStore = new ShownItem(40, L"Store");
+    _bar.mf_addItem(pFiles);
+    _bar.mf_addItem(pSelection);
+    _bar.mf_addItem(pStore);
+    HWND hDlg = CreateDialogParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_STATUS_BAR), nullptr,
+                                   statusBarProcedure, reinterpret_cast<LPARAM>(&_bar));
+    _bar.mf_onInitDialog(hDlg, LoadMenuW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDR_STATUS_MENUS)));
+    pFiles->mf_updateContent(languageIcon(IDI_SEVERITY_GREEN, 16), L"1 234 files");
+    pSelection->mf_updateContent(languageIcon(IDI_SEVERITY_YELLOW, 16), L"12 selected, 3 stub files");
+    pStore->mf_updateContent(languageIcon(IDI_BLANK, 16), L"Store: history.kst");
+    SetWindowPos(hDlg, HWND_TOP, 0, 0, 0, 0, SWP_NOSIZE | SWP_SHOWWINDOW);
+    setClientSize(hDlg, 600, 120);
+    pumpMessages();
+    SetForegroundWindow(hDlg);
+    SendMessageW(hDlg, WM_NCACTIVATE, TRUE, 0);
+    return hDlg;
+}
+
+} // namespace
+
+TEST(GalleryStatusBar, ThreeParts) {
+    initCommonControls();
+    UQStatusBar bar;
+    HWND hDlg = openStatusBarDialog(bar);
+    EXPECT_EQ(screenshot::save(hDlg, pictureDir() + L"\\status-bar.png"), "");
+    DestroyWindow(hDlg);
+}
+
+namespace {
+
+std::string g_sMenuPicture = "the menu did not open";
+
+// Fires inside the menu's own loop: the dialog and the open menu together, then the menu is closed.
+void CALLBACK photographMenu(HWND, UINT, UINT_PTR _uTimer, DWORD) {
+    KillTimer(nullptr, _uTimer);
+    HWND hMenu = FindWindowW(L"#32768", nullptr);
+    HWND hDlg = FindWindowW(nullptr, L"History search");
+    if (hMenu != nullptr && hDlg != nullptr) {
+        RedrawWindow(hMenu, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
+        g_sMenuPicture =
+            screenshot::saveTogether({hDlg, hMenu}, pictureDir() + L"\\status-bar-context-menu.png");
+    }
+    EndMenu();
+}
+
+} // namespace
+
+TEST(GalleryStatusBar, ContextMenuOpen) {
+    initCommonControls();
+    UQStatusBar bar;
+    HWND hDlg = openStatusBarDialog(bar);
+    // A right click in the middle part, as WM_CONTEXTMENU brings it.
+    RECT rcBar;
+    GetWindowRect(bar.mf_getWindowHandle(), &rcBar);
+    POINT point = {rcBar.left + 250, rcBar.top + 8};
+    POINT client = point;
+    ScreenToClient(bar.mf_getWindowHandle(), &client);
+    HMENU hMenu = bar.mf_getContextMenu(client.x, client.y);
+    ASSERT_NE(hMenu, nullptr);
+    const UINT_PTR uTimer = SetTimer(nullptr, 0, 200, photographMenu);
+    ASSERT_NE(uTimer, 0u);
+    TrackPopupMenuEx(hMenu, TPM_LEFTALIGN | TPM_BOTTOMALIGN | TPM_RIGHTBUTTON, point.x, point.y, hDlg,
+                     nullptr);
+    EXPECT_EQ(g_sMenuPicture, "");
+    DestroyWindow(hDlg);
+}
