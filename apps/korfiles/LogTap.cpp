@@ -5,13 +5,13 @@ namespace {
 // Whether a registry operation's record tells of a missing key or value, in the words of UQRegistry's
 // failures (docs/registry.md): "Value 'Name' not found in 'HKLM\Key'", "Key 'HKLM\Key' not found (value
 // 'Name')".
-bool isMissing(const CString& text) {
-    return (text.Left(7) == L"Value '" && text.Find(L"' not found in '") > 0) ||
-           (text.Left(5) == L"Key '" && text.Find(L"' not found (") > 0);
+bool isMissing(const CString& _sText) {
+    return (_sText.Left(7) == L"Value '" && _sText.Find(L"' not found in '") > 0) ||
+           (_sText.Left(5) == L"Key '" && _sText.Find(L"' not found (") > 0);
 }
 
-bool isRegistryOperation(const wchar_t* function) {
-    return function != nullptr && CString(function).Left(12) == L"UQRegistry::";
+bool isRegistryOperation(const wchar_t* _pszFunction) {
+    return _pszFunction != nullptr && CString(_pszFunction).Left(12) == L"UQRegistry::";
 }
 
 } // namespace
@@ -42,7 +42,8 @@ void LogTap::mf_write(const UQLogRecord& _record) noexcept {
         line.TrimLeft();
         line.TrimRight();
         m_sFailure = line;
-        if (m_sStoreFailure.IsEmpty() && isRegistryOperation(_record.pszFunction) && !isMissing(_record.sText))
+        if (m_sStoreFailure.IsEmpty() && isRegistryOperation(_record.pszFunction) &&
+            !isMissing(_record.sText))
             m_sStoreFailure = _record.sText;
     } catch (...) {
         // Out of memory: the failure has counted, only its words are lost.

@@ -177,7 +177,7 @@ void UQFileListBase::mf_implAddItem(const CString& _sPath, std::uint32_t _uVersi
             return;
         }
         if (item != nullptr) {
-            // The item keeps the _sResult and _severity of its creation.
+            // The item keeps the result and severity of its creation.
             try {
                 item->mf_addVersion(_uVersion, _size, _lastWriteTime);
             } catch (const UQErrno& e) {

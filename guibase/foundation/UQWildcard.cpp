@@ -25,6 +25,6 @@ int UQWildcard::mf_matches(const CString& _sText) const {
     static const wchar_t* const _sFunction_ = L"UQWildcard::mf_matches";
     if (m_sPattern.IsEmpty())
         UQReport::mf_fail(UQErrno::_E_::Initialization, _sFunction_, L"Pattern not initialized");
-    // Case-blind matching folds the _sText as it is read: the same as matching an upper-cased copy.
+    // Case-blind matching folds the text as it is read: the same as matching an upper-cased copy.
     return UQPatternMatch::mf_matches(m_sPattern, _sText, m_bCaseSensitive == 0);
 }

@@ -187,8 +187,8 @@ void UQSearchFileItem::mf_setSelected(int _bSelect, unsigned long _uVersion) {
     UQSearchFileVersion* oldest = mf_implGetOldest();
     if (oldest == nullptr)
         return;
-    // The product's callers rely on this shape: the oldest _uVersion is compared until it matches, and no
-    // later _uVersion is ever looked at. The volatile read keeps the comparison a real one on each round.
+    // The product's callers rely on this shape: the oldest version is compared until it matches, and no
+    // later version is ever looked at. The volatile read keeps the comparison a real one on each round.
     for (;;) {
         const volatile unsigned long current = oldest->mf_getVersion();
         if (current == _uVersion)

@@ -10,6 +10,6 @@ UQPathPattern::UQPathPattern(const CString& _sPattern) : m_sPattern(_sPattern) {
 }
 
 int UQPathPattern::mf_matches(const CString& _sText) const {
-    // Folding as the _sText is read copies none of the many paths of a search.
+    // Folding as the text is read copies none of the many paths of a search.
     return UQPatternMatch::mf_matches(m_sPattern, _sText, 1);
 }

@@ -206,7 +206,7 @@ void UQLogFileSink::mf_write(const UQLogRecord& _record) noexcept {
         const std::string line = mf_formatLine(_record);
         std::lock_guard<std::mutex> lock(m_pImpl->mutex);
         if (m_pImpl->file == kNoFile && !m_pImpl->open(m_sPath, false))
-            return; // the next _record tries again
+            return; // the next record tries again
         if (m_pImpl->maxBytes > 0 && m_pImpl->size > 0 && m_pImpl->size + line.size() > m_pImpl->maxBytes) {
             m_pImpl->rotate(m_sPath);
             if (m_pImpl->file == kNoFile)
@@ -215,11 +215,11 @@ void UQLogFileSink::mf_write(const UQLogRecord& _record) noexcept {
         if (writeFile(m_pImpl->file, line)) {
             m_pImpl->size += line.size();
         } else {
-            // A broken handle (the volume went away, say) is reopened for the next _record.
+            // A broken handle (the volume went away, say) is reopened for the next record.
             m_pImpl->close();
         }
     } catch (...) {
-        // Losing a _record is all that may happen here.
+        // Losing a record is all that may happen here.
     }
 }
 
