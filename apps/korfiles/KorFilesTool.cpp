@@ -8,6 +8,7 @@
 #include "ProgressLine.h"
 #include "SearchCommand.h"
 #include "SettingsCommand.h"
+#include "compat/UQHandle.h"
 
 #include "compat/utf8.h"
 
@@ -248,17 +249,16 @@ int KorFilesTool::mf_readFile(const CString& _sPath, std::string& _rText, std::s
         return mf_implReadStream(stdin, _rText, _rReason);
     }
 #if defined(_WIN32)
-    std::FILE* file = _wfopen(_sPath, L"rb");
+    const UQStdFile file(_wfopen(_sPath, L"rb"));
 #else
-    std::FILE* file = std::fopen(uqfmt::wideToNative(_sPath.GetString(), _sPath.GetLength()).c_str(), "rb");
+    const UQStdFile file(
+        std::fopen(uqfmt::wideToNative(_sPath.GetString(), _sPath.GetLength()).c_str(), "rb"));
 #endif
-    if (file == nullptr) {
+    if (!file) {
         _rReason = std::strerror(errno);
         return 0;
     }
-    const int done = mf_implReadStream(file, _rText, _rReason);
-    std::fclose(file);
-    return done;
+    return mf_implReadStream(file.mf_get(), _rText, _rReason);
 }
 
 int KorFilesTool::mf_implReadStream(std::FILE* _pFile, std::string& _rText, std::string& _rReason) {

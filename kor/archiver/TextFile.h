@@ -1,6 +1,7 @@
 // Opening the text files that korarchiver reads (listings, history stores). Internal to korarchiver.
 #pragma once
 
+#include "compat/UQHandle.h"
 #include "interfaces/korarchiver.h"
 
 #include <cstddef>

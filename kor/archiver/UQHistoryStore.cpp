@@ -327,9 +327,9 @@ UQHistoryStore::Result UQHistoryStore::mf_searchText(const std::string& _utf8Tex
 UQHistoryStore::Result UQHistoryStore::mf_search(const UQHistoryQuery& _query, UVQueryDataSink& _rSink,
                                                  const UQCancelSwitch* _pCancel) const {
     static const wchar_t* const _sFunction_ = L"UQHistoryStore::mf_search";
-    FILE* f = kortext::openForReading(m_sFile, _sFunction_, L"history store");
     // The file is closed on every way out, also when the sink or a cancellation ends the search.
-    const std::unique_ptr<FILE, int (*)(FILE*)> file(f, std::fclose);
+    const UQStdFile file(kortext::openForReading(m_sFile, _sFunction_, L"history store"));
+    FILE* f = file.mf_get();
     Result result;
     LineReader reader(m_sFile, _query, _rSink, _pCancel, result);
     std::unique_ptr<char[]> buffer(new char[1u << 16]);
@@ -338,11 +338,10 @@ UQHistoryStore::Result UQHistoryStore::mf_search(const UQHistoryQuery& _query, U
         reader.feed(buffer.get(), n);
     // Set by the read that failed, the last call before.
     const int readError = errno;
-    if (std::ferror(f)) {
-        const CString detail = kortext::readErrorDetail(m_sFile, readError);
-        UQKorReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure reading history store '%s'", m_sFile);
-        throw UQErrno(UQErrnoData(UQErrno::_E_::File), detail);
-    }
+    if (std::ferror(f))
+        UQKorReport::mf_fail(
+            UQErrno(UQErrnoData(UQErrno::_E_::File), kortext::readErrorDetail(m_sFile, readError)),
+            _sFunction_, L"Failure reading history store '%s'", m_sFile);
     reader.finish();
     return result;
 }

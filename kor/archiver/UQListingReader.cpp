@@ -72,42 +72,6 @@ VersionParse parseVersion(const std::string& _sText, std::uint32_t& _ruVersion) 
     return VersionParse::Ok;
 }
 
-// Well-formed UTF-8: no stray continuation bytes, no overlong forms, no surrogates, nothing above U+10FFFF.
-bool isUtf8(const std::string& _sText) {
-    const auto* s = reinterpret_cast<const unsigned char*>(_sText.data());
-    const std::size_t n = _sText.size();
-    std::size_t i = 0;
-    while (i < n) {
-        const unsigned char c = s[i];
-        if (c < 0x80) {
-            ++i;
-            continue;
-        }
-        std::size_t extra;
-        std::uint32_t cp, min;
-        if ((c & 0xE0) == 0xC0) {
-            extra = 1, cp = c & 0x1Fu, min = 0x80;
-        } else if ((c & 0xF0) == 0xE0) {
-            extra = 2, cp = c & 0x0Fu, min = 0x800;
-        } else if ((c & 0xF8) == 0xF0) {
-            extra = 3, cp = c & 0x07u, min = 0x10000;
-        } else {
-            return false;
-        }
-        if (n - i <= extra)
-            return false;
-        for (std::size_t k = 1; k <= extra; ++k) {
-            if ((s[i + k] & 0xC0) != 0x80)
-                return false;
-            cp = (cp << 6) | (s[i + k] & 0x3Fu);
-        }
-        if (cp < min || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF))
-            return false;
-        i += extra + 1;
-    }
-    return true;
-}
-
 UQErrno lineError(const CString& _sName, std::uint32_t _uLine, const wchar_t* _pszWhat,
                   const std::string& _sValue) {
     CString detail;
@@ -140,7 +104,7 @@ UQListingReader::Result UQListingReader::mf_readText(const std::string& _utf8Tex
         if (first == '\0' || first == '#')
             continue;
         // A listing written in another encoding would give paths that name no file.
-        if (!isUtf8(line)) {
+        if (!kortext::isUtf8(line)) {
             result.errors.push_back(lineError(_sName, lineNumber, L"invalid UTF-8 in", line));
             continue;
         }
@@ -223,20 +187,19 @@ UQListingReader::Result UQListingReader::mf_readText(const std::string& _utf8Tex
 
 UQListingReader::Result UQListingReader::mf_read(const CString& _sFile, UVListingFileReader& _rListener) {
     static const wchar_t* const _sFunction_ = L"UQListingReader::mf_read";
-    FILE* f = kortext::openForReading(_sFile, _sFunction_, L"listing file");
+    UQStdFile f(kortext::openForReading(_sFile, _sFunction_, L"listing file"));
     std::string text;
     char buffer[65536];
     std::size_t n;
-    while ((n = std::fread(buffer, 1, sizeof buffer, f)) > 0)
+    while ((n = std::fread(buffer, 1, sizeof buffer, f.mf_get())) > 0)
         text.append(buffer, n);
     // Set by the read that failed, the last call before.
     const int readError = errno;
-    const bool failed = std::ferror(f) != 0;
-    std::fclose(f);
-    if (failed) {
-        UQKorReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure reading listing file '%s'", _sFile);
-        const CString detail = kortext::readErrorDetail(_sFile, readError);
-        throw UQErrno(UQErrnoData(UQErrno::_E_::File), detail);
-    }
+    const bool failed = std::ferror(f.mf_get()) != 0;
+    f.mf_reset();
+    if (failed)
+        UQKorReport::mf_fail(
+            UQErrno(UQErrnoData(UQErrno::_E_::File), kortext::readErrorDetail(_sFile, readError)),
+            _sFunction_, L"Failure reading listing file '%s'", _sFile);
     return mf_readText(text, _sFile, _rListener);
 }
