@@ -104,8 +104,8 @@ TEST_F(UQGuiBackupOptionsTest, AValidFileAnswersOneAndLogsNothing) {
 
 TEST_F(UQGuiBackupOptionsTest, AnInvalidFileAnswersZeroWithTheClientsErrorLoggedAtLevelGOnly) {
     ScratchFile file("unknown.opt", "SERVER vrs-01\nVERBOSE yes\n");
-    const std::string sError = "[E] _E_::Format: " + utf8(UQString(1017).mf_getText()) + " (" + utf8(file.mf_getPath()) +
-                               ", line 2: unknown option 'VERBOSE')";
+    const std::string sError = "[E] _E_::Format: " + utf8(UQString(1017).mf_getText()) + " (" +
+                               utf8(file.mf_getPath()) + ", line 2: unknown option 'VERBOSE')";
     UQErrnoData error;
     m_log.clear();
     EXPECT_EQ(UQGuiBackupOptions::mf_validateOptionsFile(file.mf_getPath(), error), 0);
