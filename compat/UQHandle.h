@@ -103,7 +103,7 @@ struct UQEventTraits {
 };
 
 typedef UQHandle<UQStdFileTraits> UQStdFile;
-typedef UQHandle<UQEventTraits> UQEvent;
+typedef UQHandle<UQEventTraits> UQEventHandle;
 template <class COM_INTERFACE> using UQComPtr = UQHandle<UQComTraits<COM_INTERFACE>>;
 
 #if defined(_WIN32)

@@ -1,5 +1,6 @@
 // What korguibase calls of korbase, the product family's base library: errors, the log, the message
-// catalogue, paths, number and date formatting, file times and sizes, cancel switches, linked lists.
+// catalogue, paths, number and date formatting, file times and sizes, cancel switches and cancel objects,
+// threads and timer threads, events and their listeners, linked lists.
 #pragma once
 
 #include "compat/afxtempl.h"
@@ -219,14 +220,21 @@ public:
     virtual void mf_write(const UQLogRecord& _record) noexcept = 0;
 };
 
+class UQThreads;
+
 class KORBASE_API UQThreadContext {
 public:
-    static const int TYPE_WORKER = 1;
-    static const int TYPE_TIMER = 2;
+    // The kind of a thread that UQThreads runs; TYPE_NONE for every other thread.
+    enum TYPE { TYPE_NONE = 0, TYPE_WORKER = 1, TYPE_TIMER = 2 };
     // Selects the calling thread's logging language for the records that follow.
     static void mf_setLoggingLanguage() noexcept;
     // Reads and clears the mark that mf_setLoggingLanguage left on this thread.
     static int mf_takeLoggingLanguageMark() noexcept;
+    // The name, type and object of the UQThreads whose thread calls this; an empty name, TYPE_NONE and
+    // null on any other thread (the main thread, threads the caller made itself).
+    static CString mf_getThreadName();
+    static TYPE mf_getThreadType() noexcept;
+    static UQThreads* mf_getCurrentThreads() noexcept;
 };
 
 class KORBASE_API UQLog {
@@ -587,10 +595,16 @@ public:
 
     // Marks the switch cancelled and wakes every waiter; answers 1 if this call cancelled it.
     virtual int mf_implTryCancel() noexcept;
+    // The same, giving the reason (the progress dialogs pass UQErrno::_W_::UserCanceled): kept when this
+    // call is the one that cancels, through the virtual mf_implTryCancel().
+    int mf_implTryCancel(const UQErrnoData& _reason) noexcept;
+    // The reason given by the cancel that tripped the switch; none when it is not cancelled or was
+    // cancelled without one.
+    UQErrnoData mf_getCancelReason() const noexcept;
     int mf_isCancelled() const noexcept;
     // Waits until cancelled or the time-out (ms, or INFINITE) passes; answers 1 when cancelled.
     int mf_waitCancelled(DWORD _dwMilliseconds) const noexcept;
-    // Clears the flag for every copy, so that the switch can be tripped again.
+    // Clears the flag (and the reason) for every copy, so that the switch can be tripped again.
     void mf_reset() noexcept;
 
 private:
@@ -606,6 +620,238 @@ public:
     virtual UQCancelSwitch* mf_getCancelSwitch() const noexcept = 0;
     // Trips the installed switch; nothing happens without one.
     virtual void mf_cancel() noexcept = 0;
+};
+
+// Base of cancellable workers (UQThreads, UQTimerThread and the GUI's timer and wizard derive from it):
+// holds the installed cancel switch, which it does not own. The pointer is exchanged atomically, because a
+// worker thread may read it while the GUI thread installs or propagates it.
+class KORBASE_API UQCancelObject : public UVCancelObject {
+public:
+    UQCancelObject() noexcept;
+    // A copy shares the source's switch.
+    UQCancelObject(const UQCancelObject& _other) noexcept;
+    UQCancelObject& operator=(const UQCancelObject& _other) noexcept;
+    ~UQCancelObject() override;
+
+    // Null: "Resetting cancel switch to NULL is not allowed", _E_::Parameter; a switch already installed:
+    // "Cancel switch is already set", _E_::AlreadyInitialized (LEVEL_E under
+    // "UQCancelObject::mf_installCancelSwitch").
+    void mf_installCancelSwitch(UQCancelSwitch* _pSwitch) override;
+    UQCancelSwitch* mf_getCancelSwitch() const noexcept override;
+    // Calls mf_implTryCancel of the installed switch; nothing without one.
+    void mf_cancel() noexcept override;
+    // Gives _rTarget this object's switch. No switch here: "No cancel switch to propagate",
+    // _E_::Initialization; the target has one and _bOverwrite is 0: "Target cancle switch is already
+    // initialized", _E_::AlreadyInitialized (LEVEL_E under "UQCancelObject::mf_implPropagateCancelSwitch").
+    virtual void mf_implPropagateCancelSwitch(UQCancelObject& _rTarget, int _bOverwrite);
+
+private:
+    std::atomic<UQCancelSwitch*> m_pCancelSwitch;
+};
+
+// ---------------------------------------------------------------------------------------------------------
+// Threads (docs/korbase.md, "Threads")
+
+// A named thread that calls its body, mf_implExecute, on a std::thread. One thread per object at a time;
+// after it has ended the object can be started again. The thread selects its logging language before
+// every record it writes, carries its name (UQThreadContext::mf_getThreadName, and the system's thread
+// name where the system has one) and lets no exception out: a UQErrno thrown by a step is logged under
+// "UQThreads::mf_implRun" with the thread's name and ends the thread; any other exception too.
+//
+// On the thread: mf_implExecuteOnStart(0); then, while shutdown is not marked, mf_implExecute(0), again
+// after each return when the object repeats (the constructor's flag), once when it does not; then
+// mf_implExecuteOnStop(0), also after a failure. The int argument is the index of the object's thread,
+// always 0 here; mf_isShutdown takes it back.
+//
+// A derived class must end the thread in its own destructor (mf_stopWait), as its steps are virtual;
+// the base's destructor marks shutdown and waits for a thread still running, after logging that it had to.
+// A body may destroy its own object (destroyed on its thread, the thread is detached); the thread then
+// calls none of the object's steps any more, mf_implExecuteOnStop neither.
+class KORBASE_API UQThreads : public UQCancelObject {
+public:
+    // _bRepeat non-zero: the body is called again after each return until shutdown; 0: once.
+    UQThreads(const CString& _sName, UQThreadContext::TYPE _type, int _bRepeat);
+    // Copies name, type, flag and the cancel switch, not a running thread: the copy is not started.
+    UQThreads(const UQThreads& _other);
+    ~UQThreads() override;
+
+    // Steps run on the thread; the base's do nothing.
+    virtual void mf_implExecuteOnStart(int _nThread);
+    virtual void mf_implExecuteOnStop(int _nThread);
+    virtual void mf_implExecute(int _nThread) = 0;
+
+    // Clears shutdown and starts the thread; does not wait for it. A thread of this object that is still
+    // running: "Thread '%s' is already running", _E_::AlreadyInitialized; the system refusing a thread:
+    // "Failure creating thread '%s': %s", _E_::System (LEVEL_E under "UQThreads::mf_start").
+    virtual void mf_start();
+    // Returns once the started thread has run mf_implExecuteOnStart (or has already ended). Never
+    // started: "Thread '%s' has not been started", _E_::Initialization (under "UQThreads::mf_startWait").
+    virtual void mf_startWait();
+    // Marks shutdown and wakes a wait of mf_implWait; returns at once. Safe from any thread, the object's
+    // own included; a body that does not return by itself must look at mf_isShutdown or its cancel switch.
+    virtual void mf_stop();
+    // mf_stop, then waits up to _ulTimeoutMs (INFINITE: no limit) for the thread to end. 0 when it has
+    // ended (or none was started), WAIT_TIMEOUT (258) when it still runs at the limit (wait again later).
+    // Called on the object's own thread it cannot wait: ERROR_POSSIBLE_DEADLOCK (1131), logged at LEVEL_E
+    // "Thread '%s' cannot wait for itself" under "UQThreads::mf_stopWait" (or "UQThreads::mf_wait").
+    virtual UQErrnoNumber mf_stopWait(unsigned long _ulTimeoutMs);
+    // Waits as mf_stopWait does, with the same results, without marking shutdown: for a thread that ends
+    // by itself (a body that does not repeat, a timer's last run).
+    UQErrnoNumber mf_wait(unsigned long _ulTimeoutMs);
+
+    // Whether shutdown is marked (mf_stop, mf_stopWait, the end of a timer's runs).
+    int mf_isShutdown(int _nThread = 0) const noexcept;
+    // Started and not yet ended.
+    int mf_isRunning() const noexcept;
+    // Whether the installed cancel switch has been tripped; 0 without one.
+    int mf_isCancelled() const noexcept;
+    const CString& mf_getName() const noexcept;
+    UQThreadContext::TYPE mf_getType() const noexcept;
+    int mf_isRepeating() const noexcept;
+    // The system thread id of the running or last thread; 0 before the first start.
+    DWORD mf_getThreadId() const noexcept;
+    // The category of the UQErrno that ended the last run; none after a normal end (and before a start).
+    UQErrnoData mf_getExitError() const noexcept;
+
+protected:
+    // For bodies that wait: returns after _ulMs (INFINITE: no limit) with 0, or earlier with 1 when
+    // shutdown is marked or mf_implWakeUp was called (the wake-up is used up by this). Never throws.
+    int mf_implWait(unsigned long _ulMs) noexcept;
+    void mf_implWakeUp() noexcept;
+
+private:
+    UQThreads& operator=(const UQThreads&) = delete;
+    struct State;
+    static void mf_implRun(UQThreads* _pThis, std::shared_ptr<State> _state) noexcept;
+    UQErrnoNumber mf_implWaitEnd(unsigned long _ulTimeoutMs, const wchar_t* _pszFunction);
+    std::shared_ptr<State> m_state;
+};
+
+// A timer thread: started for a number of runs at an interval, it calls mf_implExecuteTimer once per run
+// and counts the runs. Each call of its body mf_implExecute is one run: wait for the run's time, then
+// mf_implExecuteTimer. After the last run it marks shutdown, so its thread ends by itself.
+//
+// Run k (from 0) is due _ulFirstDelayMs + k * _ulIntervalMs after mf_start; a run that comes late moves
+// the following ones (no catching up in bursts). 0 runs: the timer runs until mf_stop and never reaches a
+// last run (UQGuiTimer never expires). mf_wakeUp makes the waiting run happen at once.
+class KORBASE_API UQTimerThread : public UQThreads {
+public:
+    // _type is TYPE_TIMER for every timer of the library; the interval is what mf_start() without
+    // arguments uses.
+    explicit UQTimerThread(const CString& _sName, UQThreadContext::TYPE _type = UQThreadContext::TYPE_TIMER,
+                           unsigned long _ulIntervalMs = 1000);
+    UQTimerThread(const CString& _sName, unsigned long _ulIntervalMs);
+    UQTimerThread(const UQTimerThread& _other);
+    ~UQTimerThread() override;
+
+    // One run: waits for the run's time, then mf_implExecuteTimer, then counts it.
+    void mf_implExecute(int _nThread) override;
+    // The interval given at construction, 0 runs (until stopped), the first run after one interval.
+    void mf_start() override;
+    void mf_stop() override;
+    // The work of one run; the base does nothing. Runs on the timer thread.
+    virtual void mf_implExecuteTimer();
+    // Starts the thread for _nRuns runs (0: until stopped) every _ulIntervalMs, the first one
+    // _ulFirstDelayMs after the start. A negative count: "Invalid number of runs %d", _E_::Parameter; a
+    // timer still running: as UQThreads::mf_start (both logged under "UQTimerThread::mf_start").
+    virtual void mf_start(unsigned long _ulIntervalMs, int _nRuns, unsigned long _ulFirstDelayMs);
+    // The run being waited for happens now; the next one is due an interval later.
+    virtual void mf_wakeUp();
+
+    // The number of runs the timer was started for (0: until stopped) and the runs made since; a run is
+    // counted when its mf_implExecuteTimer has returned, so inside it mf_getRuns() - mf_getRunsMade() is 1
+    // for the last run.
+    int mf_getRuns() const noexcept;
+    int mf_getRunsMade() const noexcept;
+    unsigned long mf_getInterval() const noexcept;
+    // Within mf_implExecuteTimer: whether this run is the last one the timer was started for.
+    int mf_isLastRun() const noexcept;
+
+private:
+    std::atomic<unsigned long> m_ulInterval;
+    std::atomic<unsigned long> m_ulFirstDelay;
+    std::atomic<int> m_nRuns;
+    std::atomic<int> m_nRunsMade;
+    std::atomic<int> m_bFirstRun;
+    std::int64_t m_nDueUs; // on the timer thread only: steady-clock microseconds of the next run
+};
+
+// ---------------------------------------------------------------------------------------------------------
+// Events (docs/korbase.md, "Events")
+
+// The id under which events are published; listeners register for one id.
+typedef std::uint64_t UQEVENT_ID;
+// The id of the progress events of workers (korutil's UQProgressEvent).
+const UQEVENT_ID UQEVENT_ID_PROGRESS = 0x0040000000000000ull;
+
+// Base of events: an id and a text for the log. Publishing hands the event to every listener registered
+// for its id, one after the other, on the publishing thread.
+class KORBASE_API UQEvent {
+public:
+    explicit UQEvent(UQEVENT_ID _id) noexcept : m_id(_id) {}
+    UQEvent(const UQEvent&) noexcept = default;
+    UQEvent& operator=(const UQEvent&) noexcept = default;
+    virtual ~UQEvent();
+
+    UQEVENT_ID mf_getId() const noexcept { return m_id; }
+    // "Event id=0x0040000000000000".
+    virtual CString mf_toString() const;
+    // UQEventManager::mf_publish(*this).
+    int mf_publish() const;
+
+private:
+    UQEVENT_ID m_id;
+};
+
+// Base of classes that receive events of one id. Constructing registers the listener, destroying (or
+// mf_unregister) unregisters it; once mf_unregister has returned, mf_onEvent is not called any more, and
+// it waits for a delivery to this listener that another thread has under way. A listener may unregister
+// (also destroy) itself from inside its own mf_onEvent: that delivery is not waited for.
+//
+// A derived class should call mf_unregister first thing in its destructor, so that no delivery reaches it
+// while its own part is being destroyed; for the same reason a listener made while another thread
+// publishes its id registers at the end of its own constructor (the two-argument constructor). A
+// listener's mf_onEvent must not wait for the thread that destroys it.
+class KORBASE_API UQEventListener {
+public:
+    explicit UQEventListener(UQEVENT_ID _id);
+    // With _bRegister 0 the listener starts unregistered: a class whose listeners are made while another
+    // thread publishes their id calls mf_register at the end of its own constructor, so that no event
+    // reaches a listener whose derived part is not yet constructed.
+    UQEventListener(UQEVENT_ID _id, int _bRegister);
+    // The copy is registered for the same id (if the original is registered).
+    UQEventListener(const UQEventListener& _other);
+    // Takes over the other's id; registered as this one was.
+    UQEventListener& operator=(const UQEventListener& _other);
+    virtual ~UQEventListener();
+
+    // Called on the publishing thread for each event of the id. The base does nothing. A UQErrno or other
+    // exception thrown here is logged under "UQEventManager::mf_publish" and the delivery goes on.
+    virtual void mf_onEvent(const UQEvent& _event);
+    // Names the listener in log records; "event-listener" for the base.
+    virtual const CString mf_toString() const;
+
+    UQEVENT_ID mf_getEventId() const noexcept;
+    int mf_isRegistered() const noexcept;
+    // Both idempotent; safe from any thread, the publishing one too.
+    void mf_register();
+    void mf_unregister() noexcept;
+
+    // The listener's entry in the event machinery (opaque).
+    struct Node;
+
+private:
+    std::shared_ptr<Node> m_node;
+};
+
+// The machinery between publishers and listeners; all of it safe from any thread.
+class KORBASE_API UQEventManager {
+public:
+    // Calls mf_onEvent of every listener registered for the event's id when the call starts (in the order
+    // they registered, skipping any that unregistered meanwhile), on the calling thread. Listeners may
+    // publish, register and unregister from inside mf_onEvent. Answers how many listeners received it.
+    static int mf_publish(const UQEvent& _event);
+    static int mf_getListenerCount(UQEVENT_ID _id);
 };
 
 // Allocation that tests can make fail (UQAllocationInjection): the library allocates its list items,

@@ -9,7 +9,10 @@
 struct UQCancelSwitch::Shared {
     std::atomic<long> nRefs{1};
     std::atomic<bool> bCancelled{false};
+    UQErrnoData pendingReason; // under mutex: the reason of the cancel being made
+    UQErrnoData reason;        // under mutex: the reason of the cancel that tripped the switch
     std::mutex mutex;
+    std::mutex pendingMutex; // one reasoned cancel at a time, so that reasons never mix
     std::condition_variable cond;
 
     Shared* retain() noexcept {
@@ -44,6 +47,8 @@ int UQCancelSwitch::mf_implTryCancel() noexcept {
             std::lock_guard<std::mutex> lock(m_pShared->mutex);
             if (m_pShared->bCancelled.load(std::memory_order_relaxed))
                 return 0;
+            m_pShared->reason = m_pShared->pendingReason;
+            m_pShared->pendingReason = UQErrnoData();
             m_pShared->bCancelled.store(true, std::memory_order_release);
         }
         m_pShared->cond.notify_all();
@@ -51,6 +56,35 @@ int UQCancelSwitch::mf_implTryCancel() noexcept {
     } catch (...) {
         // The mutex could not be taken: still mark the switch, the waiters see it at their time-out.
         return m_pShared->bCancelled.exchange(true) ? 0 : 1;
+    }
+}
+
+int UQCancelSwitch::mf_implTryCancel(const UQErrnoData& _reason) noexcept {
+    try {
+        // The _reason waits beside the flag for the virtual cancel, which takes it when it sets the flag;
+        // the mutex is not held across the virtual call, which a derived switch may extend.
+        std::lock_guard<std::mutex> lock(m_pShared->pendingMutex);
+        {
+            std::lock_guard<std::mutex> inner(m_pShared->mutex);
+            if (m_pShared->bCancelled.load(std::memory_order_relaxed))
+                return 0;
+            m_pShared->pendingReason = _reason;
+        }
+        const int cancelled = mf_implTryCancel();
+        std::lock_guard<std::mutex> inner(m_pShared->mutex);
+        m_pShared->pendingReason = UQErrnoData();
+        return cancelled;
+    } catch (...) {
+        return mf_implTryCancel();
+    }
+}
+
+UQErrnoData UQCancelSwitch::mf_getCancelReason() const noexcept {
+    try {
+        std::lock_guard<std::mutex> lock(m_pShared->mutex);
+        return m_pShared->reason;
+    } catch (...) {
+        return UQErrnoData();
     }
 }
 
@@ -74,6 +108,7 @@ int UQCancelSwitch::mf_waitCancelled(DWORD _dwMilliseconds) const noexcept {
 void UQCancelSwitch::mf_reset() noexcept {
     try {
         std::lock_guard<std::mutex> lock(m_pShared->mutex);
+        m_pShared->reason = UQErrnoData();
         m_pShared->bCancelled.store(false, std::memory_order_release);
     } catch (...) {
         m_pShared->bCancelled.store(false, std::memory_order_release);

@@ -130,7 +130,7 @@ TEST_F(UQHandleTest, AStdFileIsClosedByItsOwner) {
 }
 
 TEST_F(UQHandleTest, AnEventIsClosedByItsOwner) {
-    UQEvent event(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    UQEventHandle event(CreateEventW(nullptr, TRUE, FALSE, nullptr));
     ASSERT_TRUE(event);
     EXPECT_TRUE(SetEvent(event.mf_get()));
     EXPECT_EQ(WaitForSingleObject(event.mf_get(), 0), WAIT_OBJECT_0);

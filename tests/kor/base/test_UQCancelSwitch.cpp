@@ -146,3 +146,27 @@ TEST(UQCancelSwitch, DerivedSwitchIsCancelledThroughTheBase) {
     EXPECT_EQ(counting.m_nCalls, 1);
     EXPECT_TRUE(counting.mf_isCancelled());
 }
+
+TEST(UQCancelSwitch, CancelWithAReasonKeepsIt) {
+    UQCancelSwitch cancel;
+    const UQCancelSwitch copy(cancel);
+    EXPECT_FALSE(cancel.mf_getCancelReason().mf_isError());
+    EXPECT_EQ(cancel.mf_implTryCancel(UQErrnoData(UQErrno::_W_::UserCanceled)), 1);
+    EXPECT_TRUE(copy.mf_isCancelled());
+    EXPECT_TRUE(copy.mf_getCancelReason().mf_is(UQErrno::_W_::UserCanceled));
+    // A later cancel neither cancels again nor changes the reason.
+    EXPECT_EQ(cancel.mf_implTryCancel(UQErrnoData(UQErrno::_E_::Internal)), 0);
+    EXPECT_TRUE(cancel.mf_getCancelReason().mf_is(UQErrno::_W_::UserCanceled));
+    cancel.mf_reset();
+    EXPECT_FALSE(cancel.mf_getCancelReason().mf_isError());
+    EXPECT_EQ(cancel.mf_implTryCancel(), 1);
+    EXPECT_FALSE(cancel.mf_getCancelReason().mf_isError());
+}
+
+TEST(UQCancelSwitch, ReasonedCancelGoesThroughTheDerivedSwitch) {
+    CountingSwitch counting;
+    UQCancelSwitch& base = counting;
+    EXPECT_EQ(base.mf_implTryCancel(UQErrnoData(UQErrno::_W_::UserCanceled)), 1);
+    EXPECT_EQ(counting.m_nCalls, 1);
+    EXPECT_TRUE(counting.mf_getCancelReason().mf_is(UQErrno::_W_::UserCanceled));
+}

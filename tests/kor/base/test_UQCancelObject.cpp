@@ -1,4 +1,4 @@
-#include "guibase/foundation/UQCancelObject.h"
+#include "interfaces/korbase.h"
 
 #include "support/LogCheck.h"
 

@@ -1,6 +1,6 @@
-#include "guibase/foundation/UQCancelObject.h"
+#include "interfaces/korbase.h"
 
-#include "guibase/foundation/UQReport.h"
+#include "kor/KorReport.h"
 
 UQCancelObject::UQCancelObject() noexcept : m_pCancelSwitch(nullptr) {}
 
@@ -17,10 +17,11 @@ UQCancelObject::~UQCancelObject() = default;
 void UQCancelObject::mf_installCancelSwitch(UQCancelSwitch* _pSwitch) {
     static const wchar_t* const _sFunction_ = L"UQCancelObject::mf_installCancelSwitch";
     if (_pSwitch == nullptr)
-        UQReport::mf_fail(UQErrno::_E_::Parameter, _sFunction_,
-                          L"Resetting cancel switch to NULL is not allowed");
+        UQKorReport::mf_fail(UQErrno(UQErrno::_E_::Parameter), _sFunction_,
+                             L"Resetting cancel switch to NULL is not allowed");
     if (m_pCancelSwitch.load() != nullptr)
-        UQReport::mf_fail(UQErrno::_E_::AlreadyInitialized, _sFunction_, L"Cancel switch is already set");
+        UQKorReport::mf_fail(UQErrno(UQErrno::_E_::AlreadyInitialized), _sFunction_,
+                             L"Cancel switch is already set");
     m_pCancelSwitch.exchange(_pSwitch);
 }
 
@@ -38,9 +39,10 @@ void UQCancelObject::mf_implPropagateCancelSwitch(UQCancelObject& _rTarget, int 
     static const wchar_t* const _sFunction_ = L"UQCancelObject::mf_implPropagateCancelSwitch";
     UQCancelSwitch* pSwitch = m_pCancelSwitch.load();
     if (pSwitch == nullptr)
-        UQReport::mf_fail(UQErrno::_E_::Initialization, _sFunction_, L"No cancel switch to propagate");
+        UQKorReport::mf_fail(UQErrno(UQErrno::_E_::Initialization), _sFunction_,
+                             L"No cancel switch to propagate");
     if (_bOverwrite == 0 && _rTarget.m_pCancelSwitch.load() != nullptr)
-        UQReport::mf_fail(UQErrno::_E_::AlreadyInitialized, _sFunction_,
-                          L"Target cancle switch is already initialized");
+        UQKorReport::mf_fail(UQErrno(UQErrno::_E_::AlreadyInitialized), _sFunction_,
+                             L"Target cancle switch is already initialized");
     _rTarget.m_pCancelSwitch.exchange(pSwitch);
 }
