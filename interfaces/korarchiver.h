@@ -374,3 +374,82 @@ private:
 
     UQBackend m_backend;
 };
+
+// ---------------------------------------------------------------------------------------------------------
+// Management classes: the storage policies of the storage server
+
+// One management class as the server reports it: its name, description, retention attributes
+// ("retainVers", "retainInit", "retainMin", "destName" and the others the server keeps) and the user
+// comment that the server's administrator wrote for it.
+class KORARCHIVER_API UQQueryMgmtClassData {
+public:
+    // How the server answers the comment query: with a comment of a severity, or not at all.
+    enum CommentState { COMMENT_ANSWERED = 0, COMMENT_UNAVAILABLE = 1 };
+
+    UQQueryMgmtClassData(const CString& _sName, const CString& _sDescription,
+                         const UQAttributeList& _attributes, const UQSeverity& _commentSeverity,
+                         const CString& _sComment, CommentState _eCommentState = COMMENT_ANSWERED);
+    UQQueryMgmtClassData(const UQQueryMgmtClassData& _other) = default;
+    UQQueryMgmtClassData& operator=(const UQQueryMgmtClassData& _other) = default;
+    virtual ~UQQueryMgmtClassData();
+
+    const CString& mf_getName() const noexcept { return m_sName; }
+    const CString& mf_getDescription() const noexcept { return m_sDescription; }
+    UQAttributeList& mf_getAttributes() noexcept { return m_attributes; }
+    const UQAttributeList& mf_getAttributes() const noexcept { return m_attributes; }
+    // The user comment into _rsComment and its severity. _bForUser 1 asks for the text a user reads (the
+    // only form the server keeps here). A class whose server does not answer the query throws
+    // _E_::Resource, logged as "Failure querying comment of management class '%s'".
+    virtual UQSeverity mf_queryUserComment(CString& _rsComment, int _bForUser) const;
+    // A class of another name with the same policy (the server's default class is reported as DEFAULT).
+    void mf_setName(const CString& _sName) { m_sName = _sName; }
+
+private:
+    CString m_sName;
+    CString m_sDescription;
+    UQAttributeList m_attributes;
+    UQSeverity m_commentSeverity;
+    CString m_sComment;
+    CommentState m_eCommentState;
+};
+
+// Reads the storage server's management classes from a class file (docs/mgmt-class-format.md).
+class KORARCHIVER_API UQMgmtClassFile {
+public:
+    struct Result {
+        std::vector<UQQueryMgmtClassData> classes; // in file order
+        CString sDefaultClass;                     // the class the "@default" line names; empty without one
+        std::vector<UQErrno> errors; // one _E_::Format per malformed line ("file:line: ..."), in file order
+    };
+
+    // A file that cannot be opened or read throws _E_::File naming it ("Failure opening management class
+    // file '<file>'").
+    static Result mf_read(const CString& _sFile);
+    // The same over text in memory; _sName stands for the file in errors.
+    static Result mf_readText(const std::string& _utf8Text, const CString& _sName);
+    // The sample built into korarchiver (kor/archiver/sample/mgmtclasses.txt).
+    static const char* mf_getSampleText() noexcept;
+    static const wchar_t* const SAMPLE_NAME;
+};
+
+// The archiver's services on a storage server.
+class KORARCHIVER_API UQArchiverMain {
+public:
+    // Appends a new copy of every class of the server, in the class file's order; the caller owns them.
+    // The server is the class file chosen by mf_getMgmtClassFile. A file that cannot be read throws
+    // _E_::File; malformed lines are logged at LEVEL_W ("Management class line skipped: <file>:<line>:
+    // ...") and skipped. _host and _sOptions are kept for the server's interface; the class file stands
+    // for any host.
+    static void mf_getMgmtClasses(UQArray<UQQueryMgmtClassData*, UQQueryMgmtClassData*>& _rList,
+                                  const UQHost& _host, const CString& _sOptions);
+    // A new copy of the class of that exact name; "DEFAULT" answers the server's default class under the
+    // name DEFAULT. An unknown name, or DEFAULT on a server without a default class, throws
+    // _E_::ItemNotFound.
+    static UQQueryMgmtClassData* mf_getMgmtClass(const CString& _sName, const UQHost& _host,
+                                                 const CString& _sOptions);
+
+    // The class file: the file set here, else the KOR_MGMT_CLASS_FILE environment variable when set, else
+    // the sample built into korarchiver (an empty answer). An empty path goes back to that choice.
+    static void mf_setMgmtClassFile(const CString& _sFile);
+    static CString mf_getMgmtClassFile();
+};

@@ -541,6 +541,45 @@ private:
 };
 
 // ---------------------------------------------------------------------------------------------------------
+// Hosts and attribute lists
+
+// A machine that services are asked on. A default-constructed host is the local client.
+class UQHost {
+public:
+    UQHost() = default;
+    explicit UQHost(const CString& _sName) : m_sName(_sName) {}
+
+    // Empty for the local client.
+    const CString& mf_getName() const noexcept { return m_sName; }
+    int mf_isLocal() const noexcept { return m_sName.IsEmpty() ? 1 : 0; }
+
+private:
+    CString m_sName;
+};
+
+// One attribute record: key, then value.
+struct KORBASE_API UQAttribute {
+    CString m_sKey;
+    CString m_sValue;
+};
+
+// Attribute records looked up by exact key. The list owns its records. It lives here rather than in
+// korguibase because the archiver's management classes hand their attributes out in it.
+class KORBASE_API UQAttributeList : public UQArray<UQAttribute*, UQAttribute*> {
+public:
+    UQAttributeList() = default;
+    UQAttributeList(const UQAttributeList& _other);
+    UQAttributeList& operator=(const UQAttributeList& _other);
+    ~UQAttributeList() override;
+
+    void mf_addAttribute(const CString& _sKey, const CString& _sValue);
+    // The first record whose key equals _sKey (case-sensitive); none: _E_::ItemNotFound, logged as
+    // "Attribute key='%s' not found".
+    CString& mf_getAttributeValue(const CString& _sKey);
+    void mf_clear() noexcept;
+};
+
+// ---------------------------------------------------------------------------------------------------------
 // '*' and '?' matching, shared by the wildcards of the library and the archiver's path patterns
 
 class KORBASE_API UQPatternMatch {

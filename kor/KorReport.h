@@ -1,6 +1,6 @@
 // How the stand-ins for the closed libraries (korbase, korutil, korarchiver) report their own failures,
-// after the conventions of spec Part 1.1 that guibase follows through UQReport; kept once for the three
-// libraries. Internal to kor/: no consumer includes it.
+// with the error conventions that guibase follows through UQReport; kept once for the three libraries.
+// Internal to kor/: no consumer includes it.
 #pragma once
 
 #include "interfaces/korbase.h"

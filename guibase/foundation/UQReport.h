@@ -1,6 +1,6 @@
 // How every operation of the library reports: the logging language is selected right before each record,
 // and a failure is logged where it arises before its category is thrown or collected. One helper for each
-// failure shape of the error conventions (spec Part 1.1):
+// failure shape of the error conventions:
 //   1 direct failure     mf_fail
 //   2 collected failure  mf_collect, and mf_collectWrapped for a caught error
 //   3 wrapped failure    mf_logWrapped / mf_collectWrapped (error text on its own line, ":\r\n%s%s") and

@@ -37,3 +37,35 @@
 #define IDD_LINE_EDITOR 10046
 #define IDC_LINE_EDIT 184
 #define IDC_LINE_LABEL 30263
+
+// The progress dialogs: the plain one (status text, Cancel, and a button that ends it with 1) and the one
+// with a percentage bar and two counters.
+#define IDD_PROGRESS 10080
+#define IDD_PROGRESS_BAR 10081
+#define IDC_PROGRESS_STATUS 341
+#define IDC_PROGRESS_CLOSE 376
+#define IDC_PROGRESS_BAR 336
+#define IDC_PROGRESS_CURRENT 342
+#define IDC_PROGRESS_TOTAL 343
+#define IDC_PROGRESS_CANCEL 142
+// The user search dialog.
+#define IDD_SEARCH_USER 10054
+#define IDC_SEARCH_USER_OK 30033
+#define IDC_SEARCH_USER_CANCEL 142
+#define IDC_SEARCH_USER_AUTHORITY_LABEL 30186
+#define IDC_SEARCH_USER_AUTHORITY 30059
+#define IDC_SEARCH_USER_FILTER_LABEL 30187
+#define IDC_SEARCH_USER_FILTER 30078
+#define IDC_SEARCH_USER_LIST_BUTTON 30077
+#define IDC_SEARCH_USER_USERS_LABEL 30188
+#define IDC_SEARCH_USER_LIST 30081
+#define IDC_SEARCH_USER_START 30095
+// Demonstration panels of the wizard (the tests and the gallery show them in their frame 528).
+#define IDD_WIZARD_PANEL_WELCOME 9601
+#define IDD_WIZARD_PANEL_NAME 9602
+#define IDD_WIZARD_PANEL_RUN 9603
+#define IDD_WIZARD_PANEL_DONE 9604
+#define IDC_WIZARD_PANEL_TEXT 9610
+#define IDC_WIZARD_PANEL_LABEL 9611
+#define IDC_WIZARD_PANEL_EDIT 9612
+#define IDC_WIZARD_PANEL_RESULT 9613

@@ -40,3 +40,6 @@
 #define IDM_STATUS_REFRESH 2101
 #define IDM_STATUS_DETAILS 2102
 #define IDM_STATUS_SERVER 2201
+
+// A progress dialog without a status text: only Cancel and the button that ends it with 1.
+#define IDD_PROGRESS_NO_STATUS 105

@@ -4,6 +4,7 @@
 #include "DialogDriver.h"
 #include "Screenshot.h"
 #include "ToolkitTestSupport.h"
+#include "WizardTestSupport.h"
 
 #include "guibase/settings/RegistrySandbox.h"
 #include "guibase/toolkit/UQCaptionMessageBox.h"
@@ -14,7 +15,14 @@
 #include "guibase/toolkit/UQStatusBar.h"
 #include "korlang_ids.h"
 
+#include "PanelsTestSupport.h"
+#include "guibase/panels/UQMgmtClassPanel.h"
+#include "guibase/panels/UQSearchUserDialog.h"
+#include "guibase/wizard/UQProgressBarDialog.h"
+#include "guibase/wizard/UQProgressDialog.h"
+#include "interfaces/korutil.h"
 #include <cstdlib>
+#include <functional>
 #include <string>
 
 using namespace toolkittest;
@@ -30,16 +38,20 @@ std::wstring pictureDir() {
 
 // A step that shows the keyboard cues (focus rectangle, access keys) as after a key press, saves the
 // picture, and then ends the dialog as _finish does.
+void savePicture(HWND _hDlg, const wchar_t* _pszName) {
+    // The first dialog of a process may not be active yet when the first tick comes: draw its title bar
+    // as the active window's, as the user sees it a moment later.
+    SetForegroundWindow(_hDlg);
+    SendMessageW(_hDlg, WM_NCACTIVATE, TRUE, 0);
+    SendMessageW(_hDlg, WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS | UISF_HIDEACCEL), 0);
+    const std::wstring path = pictureDir() + L"\\" + _pszName + L".png";
+    const std::string sFailure = screenshot::save(_hDlg, path);
+    EXPECT_EQ(sFailure, "") << utf8(_pszName);
+}
+
 DialogDriver::Step picture(const wchar_t* _pszName, std::function<void(HWND)> _finish) {
     return [_pszName, _finish](HWND _hDlg) {
-        // The first dialog of a process may not be active yet when the first tick comes: draw its title bar
-        // as the active window's, as the user sees it a moment later.
-        SetForegroundWindow(_hDlg);
-        SendMessageW(_hDlg, WM_NCACTIVATE, TRUE, 0);
-        SendMessageW(_hDlg, WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS | UISF_HIDEACCEL), 0);
-        const std::wstring path = pictureDir() + L"\\" + _pszName + L".png";
-        const std::string sFailure = screenshot::save(_hDlg, path);
-        EXPECT_EQ(sFailure, "") << utf8(_pszName);
+        savePicture(_hDlg, _pszName);
         _finish(_hDlg);
     };
 }
@@ -237,4 +249,169 @@ TEST(GalleryStatusBar, ContextMenuOpen) {
                      nullptr);
     EXPECT_EQ(g_sMenuPicture, "");
     DestroyWindow(hDlg);
+}
+
+namespace {
+
+// A worker that shows one state of its work and waits for Cancel (at most ten seconds) before it ends.
+class GalleryWorker : public UQThreads {
+public:
+    explicit GalleryWorker(std::function<void()> _publish)
+        : UQThreads(L"Gallery worker", UQThreadContext::TYPE_WORKER, 0), m_publish(std::move(_publish)) {}
+    ~GalleryWorker() override { mf_stopWait(10000); }
+    void mf_implExecute(int) override {
+        m_publish();
+        if (mf_getCancelSwitch() != nullptr)
+            mf_getCancelSwitch()->mf_waitCancelled(10000);
+        UQProgressEvent(UQProgressEvent::ACTION_END).mf_publish();
+    }
+
+private:
+    std::function<void()> m_publish;
+};
+
+// The worker's texts reach the dialog as messages sent to this thread: take them in until the status text
+// is there (at most five seconds), so that the picture shows the run.
+std::function<void(HWND)> afterStatus(std::function<void(HWND)> _then) {
+    return [_then](HWND _hDlg) {
+        const ULONGLONG uDeadline = GetTickCount64() + 5000;
+        while (itemText(_hDlg, IDC_PROGRESS_STATUS).empty() && GetTickCount64() < uDeadline) {
+            MsgWaitForMultipleObjects(0, nullptr, FALSE, 10, QS_SENDMESSAGE);
+            MSG msg;
+            PeekMessageW(&msg, nullptr, 0, 0, PM_NOREMOVE | PM_QS_SENDMESSAGE);
+        }
+        _then(_hDlg);
+    };
+}
+
+} // namespace
+
+TEST_F(Gallery, ProgressDialog) {
+    GalleryWorker worker([] {
+        UQProgressEvent(UQProgressEvent::ACTION_PROGRESS,
+                        L"Migrating C:\\Finance\\2024\\Quarterly report.xlsx")
+            .mf_publish();
+    });
+    UQProgressDialog dialog(L"Migrating files", worker);
+    m_driver.then(afterStatus(picture(L"progress-dialog", click(IDCANCEL))));
+    EXPECT_EQ(dialog.mf_execute(UQLanguage::mf_getUserLanguageHandle(), nullptr, IDD_PROGRESS), 0);
+}
+
+TEST_F(Gallery, ProgressBarDialog) {
+    GalleryWorker worker([] {
+        UQProgressEvent(UQProgressEvent::ACTION_PROGRESS, L"Retrieving C:\\Finance\\2024\\Budget.docx", 86,
+                        214, 40, 100)
+            .mf_publish();
+    });
+    UQProgressBarDialog dialog(L"Retrieving files", worker);
+    m_driver.then(afterStatus(picture(L"progress-bar-dialog", click(IDC_PROGRESS_CANCEL))));
+    EXPECT_EQ(dialog.mf_execute(UQLanguage::mf_getUserLanguageHandle(), nullptr, IDD_PROGRESS_BAR), 0);
+}
+
+namespace {
+
+// An application's dialog around the management class panel, as a migration dialog has it.
+INT_PTR CALLBACK mgmtClassDialogProcedure(HWND _hDlg, UINT _uMsg, WPARAM _wParam, LPARAM _lParam) {
+    UQMgmtClassPanel* pPanel = reinterpret_cast<UQMgmtClassPanel*>(GetWindowLongPtrW(_hDlg, GWLP_USERDATA));
+    switch (_uMsg) {
+    case WM_INITDIALOG:
+        SetWindowLongPtrW(_hDlg, GWLP_USERDATA, _lParam);
+        reinterpret_cast<UQMgmtClassPanel*>(_lParam)->mf_onInitDialog(_hDlg, L"ARCHIVE10Y");
+        return TRUE;
+    case WM_COMMAND:
+        if (LOWORD(_wParam) == IDC_MGMT_CLASS_COMBO && HIWORD(_wParam) == CBN_SELCHANGE && pPanel != nullptr)
+            pPanel->mf_onUpdateDialog(_hDlg);
+        if (LOWORD(_wParam) == IDOK || LOWORD(_wParam) == IDCANCEL)
+            EndDialog(_hDlg, LOWORD(_wParam));
+        return TRUE;
+    default:
+        return FALSE;
+    }
+}
+
+} // namespace
+
+TEST_F(Gallery, MgmtClassPanelEventClassUnderHold) {
+    registrytest::RegistrySandbox sandbox;
+    const DWORD dwHold = 1;
+    ASSERT_EQ(RegSetKeyValueW(sandbox.machine(),
+                              L"SOFTWARE\\Corvex\\Stormex\\CurrentVersion\\HSMClient\\Options",
+                              L"BackendEntryProtection", REG_DWORD, &dwHold, sizeof dwHold),
+              ERROR_SUCCESS);
+    // The sample classes built into korarchiver.
+    UQArchiverMain::mf_setMgmtClassFile(CString());
+    UQMgmtClassPanel panel;
+    m_driver.then(picture(L"mgmt-class-panel-event-hold", click(IDOK)));
+    EXPECT_EQ(DialogBoxParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_MGMT_CLASS_TEST), nullptr,
+                              mgmtClassDialogProcedure, reinterpret_cast<LPARAM>(&panel)),
+              IDOK);
+}
+
+TEST_F(Gallery, SearchUserFilteredAndSorted) {
+    registrytest::RegistrySandbox sandbox;
+    ScratchFile directory("gallery-directory.txt",
+                          "controller\tCORVEX-DC01\tCORVEX-DC01\tprimary\ngenerate\t3000\t20240307\n"
+                          "controller\tCORVEX-DC02\tCORVEX-DC02\t-\ngenerate\t200\t5\n");
+    panelstest::UseDirectoryFile use(directory.mf_getPath());
+    m_driver.then([](HWND _hDlg) {
+        SetWindowTextW(GetDlgItem(_hDlg, IDC_SEARCH_USER_FILTER), L"a*r*");
+        SendMessageW(_hDlg, WM_COMMAND, MAKEWPARAM(IDC_SEARCH_USER_LIST_BUTTON, BN_CLICKED),
+                     reinterpret_cast<LPARAM>(GetDlgItem(_hDlg, IDC_SEARCH_USER_LIST_BUTTON)));
+        HWND hList = GetDlgItem(_hDlg, IDC_SEARCH_USER_LIST);
+        LVITEMW state;
+        ZeroMemory(&state, sizeof state);
+        state.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
+        state.state = LVIS_SELECTED | LVIS_FOCUSED;
+        SendMessageW(hList, LVM_SETITEMSTATE, 2, reinterpret_cast<LPARAM>(&state));
+        SetFocus(hList);
+        picture(L"search-user-filtered-sorted", click(IDC_SEARCH_USER_OK))(_hDlg);
+    });
+    UQSearchUserDialog dialog;
+    EXPECT_EQ(dialog.mf_show(nullptr), 1);
+    ASSERT_NE(dialog.mf_getResultUser(), nullptr);
+}
+
+TEST_F(Gallery, SearchUserBeforeListing) {
+    registrytest::RegistrySandbox sandbox;
+    ScratchFile directory("gallery-directory-start.txt",
+                          "controller\tCORVEX-DC01\tCORVEX-DC01\tprimary\ngenerate\t10\t1\n");
+    panelstest::UseDirectoryFile use(directory.mf_getPath());
+    m_driver.then(picture(L"search-user-start", click(IDC_SEARCH_USER_CANCEL)));
+    UQSearchUserDialog dialog;
+    EXPECT_EQ(dialog.mf_show(nullptr), 0);
+}
+
+// The wizard is driven by its own script; the fixture's driver would take its frame for an unexpected
+// dialog.
+TEST(GalleryWizard, FirstPanelExecutePanelBeforeAndAfterAndFinishPanel) {
+    initCommonControls();
+    wizardtest::TestWizard wizard;
+    wizard.add(IDD_WIZARD_PANEL_WELCOME, wizardtest::TITLE_WELCOME);
+    wizardtest::RunPanel& run = wizard.addRun();
+    wizard.add(IDD_WIZARD_PANEL_DONE, wizardtest::TITLE_DONE);
+    run.work = [](wizardtest::RunPanel& _panel) {
+        SetDlgItemTextW(_panel.mf_getHandle(), IDC_WIZARD_PANEL_RESULT,
+                        L"Connected to backup.example.org:1500 as client WS-0147.");
+        return UQErrnoData(UQErrno::_I_::StubFile);
+    };
+    auto snap = [&wizard](int _nIndex, const wchar_t* _pszName, std::function<bool()> _ready) {
+        return [&wizard, _nIndex, _pszName, _ready] {
+            if (wizard.mf_getCurrentIndex() != _nIndex || !wizardtest::frameReady(wizard) || !_ready())
+                return false;
+            savePicture(wizard.mf_getHandle(), _pszName);
+            return true;
+        };
+    };
+    auto always = [] { return true; };
+    wizardtest::Script script(wizard);
+    script.then(snap(0, L"wizard-first-panel", always))
+        .click(wizardtest::ITEM_NEXT)
+        .then(snap(1, L"wizard-execute-panel", always))
+        .click(wizardtest::ITEM_NEXT)
+        .then(snap(1, L"wizard-execute-panel-done", [&] { return run.returned.load() == 1; }))
+        .click(wizardtest::ITEM_NEXT)
+        .then(snap(2, L"wizard-finish-panel", always))
+        .click(wizardtest::ITEM_NEXT);
+    EXPECT_EQ(wizard.mf_create(GetModuleHandleW(nullptr), nullptr), 1);
+    EXPECT_EQ(script.actionsLeft(), 0);
 }

@@ -1,6 +1,6 @@
-#include "guibase/foundation/UQAttributeList.h"
+#include "interfaces/korbase.h"
 
-#include "guibase/foundation/UQReport.h"
+#include "kor/KorReport.h"
 
 UQAttributeList::UQAttributeList(const UQAttributeList& _other) : UQArray<UQAttribute*, UQAttribute*>() {
     *this = _other;
@@ -30,7 +30,8 @@ CString& UQAttributeList::mf_getAttributeValue(const CString& _sKey) {
         if (record != nullptr && record->m_sKey.Compare(_sKey) == 0)
             return record->m_sValue;
     }
-    UQReport::mf_fail(UQErrno::_E_::ItemNotFound, _sFunction_, L"Attribute key='%s' not found", _sKey);
+    UQKorReport::mf_fail(UQErrno(UQErrno::_E_::ItemNotFound), _sFunction_, L"Attribute key='%s' not found",
+                         _sKey);
 }
 
 void UQAttributeList::mf_clear() noexcept {

@@ -1,0 +1,186 @@
+// The user search dialog against the bare list view (windows, under Wine): listing an authority of 50 000
+// users, from the press of the list button until the list is filled, against a loop of LVM_INSERTITEMW of
+// the same 50 000 names with item data into a list view of the same kind; and filtering those users by
+// "a?c*" against a loop over the same names with the same matcher. Prints the median of the repetitions
+// and each ratio against its goal; exits 1 when a goal is missed.
+#include "guibase/foundation/UQWildcard.h"
+#include "guibase/panels/UQSearchUserDialog.h"
+#include "korlang_ids.h"
+
+#include <commctrl.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+namespace {
+
+const std::uint32_t USERS = 50000;
+const int REPETITIONS = 5;
+const double GOAL = 1.2;
+
+double now() {
+    static LARGE_INTEGER s_frequency = [] {
+        LARGE_INTEGER f;
+        QueryPerformanceFrequency(&f);
+        return f;
+    }();
+    LARGE_INTEGER t;
+    QueryPerformanceCounter(&t);
+    return static_cast<double>(t.QuadPart) * 1000.0 / static_cast<double>(s_frequency.QuadPart);
+}
+
+double median(std::vector<double> _values) {
+    std::sort(_values.begin(), _values.end());
+    return _values[_values.size() / 2];
+}
+
+// Exposes the dialog's filtering step.
+class BenchDialog : public UQSearchUserDialog {
+public:
+    void filter(UQPageData& _rPage) { mf_implFilterSidList(_rPage); }
+};
+
+struct Results {
+    std::vector<double> list, bare, filter, bareFilter;
+    std::size_t nListed = 0, nBare = 0, nFiltered = 0, nBareFiltered = 0;
+};
+
+Results g_results;
+UQArray<UQSid*, UQSid*> g_users;
+
+// A list view made as the dialog's own: same styles, column, image list, place.
+HWND makeBareList(HWND _hDlg) {
+    HWND hList = GetDlgItem(_hDlg, IDC_SEARCH_USER_LIST);
+    RECT rc;
+    GetWindowRect(hList, &rc);
+    MapWindowPoints(nullptr, _hDlg, reinterpret_cast<POINT*>(&rc), 2);
+    HWND hBare = CreateWindowExW(static_cast<DWORD>(GetWindowLongPtrW(hList, GWL_EXSTYLE)), WC_LISTVIEWW, L"",
+                                 static_cast<DWORD>(GetWindowLongPtrW(hList, GWL_STYLE)), rc.left, rc.top,
+                                 rc.right - rc.left, rc.bottom - rc.top, _hDlg, nullptr, nullptr, nullptr);
+    SendMessageW(hBare, LVM_SETEXTENDEDLISTVIEWSTYLE, LVS_EX_INFOTIP | LVS_EX_LABELTIP,
+                 LVS_EX_INFOTIP | LVS_EX_LABELTIP);
+    LVCOLUMNW column;
+    ZeroMemory(&column, sizeof column);
+    column.mask = LVCF_WIDTH | LVCF_TEXT;
+    column.cx = 300;
+    column.pszText = const_cast<LPWSTR>(L"User");
+    SendMessageW(hBare, LVM_INSERTCOLUMNW, 0, reinterpret_cast<LPARAM>(&column));
+    HIMAGELIST hImages = ImageList_Create(GetSystemMetrics(SM_CXSMICON), GetSystemMetrics(SM_CYSMICON),
+                                          ILC_MASK | ILC_COLOR16, 0, 1);
+    SendMessageW(hBare, LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(hImages));
+    return hBare;
+}
+
+void measure(HWND _hDlg) {
+    HWND hBare = makeBareList(_hDlg);
+    HWND hList = GetDlgItem(_hDlg, IDC_SEARCH_USER_LIST);
+    HWND hButton = GetDlgItem(_hDlg, IDC_SEARCH_USER_LIST_BUTTON);
+    for (int i = 0; i < REPETITIONS; ++i) {
+        double t0 = now();
+        SendMessageW(_hDlg, WM_COMMAND, MAKEWPARAM(IDC_SEARCH_USER_LIST_BUTTON, BN_CLICKED),
+                     reinterpret_cast<LPARAM>(hButton));
+        g_results.list.push_back(now() - t0);
+        g_results.nListed = static_cast<std::size_t>(SendMessageW(hList, LVM_GETITEMCOUNT, 0, 0));
+
+        SendMessageW(hBare, LVM_DELETEALLITEMS, 0, 0);
+        t0 = now();
+        for (INT_PTR n = 0; n < g_users.GetSize(); ++n) {
+            LVITEMW item;
+            ZeroMemory(&item, sizeof item);
+            item.mask = LVIF_TEXT | LVIF_IMAGE | LVIF_PARAM;
+            item.iItem = static_cast<int>(n);
+            item.pszText = const_cast<LPWSTR>(g_users[n]->mf_getDisplayName().GetString());
+            item.lParam = reinterpret_cast<LPARAM>(g_users[n]);
+            SendMessageW(hBare, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
+        }
+        g_results.bare.push_back(now() - t0);
+        g_results.nBare = static_cast<std::size_t>(SendMessageW(hBare, LVM_GETITEMCOUNT, 0, 0));
+    }
+    DestroyWindow(hBare);
+    PostMessageW(_hDlg, WM_COMMAND, MAKEWPARAM(IDC_SEARCH_USER_CANCEL, BN_CLICKED), 0);
+}
+
+void CALLBACK tick(HWND, UINT, UINT_PTR _uTimer, DWORD) {
+    KillTimer(nullptr, _uTimer);
+    HWND hDlg = GetActiveWindow();
+    if (hDlg == nullptr || GetDlgItem(hDlg, IDC_SEARCH_USER_LIST) == nullptr) {
+        std::fprintf(stderr, "the user search dialog is not the active window\n");
+        std::exit(2);
+    }
+    measure(hDlg);
+}
+
+void measureFilter() {
+    UQSidAuthority* pAuthority = UQDomain::mf_getLocalComputer();
+    UQPageData page(pAuthority);
+    page.m_apUsers.Copy(g_users);
+    page.m_sFilter = L"a?c*";
+    BenchDialog dialog;
+    for (int i = 0; i < REPETITIONS; ++i) {
+        double t0 = now();
+        dialog.filter(page);
+        g_results.filter.push_back(now() - t0);
+        g_results.nFiltered = static_cast<std::size_t>(page.m_apFilteredUsers.GetSize());
+
+        t0 = now();
+        const UQWildcard pattern(L"a?c*", 0);
+        std::vector<const UQSid*> matches;
+        for (INT_PTR n = 0; n < g_users.GetSize(); ++n) {
+            if (pattern.mf_matches(g_users[n]->mf_getDisplayName()))
+                matches.push_back(g_users[n]);
+        }
+        g_results.bareFilter.push_back(now() - t0);
+        g_results.nBareFiltered = matches.size();
+    }
+    // The page's users are the benchmark's: the page must not delete them.
+    page.m_apUsers.RemoveAll();
+    page.m_apFilteredUsers.RemoveAll();
+}
+
+bool report(const char* _pszWhat, const std::vector<double>& _library, const std::vector<double>& _bare) {
+    const double dLibrary = median(_library), dBare = median(_bare);
+    const double dRatio = dLibrary / dBare;
+    const bool bMet = dRatio <= GOAL;
+    std::printf("%-44s %10.1f ms %10.1f ms %7.2fx  goal %.1fx %s\n", _pszWhat, dLibrary, dBare, dRatio, GOAL,
+                bMet ? "met" : "MISSED");
+    return bMet;
+}
+
+} // namespace
+
+int wmain() {
+    INITCOMMONCONTROLSEX controls = {sizeof controls, ICC_WIN95_CLASSES | ICC_STANDARD_CLASSES};
+    InitCommonControlsEx(&controls);
+    wchar_t szTemp[MAX_PATH];
+    GetTempPathW(MAX_PATH, szTemp);
+    const std::wstring sFile = std::wstring(szTemp) + L"korguibase-bench-directory.txt";
+    FILE* pFile = _wfopen(sFile.c_str(), L"wb");
+    if (pFile == nullptr)
+        return 2;
+    std::fprintf(pFile, "controller\tBENCH-DC\tBENCH-DC\tprimary\ngenerate\t%u\t1\n", USERS);
+    std::fclose(pFile);
+    UQDomain::mf_setDirectoryFile(sFile.c_str());
+    UQUserGenerator(USERS, 1).mf_generate(g_users);
+
+    SetTimer(nullptr, 0, 200, tick);
+    UQSearchUserDialog dialog;
+    dialog.mf_show(nullptr);
+    measureFilter();
+    DeleteFileW(sFile.c_str());
+
+    std::printf("%zu users listed by the dialog, %zu by the bare loop; %zu and %zu pass \"a?c*\"\n",
+                g_results.nListed, g_results.nBare, g_results.nFiltered, g_results.nBareFiltered);
+    std::printf("%-44s %13s %13s %8s\n", "comparison (median of 5)", "dialog", "bare loop", "ratio");
+    bool bMet = report("list 50 000 users (press List to filled)", g_results.list, g_results.bare);
+    bMet = report("filter 50 000 users by \"a?c*\"", g_results.filter, g_results.bareFilter) && bMet;
+    for (INT_PTR n = 0; n < g_users.GetSize(); ++n)
+        delete g_users[n];
+    const bool bSame = g_results.nListed == USERS && g_results.nBare == USERS &&
+                       g_results.nFiltered == g_results.nBareFiltered;
+    if (!bSame)
+        std::printf("the two sides did not do the same work\n");
+    return bMet && bSame ? 0 : 1;
+}
