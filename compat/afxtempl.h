@@ -89,7 +89,7 @@ protected:
     INT_PTR m_nGrowBy = 0;
 
 private:
-    static constexpr bool kRelocatable = AfxIsRelocatable<TYPE>::value;
+    static constexpr bool RELOCATABLE = AfxIsRelocatable<TYPE>::value;
 
     static void constructRange(TYPE* _p, INT_PTR _n) {
         if constexpr (std::is_trivially_copyable_v<TYPE>) {
@@ -114,7 +114,7 @@ private:
         return static_cast<TYPE*>(p);
     }
     void reallocate(INT_PTR _nNewMax) {
-        if constexpr (kRelocatable) {
+        if constexpr (RELOCATABLE) {
             if (static_cast<std::size_t>(_nNewMax) > SIZE_MAX / sizeof(TYPE))
                 AfxThrowInvalidArgException();
             void* p =

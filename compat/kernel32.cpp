@@ -15,20 +15,20 @@ namespace {
 
 thread_local DWORD t_lastError = 0;
 
-constexpr ULONGLONG kTicksPerMs = 10000;
-constexpr ULONGLONG kTicksPerSecond = 10000000;
-constexpr ULONGLONG kTicksPerDay = 864000000000ull;
-constexpr ULONGLONG kMaxFileTime = 0x7FFFFFFFFFFFFFFFull;
+constexpr ULONGLONG TICKS_PER_MS = 10000;
+constexpr ULONGLONG TICKS_PER_SECOND = 10000000;
+constexpr ULONGLONG TICKS_PER_DAY = 864000000000ull;
+constexpr ULONGLONG MAX_FILE_TIME = 0x7FFFFFFFFFFFFFFFull;
 // Days from 1601-01-01 to 1970-01-01.
-constexpr ULONGLONG kUnixEpochTicks = 116444736000000000ull;
+constexpr ULONGLONG UNIX_EPOCH_TICKS = 116444736000000000ull;
 
 bool isLeap(unsigned _uY) {
     return (_uY % 4 == 0 && _uY % 100 != 0) || _uY % 400 == 0;
 }
 
 unsigned monthLength(unsigned _uY, unsigned _uM) {
-    static const unsigned char kDays[12] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    return _uM == 2 && isLeap(_uY) ? 29u : kDays[_uM - 1];
+    static const unsigned char DAYS[12] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    return _uM == 2 && isLeap(_uY) ? 29u : DAYS[_uM - 1];
 }
 
 // Days since 1601-01-01 of a proleptic Gregorian date.
@@ -160,17 +160,17 @@ BOOL FileTimeToSystemTime(const FILETIME* _pFt, LPSYSTEMTIME _st) {
         return FALSE;
     }
     const ULONGLONG t = (static_cast<ULONGLONG>(_pFt->dwHighDateTime) << 32) | _pFt->dwLowDateTime;
-    if (t > kMaxFileTime) {
+    if (t > MAX_FILE_TIME) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return FALSE;
     }
-    ULONGLONG days = t / kTicksPerDay;
-    const ULONGLONG rest = t % kTicksPerDay;
+    ULONGLONG days = t / TICKS_PER_DAY;
+    const ULONGLONG rest = t % TICKS_PER_DAY;
     _st->wDayOfWeek = static_cast<WORD>((days + 1) % 7); // 1601-01-01 was a Monday
-    _st->wHour = static_cast<WORD>(rest / (3600 * kTicksPerSecond));
-    _st->wMinute = static_cast<WORD>(rest / (60 * kTicksPerSecond) % 60);
-    _st->wSecond = static_cast<WORD>(rest / kTicksPerSecond % 60);
-    _st->wMilliseconds = static_cast<WORD>(rest / kTicksPerMs % 1000);
+    _st->wHour = static_cast<WORD>(rest / (3600 * TICKS_PER_SECOND));
+    _st->wMinute = static_cast<WORD>(rest / (60 * TICKS_PER_SECOND) % 60);
+    _st->wSecond = static_cast<WORD>(rest / TICKS_PER_SECOND % 60);
+    _st->wMilliseconds = static_cast<WORD>(rest / TICKS_PER_MS % 1000);
     // 400-year cycles of 146097 days, then centuries, 4-year cycles and years.
     unsigned year = 1601 + static_cast<unsigned>(days / 146097) * 400;
     days %= 146097;
@@ -204,9 +204,9 @@ BOOL SystemTimeToFileTime(const SYSTEMTIME* _pSt, LPFILETIME _ft) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return FALSE;
     }
-    const ULONGLONG t = daysFromCivil(_pSt->wYear, _pSt->wMonth, _pSt->wDay) * kTicksPerDay +
-                        ((_pSt->wHour * 60ull + _pSt->wMinute) * 60ull + _pSt->wSecond) * kTicksPerSecond +
-                        _pSt->wMilliseconds * kTicksPerMs;
+    const ULONGLONG t = daysFromCivil(_pSt->wYear, _pSt->wMonth, _pSt->wDay) * TICKS_PER_DAY +
+                        ((_pSt->wHour * 60ull + _pSt->wMinute) * 60ull + _pSt->wSecond) * TICKS_PER_SECOND +
+                        _pSt->wMilliseconds * TICKS_PER_MS;
     _ft->dwLowDateTime = static_cast<DWORD>(t);
     _ft->dwHighDateTime = static_cast<DWORD>(t >> 32);
     return TRUE;
@@ -215,7 +215,7 @@ BOOL SystemTimeToFileTime(const SYSTEMTIME* _pSt, LPFILETIME _ft) {
 void GetSystemTimeAsFileTime(LPFILETIME _ft) {
     const auto now = std::chrono::system_clock::now().time_since_epoch();
     const ULONGLONG t =
-        kUnixEpochTicks +
+        UNIX_EPOCH_TICKS +
         static_cast<ULONGLONG>(std::chrono::duration_cast<std::chrono::microseconds>(now).count()) * 10;
     _ft->dwLowDateTime = static_cast<DWORD>(t);
     _ft->dwHighDateTime = static_cast<DWORD>(t >> 32);

@@ -256,17 +256,17 @@ void emitFloat(std::wstring& _rsOut, const Conversion& _s, const Arg* _pA) {
         _rsOut += static_cast<wchar_t>(static_cast<unsigned char>(buf[i]));
 }
 
-// Widths and precisions are limited to kMaxField, written or taken from an argument alike.
-constexpr int kMaxField = 100000;
+// Widths and precisions are limited to MAX_FIELD, written or taken from an argument alike.
+constexpr int MAX_FIELD = 100000;
 
 int readNumber(const wchar_t*& _pP) {
     long long n = 0;
     while (*_pP >= L'0' && *_pP <= L'9') {
-        if (n <= kMaxField)
+        if (n <= MAX_FIELD)
             n = n * 10 + (*_pP - L'0');
         ++_pP;
     }
-    return static_cast<int>(n > kMaxField ? kMaxField : n);
+    return static_cast<int>(n > MAX_FIELD ? MAX_FIELD : n);
 }
 
 } // namespace
@@ -313,7 +313,7 @@ void formatInto(std::wstring& _rsOut, const wchar_t* _pszFmt, const Arg* _pArgs,
                 s.left = true;
                 v = -v;
             }
-            s.width = static_cast<int>(v > kMaxField ? kMaxField : v);
+            s.width = static_cast<int>(v > MAX_FIELD ? MAX_FIELD : v);
         } else {
             if (*p >= L'1' && *p <= L'9')
                 s.width = readNumber(p);
@@ -324,7 +324,7 @@ void formatInto(std::wstring& _rsOut, const wchar_t* _pszFmt, const Arg* _pArgs,
                 ++p;
                 const Arg* w = nextArg(_pArgs, _nArgs, argIndex);
                 const long long v = w ? signedValue(*w, 32) : 0;
-                s.precision = v < 0 ? -1 : static_cast<int>(v > kMaxField ? kMaxField : v);
+                s.precision = v < 0 ? -1 : static_cast<int>(v > MAX_FIELD ? MAX_FIELD : v);
             } else {
                 s.precision = readNumber(p);
             }

@@ -6,7 +6,7 @@
 
 namespace {
 
-const std::size_t kGap = 2;
+const std::size_t GAP = 2;
 
 // Characters as a terminal counts them, near enough: code points, so a UTF-16 surrogate pair is one.
 std::size_t width(const CString& _sS) {
@@ -40,7 +40,7 @@ std::string alignColumns(const std::vector<Row>& _rows) {
         std::size_t pending = 0;
         for (std::size_t c = 0; c < columns; ++c) {
             if (c > 0)
-                pending += kGap;
+                pending += GAP;
             // Blanks are written only before further text, so no line ends in blanks.
             if (!row[c].IsEmpty()) {
                 line.append(pending, ' ');

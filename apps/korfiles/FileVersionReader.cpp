@@ -6,9 +6,9 @@
 
 namespace {
 
-const std::uint64_t kMaxVersion = 0xFFFFFFFFull;
-const std::uint64_t kMaxSize = 0x7FFFFFFFFFFFFFFFull;
-const char* const kTimeForm = "YYYY-MM-DD HH:MM:SS[.mmm]";
+const std::uint64_t MAX_VERSION = 0xFFFFFFFFull;
+const std::uint64_t MAX_SIZE = 0x7FFFFFFFFFFFFFFFull;
+const char* const TIME_FORM = "YYYY-MM-DD HH:MM:SS[.mmm]";
 
 // Cut: a malformed field may be megabytes long.
 std::string quoted(const std::string& _sS) {
@@ -138,11 +138,11 @@ bool isLeapYear(unsigned _uYear) {
 // Month lengths are checked here as well as by SystemTimeToFileTime, as Wine's version takes 29 February
 // of any year.
 bool isCalendarTime(const SYSTEMTIME& _st) {
-    static const WORD kDays[12] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    static const WORD DAYS[12] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
     if (_st.wMonth < 1 || _st.wMonth > 12 || _st.wDay < 1 || _st.wHour > 23 || _st.wMinute > 59 ||
         _st.wSecond > 59)
         return false;
-    const WORD days = _st.wMonth == 2 && isLeapYear(_st.wYear) ? 29 : kDays[_st.wMonth - 1];
+    const WORD days = _st.wMonth == 2 && isLeapYear(_st.wYear) ? 29 : DAYS[_st.wMonth - 1];
     return _st.wDay <= days;
 }
 
@@ -162,7 +162,7 @@ int FileVersionReader::mf_parseTime(const std::string& _sText, UQFileTime& _rTim
         !isDigits(_sText, 5, 2) || _sText[7] != '-' || !isDigits(_sText, 8, 2) || _sText[10] != ' ' ||
         !isDigits(_sText, 11, 2) || _sText[13] != ':' || !isDigits(_sText, 14, 2) || _sText[16] != ':' ||
         !isDigits(_sText, 17, 2) || (withMilliseconds && (_sText[19] != '.' || !isDigits(_sText, 20, 3)))) {
-        _rProblem = "last write time " + quoted(_sText) + " is not in the form " + kTimeForm;
+        _rProblem = "last write time " + quoted(_sText) + " is not in the form " + TIME_FORM;
         return 0;
     }
     SYSTEMTIME st = {};
@@ -204,10 +204,10 @@ int FileVersionReader::mf_parseLine(const std::string& _sLine, FileVersionRecord
         return 0;
 
     const std::vector<std::string> fields = splitFields(_sLine);
-    static const char* const kMissing[] = {"", "missing version, size and last write time",
-                                           "missing size and last write time", "missing last write time"};
+    static const char* const MISSING[] = {"", "missing version, size and last write time",
+                                          "missing size and last write time", "missing last write time"};
     if (fields.size() < 4) {
-        _rProblem = kMissing[fields.size()];
+        _rProblem = MISSING[fields.size()];
         return 0;
     }
     if (fields.size() > 6) {
@@ -227,7 +227,7 @@ int FileVersionReader::mf_parseLine(const std::string& _sLine, FileVersionRecord
         _rProblem = "missing version";
         return 0;
     }
-    switch (parseNumber(fields[1], kMaxVersion, value)) {
+    switch (parseNumber(fields[1], MAX_VERSION, value)) {
     case Number::Ok:
         r.uVersion = static_cast<std::uint32_t>(value);
         break;
@@ -244,7 +244,7 @@ int FileVersionReader::mf_parseLine(const std::string& _sLine, FileVersionRecord
         _rProblem = "missing size";
         return 0;
     }
-    switch (parseNumber(fields[2], kMaxSize, value)) {
+    switch (parseNumber(fields[2], MAX_SIZE, value)) {
     case Number::Ok:
         r.size = UQFileSize(static_cast<std::int64_t>(value));
         break;

@@ -24,7 +24,7 @@
 
 namespace {
 
-const char* const kUsage =
+const char* const USAGE =
     "Usage: korfiles [--sort=path|result] [--descending] [FILE]\n"
     "       korfiles --listing[=FILE] [--no-stubs] [--skip=info,warning,error] [--sort=path|result]\n"
     "                [--descending]\n";
@@ -287,7 +287,7 @@ std::string KorFilesTool::mf_countLine(long long _nFiles, long long _nVersions, 
 }
 
 std::string KorFilesTool::mf_getUsage() {
-    return std::string(kUsage) + "       " + SearchCommand::SYNOPSIS + "\n       " +
+    return std::string(USAGE) + "       " + SearchCommand::SYNOPSIS + "\n       " +
            SettingsCommand::SYNOPSIS + "\n";
 }
 

@@ -13,9 +13,9 @@ namespace {
 enum SortKey { BY_PATH, BY_STATUS, BY_SECURITY, BY_STREAMS };
 
 // The words of --exclude in the order of UQSearchList::mf_getFileList's flags.
-const wchar_t* const kExclusions[6] = {L"available", L"available-protected",
-                                       L"expiring",  L"expiring-protected",
-                                       L"deleted",   L"deleted-protected"};
+const wchar_t* const EXCLUSIONS[6] = {L"available", L"available-protected",
+                                      L"expiring",  L"expiring-protected",
+                                      L"deleted",   L"deleted-protected"};
 
 struct Options {
     CString sPattern = L"*";
@@ -72,9 +72,9 @@ int parseDate(const CString& _sText, int& _rnYear, int& _rnMonth, int& _rnDay) {
     _rnDay = values[2];
     if (_rnYear < 1601 || _rnMonth < 1 || _rnMonth > 12 || _rnDay < 1)
         return 0;
-    static const int kDays[12] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    static const int DAYS[12] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
     const bool leap = (_rnYear % 4 == 0 && _rnYear % 100 != 0) || _rnYear % 400 == 0;
-    return _rnDay <= kDays[_rnMonth - 1] + (_rnMonth == 2 && leap ? 1 : 0) ? 1 : 0;
+    return _rnDay <= DAYS[_rnMonth - 1] + (_rnMonth == 2 && leap ? 1 : 0) ? 1 : 0;
 }
 
 // The words of one --exclude option, separated by commas; answers 0 for an empty or unknown word.
@@ -85,7 +85,7 @@ int parseExclusions(const CString& _sList, int (&_rExclude)[6]) {
         const CString word = comma < 0 ? _sList.Mid(start) : _sList.Mid(start, comma - start);
         int found = -1;
         for (int i = 0; i < 6; ++i) {
-            if (word == kExclusions[i])
+            if (word == EXCLUSIONS[i])
                 found = i;
         }
         if (found < 0)
@@ -99,7 +99,7 @@ int parseExclusions(const CString& _sList, int (&_rExclude)[6]) {
 
 std::string exclusionWords() {
     std::string words;
-    for (const wchar_t* w : kExclusions)
+    for (const wchar_t* w : EXCLUSIONS)
         words += (words.empty() ? "" : ", ") + CString(w).ToUtf8();
     return words;
 }

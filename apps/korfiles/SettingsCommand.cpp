@@ -10,11 +10,11 @@ namespace {
 
 // The placeholders as the registry holds them, and the word that the GUI shows for them
 // (docs/registry.md).
-const wchar_t* const kServerMgmtClass = L"<VRS server default mgmt class>";
-const wchar_t* const kDynamicOptionFile = L"<B/A client chooses options file>";
-const wchar_t* const kDefault = L"DEFAULT";
+const wchar_t* const SERVER_MGMT_CLASS = L"<VRS server default mgmt class>";
+const wchar_t* const DYNAMIC_OPTION_FILE = L"<B/A client chooses options file>";
+const wchar_t* const DEFAULT = L"DEFAULT";
 // Catalogue text: the display name of the dynamic option file.
-const unsigned kDynamicOptionFileText = 3144;
+const unsigned DYNAMIC_OPTION_FILE_TEXT = 3144;
 
 enum Kind { FLAG, MGMT_CLASS, OPTION_FILE, OPTION_FILE_MRU, SEARCH_ROOT };
 
@@ -27,7 +27,7 @@ struct Setting {
 };
 
 // In the order they are shown.
-const Setting kSettings[] = {
+const Setting SETTINGS[] = {
     {L"management-class", MGMT_CLASS, nullptr, nullptr},
     {L"backup-before-migrate", FLAG, &UQGuiRegistry::mf_isDefaultBackupBeforeMigrate,
      &UQGuiRegistry::mf_setDefaultBackupBeforeMigrate},
@@ -49,7 +49,7 @@ std::string utf8(const wchar_t* _pszS) {
 }
 
 const Setting* findSetting(const CString& _sName) {
-    for (const Setting& s : kSettings) {
+    for (const Setting& s : SETTINGS) {
         if (_sName == s.name)
             return &s;
     }
@@ -58,7 +58,7 @@ const Setting* findSetting(const CString& _sName) {
 
 std::string settingNames() {
     std::string names;
-    for (const Setting& s : kSettings)
+    for (const Setting& s : SETTINGS)
         names += (names.empty() ? "" : ", ") + utf8(s.name);
     return names;
 }
@@ -66,14 +66,14 @@ std::string settingNames() {
 // "DEFAULT <display name>": the dynamic option file as the GUI shows it.
 CString translatedDynamicOptionFile() {
     CString s;
-    s.Format(L"%s <%s>", kDefault, UQString(kDynamicOptionFileText).mf_getText());
+    s.Format(L"%s <%s>", DEFAULT, UQString(DYNAMIC_OPTION_FILE_TEXT).mf_getText());
     return s;
 }
 
 // DEFAULT, or a text that names the dynamic option file as the MRU recognises it.
 bool meansDynamicOptionFile(const CString& _sValue) {
-    return _sValue == kDefault || _sValue.Find(kDynamicOptionFile) >= 0 ||
-           _sValue.Find(UQString(kDynamicOptionFileText).mf_getText()) >= 0;
+    return _sValue == DEFAULT || _sValue.Find(DYNAMIC_OPTION_FILE) >= 0 ||
+           _sValue.Find(UQString(DYNAMIC_OPTION_FILE_TEXT).mf_getText()) >= 0;
 }
 
 bool hasControlCharacter(const CString& _sValue) {
@@ -142,7 +142,7 @@ std::string show(const Setting& _s) {
 
 std::string showAll() {
     std::string lines;
-    for (const Setting& s : kSettings)
+    for (const Setting& s : SETTINGS)
         lines += show(s);
     return lines;
 }
@@ -216,7 +216,7 @@ int setOne(const Setting& _s, const CString& _sValue, LogTap& _rTap, TextOutput&
     case MGMT_CLASS:
         // What is shown as DEFAULT is stored as the placeholder, so that the shown value can be set again.
         done =
-            UQGuiRegistry::mf_setDefaultMgmtClass(_sValue == kDefault ? CString(kServerMgmtClass) : _sValue);
+            UQGuiRegistry::mf_setDefaultMgmtClass(_sValue == DEFAULT ? CString(SERVER_MGMT_CLASS) : _sValue);
         break;
     case OPTION_FILE:
         try {
@@ -261,7 +261,7 @@ int updateMru(const CString& _sPath, bool _bRemove, LogTap& _rTap, TextOutput& _
     // DEFAULT is the dynamic option file here as everywhere; the update itself recognises the other ways
     // of naming it.
     const int changed = UQGuiRegistry::mf_updateTranslatedBackupOptionFilePathMRU(
-        _sPath == kDefault ? CString(kDynamicOptionFile) : _sPath, _bRemove ? 1 : 0);
+        _sPath == DEFAULT ? CString(DYNAMIC_OPTION_FILE) : _sPath, _bRemove ? 1 : 0);
     // A failed write is logged at E even where the update answers 1.
     if (_rTap.mf_hasFailure()) {
         _rErr.mf_write(refused(_bRemove ? "cannot remove " + quoted + " from the option-file MRU"
@@ -287,9 +287,9 @@ struct Options {
 };
 
 #if defined(_WIN32)
-const char* const kStoreWord = "KEY";
+const char* const STORE_WORD = "KEY";
 #else
-const char* const kStoreWord = "FILE";
+const char* const STORE_WORD = "FILE";
 #endif
 
 // The store read, as a failure names it.
@@ -313,8 +313,8 @@ std::string parseOptions(const std::vector<CString>& _args, Options& _rOptions) 
                 _rOptions.bHelp = true;
             } else if (arg == L"--registry" || arg.Left(11) == L"--registry=") {
                 if (arg.GetLength() <= 11)
-                    return "--registry needs a " + std::string(kStoreWord) +
-                           ", as in --registry=" + kStoreWord;
+                    return "--registry needs a " + std::string(STORE_WORD) +
+                           ", as in --registry=" + STORE_WORD;
                 if (_rOptions.bRegistry)
                     return "only one --registry may be given";
                 _rOptions.bRegistry = true;

@@ -4,7 +4,7 @@
 
 namespace {
 
-const wchar_t* const kFileTimeError = L"FILETIME ERROR";
+const wchar_t* const FILE_TIME_ERROR = L"FILETIME ERROR";
 
 // Converts or logs the failure under the caller's name; a failed conversion answers false.
 bool toSystemTime(const UQFileTime& _time, SYSTEMTIME& _rSt, const wchar_t* _pszFunction) {
@@ -25,13 +25,13 @@ CString UQFileTime::mf_toString() const {
     try {
         SYSTEMTIME st;
         if (!toSystemTime(*this, st, _sFunction_))
-            return kFileTimeError;
+            return FILE_TIME_ERROR;
         CString s;
         s.Format(L"%4.4u-%2.2u-%2.2u%c%2.2u:%2.2u:%2.2u", st.wYear, st.wMonth, st.wDay, L' ', st.wHour,
                  st.wMinute, st.wSecond);
         return s;
     } catch (...) {
-        return kFileTimeError;
+        return FILE_TIME_ERROR;
     }
 }
 
@@ -40,13 +40,13 @@ CString UQFileTime::mf_toFullString() const {
     try {
         SYSTEMTIME st;
         if (!toSystemTime(*this, st, _sFunction_))
-            return kFileTimeError;
+            return FILE_TIME_ERROR;
         CString s;
         s.Format(L"%4.4u-%2.2u-%2.2u %2.2u:%2.2u:%2.2u.%3.3u", st.wYear, st.wMonth, st.wDay, st.wHour,
                  st.wMinute, st.wSecond, st.wMilliseconds);
         return s;
     } catch (...) {
-        return kFileTimeError;
+        return FILE_TIME_ERROR;
     }
 }
 

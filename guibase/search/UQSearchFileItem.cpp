@@ -3,6 +3,7 @@
 #include "guibase/foundation/UQReport.h"
 
 #include <cstdlib>
+#include <memory>
 #include <new>
 
 namespace {
@@ -70,16 +71,11 @@ void sortItems(UQSearchFileItem::Array& _rItems, int (*_pCompare)(const void*, c
 
 // Copies of an item's versions stand on clones of the records, so that every version owns its own.
 UQLinkedListItem* f_cloneSearchFileVersion(const UQLinkedListItem& _item) {
-    const UQQueryData* record = static_cast<const UQSearchFileVersion&>(_item).mf_getQueryData()->mf_clone();
-    UQSearchFileVersion* pVersion = nullptr;
-    try {
-        pVersion = UQAllocation::mf_create<UQSearchFileVersion>(record);
-    } catch (...) {
-        delete record;
-        throw;
-    }
-    if (pVersion == nullptr)
-        delete record;
+    std::unique_ptr<const UQQueryData> record(
+        static_cast<const UQSearchFileVersion&>(_item).mf_getQueryData()->mf_clone());
+    UQSearchFileVersion* pVersion = UQAllocation::mf_create<UQSearchFileVersion>(record.get());
+    if (pVersion != nullptr)
+        record.release();
     return pVersion;
 }
 

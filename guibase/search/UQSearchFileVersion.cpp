@@ -23,9 +23,9 @@ UQSearchFileVersion::UQSearchFileVersion(const UQQueryData* _pQueryData)
     // Loaded once, by the first version made; the first close of a search list runs on one thread before
     // any other can make versions.
     if (m_bStatusInitialized == 0) {
-        static const unsigned kNumbers[6] = {3102, 3104, 3530, 3532, 3343, 3345};
+        static const unsigned NUMBERS[6] = {3102, 3104, 3530, 3532, 3343, 3345};
         for (int i = 0; i < 6; ++i)
-            m_asStatus[i] = UQString(kNumbers[i]).mf_getText();
+            m_asStatus[i] = UQString(NUMBERS[i]).mf_getText();
         m_bStatusInitialized = 1;
     }
     const int protectedOffset = _pQueryData->mf_isProtected() ? 1 : 0;

@@ -9,7 +9,7 @@
 namespace {
 
 // Item texts that a list read takes, in characters with the terminator.
-const int kListBufferChars = 512;
+const int LIST_BUFFER_CHARS = 512;
 
 // A message to the control. Without a control (an item form whose item is missing) the answer is CB_ERR,
 // as from a control that refuses the message: a window message to no window would answer 0, which reads
@@ -166,15 +166,15 @@ int UQComboBox::mf_getText(HWND _hWnd, UQArray<CString>& _rasTexts) {
         return 1;
     for (int nIndex = 0; nIndex < static_cast<int>(nCount); ++nIndex) {
         const LRESULT nLength = comboMessage(_hWnd, CB_GETLBTEXTLEN, static_cast<WPARAM>(nIndex), 0);
-        if (nLength == CB_ERR || nLength >= kListBufferChars) {
+        if (nLength == CB_ERR || nLength >= LIST_BUFFER_CHARS) {
             // The buffer's size in bytes, named characters: the record has always read so.
-            const std::uint32_t uBufferBytes = kListBufferChars * sizeof(wchar_t);
+            const std::uint32_t uBufferBytes = LIST_BUFFER_CHARS * sizeof(wchar_t);
             UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
                              L"Buffer (%lu chars) too small to catch value with index=%d", uBufferBytes,
                              nIndex);
             continue;
         }
-        wchar_t szText[kListBufferChars] = {0};
+        wchar_t szText[LIST_BUFFER_CHARS] = {0};
         comboMessage(_hWnd, CB_GETLBTEXT, static_cast<WPARAM>(nIndex), reinterpret_cast<LPARAM>(szText));
         CString sText(szText);
         sText.Trim();

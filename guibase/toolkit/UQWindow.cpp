@@ -9,8 +9,6 @@ CString UQWindow::m_sRegistryRoot;
 
 namespace {
 
-const DWORD kErrorControlIdNotFound = 1421;
-
 // A handle form that makes one Win32 call: success when the call left no error behind.
 int logIfFailed(const wchar_t* _pszFunction, const UQErrnoValue& _value, const wchar_t* _pszFormat,
                 const wchar_t* _pszAction) {
@@ -48,7 +46,7 @@ int UQWindow::mf_hasItem(HWND _hDlg, int _nId) {
     const DWORD dwError = GetLastError();
     // Windows names a missing id with ERROR_CONTROL_ID_NOT_FOUND; Wine leaves the last error at 0. Both
     // mean that the dialog has no such item.
-    if (dwError == kErrorControlIdNotFound || dwError == 0)
+    if (dwError == ERROR_CONTROL_ID_NOT_FOUND || dwError == 0)
         return 0;
     UQReport::mf_logWrapped(UQReport::mf_systemError(UQErrno::_E_::ItemNotFound), _sFunction_,
                             L"Failure checking item existence, id=%d:\r\n%s%s", _nId);

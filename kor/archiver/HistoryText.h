@@ -9,12 +9,12 @@
 
 namespace korhistory {
 
-constexpr std::uint64_t kTicksPerSecond = 10000000u;
+constexpr std::uint64_t TICKS_PER_SECOND = 10000000u;
 
 // "2024-03-07 14:05:09", with ".1234567" when the time has a fraction of a second, so that a store keeps
 // every file time exactly; "FILETIME ERROR" when the time has no calendar form.
 inline std::string formatTime(std::uint64_t _uTicks) {
-    const std::uint64_t fraction = _uTicks % kTicksPerSecond;
+    const std::uint64_t fraction = _uTicks % TICKS_PER_SECOND;
     const FILETIME ft = UQFileTime(_uTicks - fraction).mf_getFileTime();
     SYSTEMTIME st;
     if (!FileTimeToSystemTime(&ft, &st))

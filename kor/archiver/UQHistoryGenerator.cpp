@@ -9,12 +9,12 @@
 
 namespace {
 
-constexpr std::uint64_t kTicksPerSecond = 10000000u;
-constexpr std::uint64_t kTicksPerDay = 86400u * kTicksPerSecond;
+constexpr std::uint64_t TICKS_PER_SECOND = 10000000u;
+constexpr std::uint64_t TICKS_PER_DAY = 86400u * TICKS_PER_SECOND;
 // 2019-01-01 00:00:00 as a file time.
-constexpr std::uint64_t kFirstDay = 131907744000000000u;
-constexpr std::size_t kMinPath = 60;
-constexpr std::size_t kMaxPath = 130;
+constexpr std::uint64_t FIRST_DAY = 131907744000000000u;
+constexpr std::size_t MIN_GENERATED_PATH = 60;
+constexpr std::size_t MAX_GENERATED_PATH = 130;
 
 std::uint64_t mix(std::uint64_t _uX) noexcept {
     // splitmix64's finaliser: every bit of the input reaches every bit of the output.
@@ -39,45 +39,44 @@ std::uint64_t gcd(std::uint64_t _uA, std::uint64_t _uB) noexcept {
     return _uA;
 }
 
-const wchar_t* const kServers[] = {L"\\\\FILESRV01", L"\\\\FILESRV02", L"\\\\FILESRV03", L"\\\\NAS-BRANCH"};
-const wchar_t* const kShares[] = {L"Projects", L"Finance", L"Engineering", L"Human Resources",
-                                  L"Sales",    L"Archive", L"Users",       L"Legal"};
-const wchar_t* const kDirectories[] = {L"2019",
-                                       L"2020",
-                                       L"2021",
-                                       L"2022",
-                                       L"2023",
-                                       L"2024",
-                                       L"Atlas",
-                                       L"Meridian",
-                                       L"Northwind",
-                                       L"Harbour Bridge",
-                                       L"Drawings",
-                                       L"Contracts",
-                                       L"Correspondence",
-                                       L"Data Sheets",
-                                       L"Meeting Minutes",
-                                       L"Invoices",
-                                       L"Working Copies",
-                                       L"Final",
-                                       L"Q1 Reports",
-                                       L"Q3 Reports",
-                                       L"Customer Acme Corporation",
-                                       L"Supplier Audits",
-                                       L"Site Surveys",
-                                       L"Templates",
-                                       L"Photos",
-                                       L"Budget Planning",
-                                       L"Old Versions",
-                                       L"Scans",
-                                       L"Tender Documents",
-                                       L"Quality Records"};
-const wchar_t* const kStems[] = {L"Quarterly report", L"assembly",      L"invoice",
-                                 L"contract draft",   L"meeting notes", L"budget forecast",
-                                 L"site survey",      L"test protocol", L"presentation",
-                                 L"data sheet",       L"memo",          L"inspection photo"};
-const wchar_t* const kExtensions[] = {L".docx", L".xlsx", L".pdf", L".dwg", L".pptx",
-                                      L".msg",  L".txt",  L".zip", L".jpg", L".vsdx"};
+const wchar_t* const SERVERS[] = {L"\\\\FILESRV01", L"\\\\FILESRV02", L"\\\\FILESRV03", L"\\\\NAS-BRANCH"};
+const wchar_t* const SHARES[] = {L"Projects", L"Finance", L"Engineering", L"Human Resources",
+                                 L"Sales",    L"Archive", L"Users",       L"Legal"};
+const wchar_t* const DIRECTORIES[] = {L"2019",
+                                      L"2020",
+                                      L"2021",
+                                      L"2022",
+                                      L"2023",
+                                      L"2024",
+                                      L"Atlas",
+                                      L"Meridian",
+                                      L"Northwind",
+                                      L"Harbour Bridge",
+                                      L"Drawings",
+                                      L"Contracts",
+                                      L"Correspondence",
+                                      L"Data Sheets",
+                                      L"Meeting Minutes",
+                                      L"Invoices",
+                                      L"Working Copies",
+                                      L"Final",
+                                      L"Q1 Reports",
+                                      L"Q3 Reports",
+                                      L"Customer Acme Corporation",
+                                      L"Supplier Audits",
+                                      L"Site Surveys",
+                                      L"Templates",
+                                      L"Photos",
+                                      L"Budget Planning",
+                                      L"Old Versions",
+                                      L"Scans",
+                                      L"Tender Documents",
+                                      L"Quality Records"};
+const wchar_t* const STEMS[] = {L"Quarterly report", L"assembly",        L"invoice",     L"contract draft",
+                                L"meeting notes",    L"budget forecast", L"site survey", L"test protocol",
+                                L"presentation",     L"data sheet",      L"memo",        L"inspection photo"};
+const wchar_t* const EXTENSIONS[] = {L".docx", L".xlsx", L".pdf", L".dwg", L".pptx",
+                                     L".msg",  L".txt",  L".zip", L".jpg", L".vsdx"};
 
 template <class T, std::size_t N> constexpr std::size_t countOf(T (&)[N]) noexcept {
     return N;
@@ -88,7 +87,7 @@ class PathBuilder {
 public:
     PathBuilder() : m_n(0) {}
     void append(const wchar_t* _pszS) noexcept {
-        while (*_pszS != 0 && m_n < kCapacity)
+        while (*_pszS != 0 && m_n < CAPACITY)
             m_text[m_n++] = *_pszS++;
     }
     void separator() noexcept { append(L"\\"); }
@@ -108,8 +107,8 @@ public:
     CString text() const { return CString(m_text, static_cast<int>(m_n)); }
 
 private:
-    static constexpr std::size_t kCapacity = 256;
-    wchar_t m_text[kCapacity];
+    static constexpr std::size_t CAPACITY = 256;
+    wchar_t m_text[CAPACITY];
     std::size_t m_n;
 };
 
@@ -118,12 +117,12 @@ std::size_t length(const wchar_t* _pszS) noexcept {
 }
 
 // The path of a file: server, share, two to four directories, and a name made unique by the file's
-// number, kept between kMinPath and kMaxPath characters.
+// number, kept between MIN_GENERATED_PATH and MAX_GENERATED_PATH characters.
 CString pathOf(std::uint64_t _uH, std::uint32_t _uFile) {
-    const wchar_t* server = kServers[_uH % countOf(kServers)];
-    const wchar_t* share = kShares[(_uH >> 3) % countOf(kShares)];
-    const wchar_t* stem = kStems[(_uH >> 7) % countOf(kStems)];
-    const wchar_t* extension = kExtensions[(_uH >> 11) % countOf(kExtensions)];
+    const wchar_t* server = SERVERS[_uH % countOf(SERVERS)];
+    const wchar_t* share = SHARES[(_uH >> 3) % countOf(SHARES)];
+    const wchar_t* stem = STEMS[(_uH >> 7) % countOf(STEMS)];
+    const wchar_t* extension = EXTENSIONS[(_uH >> 11) % countOf(EXTENSIONS)];
     const std::size_t nameLength = length(stem) + 1 + 7 + length(extension);
     std::size_t total = length(server) + 1 + length(share) + 1 + nameLength;
 
@@ -132,11 +131,11 @@ CString pathOf(std::uint64_t _uH, std::uint32_t _uFile) {
     std::uint64_t choice = mix(_uH);
     const std::size_t wanted = 2 + (_uH >> 15) % 3;
     while (count < 8) {
-        const wchar_t* d = kDirectories[choice % countOf(kDirectories)];
+        const wchar_t* d = DIRECTORIES[choice % countOf(DIRECTORIES)];
         choice = mix(choice);
-        if (count >= wanted && total >= kMinPath)
+        if (count >= wanted && total >= MIN_GENERATED_PATH)
             break;
-        if (count >= 1 && total + length(d) + 1 > kMaxPath)
+        if (count >= 1 && total + length(d) + 1 > MAX_GENERATED_PATH)
             break;
         directories[count++] = d;
         total += length(d) + 1;
@@ -210,9 +209,9 @@ std::uint64_t UQHistoryGenerator::mf_generate(std::uint64_t _uFirstSlot, std::ui
         // One file in eight skips a number after its second version.
         const std::uint32_t number = v + 1 + ((h >> 19) % 8 == 0 && v >= 2 ? 1 : 0);
         const std::uint64_t firstWrite =
-            kFirstDay + ((h >> 22) % (5 * 365)) * kTicksPerDay + ((h >> 34) % 86400) * kTicksPerSecond;
+            FIRST_DAY + ((h >> 22) % (5 * 365)) * TICKS_PER_DAY + ((h >> 34) % 86400) * TICKS_PER_SECOND;
         const std::uint64_t lastWrite =
-            firstWrite + v * (1 + (h >> 43) % 90) * kTicksPerDay + (hv % 86400) * kTicksPerSecond;
+            firstWrite + v * (1 + (h >> 43) % 90) * TICKS_PER_DAY + (hv % 86400) * TICKS_PER_SECOND;
         const std::int64_t size =
             static_cast<std::int64_t>(512 + (h >> 20) % (64u << 20) + v * ((hv >> 8) % 4096));
         std::uint32_t flags = 0;
@@ -230,7 +229,7 @@ std::uint64_t UQHistoryGenerator::mf_generate(std::uint64_t _uFirstSlot, std::ui
         }
         UQExpiryTime expiry = {0};
         if (!eventBased && (hv >> 13) % 8 == 0)
-            expiry.uFileTime = lastWrite + (365 + (hv >> 23) % 30) * kTicksPerDay;
+            expiry.uFileTime = lastWrite + (365 + (hv >> 23) % 30) * TICKS_PER_DAY;
         const UQQueryData::AccessKey access = {static_cast<std::uint32_t>(1 + (hv >> 17) % 400),
                                                (hv >> 27) % (1ull << 36)};
         const CString path = pathOf(h, static_cast<std::uint32_t>(file));

@@ -13,8 +13,8 @@
 
 namespace {
 
-const wchar_t* const kSearchFunction = L"UQHistoryStore::mf_searchText";
-constexpr std::size_t kFieldCount = 8;
+const wchar_t* const SEARCH_FUNCTION = L"UQHistoryStore::mf_searchText";
+constexpr std::size_t FIELD_COUNT = 8;
 
 std::string trimBlanks(const std::string& _sS) {
     std::size_t a = 0, b = _sS.size();
@@ -181,7 +181,7 @@ private:
     void line(std::string _sText) {
         ++m_uLine;
         if (m_cancel != nullptr && m_cancel->mf_isCancelled()) {
-            UQKorReport::mf_log(UQLogData::LEVEL_W, kSearchFunction, L"History search canceled at %s:%lu",
+            UQKorReport::mf_log(UQLogData::LEVEL_W, SEARCH_FUNCTION, L"History search canceled at %s:%lu",
                                 m_name, m_uLine);
             throw UQErrno(UQErrno::_W_::UserCanceled);
         }
@@ -216,9 +216,9 @@ private:
                 break;
             start = tab + 1;
         }
-        if (fields.size() != kFieldCount) {
+        if (fields.size() != FIELD_COUNT) {
             CString what;
-            what.Format(L"expected %d tab-separated fields, found %d", static_cast<int>(kFieldCount),
+            what.Format(L"expected %d tab-separated fields, found %d", static_cast<int>(FIELD_COUNT),
                         static_cast<int>(fields.size()));
             skip(what);
             return;
@@ -277,7 +277,7 @@ private:
         try {
             m_sink.mf_onQueryData(data);
         } catch (const UQErrno& e) {
-            UQKorReport::mf_log(UQLogData::LEVEL_E, kSearchFunction,
+            UQKorReport::mf_log(UQLogData::LEVEL_E, SEARCH_FUNCTION,
                                 L"Failure handing over the record of %s:%lu:\r\n%s%s", m_name, m_uLine,
                                 UQLog::TAB, e.mf_toString());
             throw;
@@ -289,7 +289,7 @@ private:
         CString detail;
         detail.Format(L"%s:%lu: %s", m_name, m_uLine, _sWhat);
         m_result.errors.push_back(UQErrno(UQErrnoData(UQErrno::_E_::Format), detail));
-        UQKorReport::mf_log(UQLogData::LEVEL_W, kSearchFunction, L"History record skipped: %s", detail);
+        UQKorReport::mf_log(UQLogData::LEVEL_W, SEARCH_FUNCTION, L"History record skipped: %s", detail);
     }
 
     void skip(const wchar_t* _pszWhat, const std::string& _sValue) {

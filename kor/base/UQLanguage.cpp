@@ -7,7 +7,7 @@
 
 namespace {
 
-const wchar_t* const kFallbackModule = L"korlang_en.dll";
+const wchar_t* const FALLBACK_MODULE = L"korlang_en.dll";
 
 // Loaded modules by file name; they stay loaded for the life of the process, as dialogs and icons taken
 // from them may live that long.
@@ -45,7 +45,7 @@ CString moduleFileName(const CString& directory, unsigned long language) {
         if (GetFileAttributesW(directory + name) != INVALID_FILE_ATTRIBUTES)
             return name;
     }
-    return kFallbackModule;
+    return FALLBACK_MODULE;
 }
 
 } // namespace

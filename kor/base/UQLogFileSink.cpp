@@ -20,13 +20,13 @@
 namespace {
 
 #if defined(_WIN32)
-const char* const kLineEnd = "\r\n";
+const char* const LINE_END = "\r\n";
 #else
-const char* const kLineEnd = "\n";
+const char* const LINE_END = "\n";
 #endif
 
 // Continuation lines start under the level letter, so that only a record's first line starts with a digit.
-const char* const kContinuation = "                        ";
+const char* const CONTINUATION = "                        ";
 
 bool isSeparator(wchar_t _cC) noexcept {
     return _cC == L'\\' || _cC == L'/';
@@ -44,28 +44,28 @@ void appendUtf8Line(std::string& _rsOut, const wchar_t* _pszText, int _nLength) 
 
 #if defined(_WIN32)
 typedef HANDLE FileHandle;
-const FileHandle kNoFile = INVALID_HANDLE_VALUE;
+const FileHandle NO_FILE = INVALID_HANDLE_VALUE;
 
 void createDirectory(const CString& path) {
     CreateDirectoryW(path, nullptr);
 }
 
-const DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+const DWORD SHARE_ALL = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
 FileHandle openFile(const CString& path, bool truncate, std::uint64_t& size) {
     if (truncate) {
         // Emptying the file needs write access; the handle that is kept may only append.
-        const HANDLE t = CreateFileW(path, GENERIC_WRITE, kShareAll, nullptr, CREATE_ALWAYS,
+        const HANDLE t = CreateFileW(path, GENERIC_WRITE, SHARE_ALL, nullptr, CREATE_ALWAYS,
                                      FILE_ATTRIBUTE_NORMAL, nullptr);
         if (t == INVALID_HANDLE_VALUE)
-            return kNoFile;
+            return NO_FILE;
         CloseHandle(t);
     }
     // Append-only access: every write lands at the end, even with other writers of the same file.
-    const HANDLE h = CreateFileW(path, FILE_APPEND_DATA | FILE_READ_ATTRIBUTES | SYNCHRONIZE, kShareAll,
+    const HANDLE h = CreateFileW(path, FILE_APPEND_DATA | FILE_READ_ATTRIBUTES | SYNCHRONIZE, SHARE_ALL,
                                  nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (h == INVALID_HANDLE_VALUE)
-        return kNoFile;
+        return NO_FILE;
     LARGE_INTEGER li;
     size = GetFileSizeEx(h, &li) ? static_cast<std::uint64_t>(li.QuadPart) : 0;
     return h;
@@ -99,7 +99,7 @@ bool renameFile(const CString& from, const CString& to) {
 }
 #else
 typedef std::FILE* FileHandle;
-FileHandle const kNoFile = nullptr;
+FileHandle const NO_FILE = nullptr;
 
 void createDirectory(const CString& _sPath) {
     ::mkdir(_sPath.ToUtf8().c_str(), 0777);
@@ -109,7 +109,7 @@ FileHandle openFile(const CString& _sPath, bool _bTruncate, std::uint64_t& _ruSi
     // "e": the descriptor does not leak into programs that this process starts.
     std::FILE* f = std::fopen(_sPath.ToUtf8().c_str(), _bTruncate ? "wbe" : "abe");
     if (f == nullptr)
-        return kNoFile;
+        return NO_FILE;
     std::fseek(f, 0, SEEK_END);
     const long end = std::ftell(f);
     _ruSize = end > 0 ? static_cast<std::uint64_t>(end) : 0;
@@ -152,24 +152,24 @@ CString numbered(const CString& _sPath, int _nN) {
 
 struct UQLogFileSink::Impl {
     std::mutex mutex;
-    FileHandle file = kNoFile;
+    FileHandle file = NO_FILE;
     std::uint64_t size = 0;
     std::uint64_t maxBytes = 0;
     int keepFiles = 0;
 
     bool open(const CString& _sPath, bool _bTruncate) {
         file = openFile(_sPath, _bTruncate, size);
-        if (file == kNoFile) {
+        if (file == NO_FILE) {
             createParents(_sPath);
             file = openFile(_sPath, _bTruncate, size);
         }
-        return file != kNoFile;
+        return file != NO_FILE;
     }
 
     void close() {
-        if (file != kNoFile)
+        if (file != NO_FILE)
             closeFile(file);
-        file = kNoFile;
+        file = NO_FILE;
     }
 
     // path.N is dropped, path.1 .. path.N-1 move up by one, the current file becomes path.1.
@@ -205,11 +205,11 @@ void UQLogFileSink::mf_write(const UQLogRecord& _record) noexcept {
     try {
         const std::string line = mf_formatLine(_record);
         std::lock_guard<std::mutex> lock(m_pImpl->mutex);
-        if (m_pImpl->file == kNoFile && !m_pImpl->open(m_sPath, false))
+        if (m_pImpl->file == NO_FILE && !m_pImpl->open(m_sPath, false))
             return; // the next record tries again
         if (m_pImpl->maxBytes > 0 && m_pImpl->size > 0 && m_pImpl->size + line.size() > m_pImpl->maxBytes) {
             m_pImpl->rotate(m_sPath);
-            if (m_pImpl->file == kNoFile)
+            if (m_pImpl->file == NO_FILE)
                 return;
         }
         if (writeFile(m_pImpl->file, line)) {
@@ -273,9 +273,9 @@ std::string UQLogFileSink::mf_formatLine(const UQLogRecord& _record) {
         if (i < length && text[i] != L'\r' && text[i] != L'\n')
             continue;
         if (start > 0)
-            out += kContinuation;
+            out += CONTINUATION;
         appendUtf8Line(out, text + start, i - start);
-        out += kLineEnd;
+        out += LINE_END;
         if (i < length && text[i] == L'\r' && i + 1 < length && text[i + 1] == L'\n')
             ++i;
         start = i + 1;

@@ -8,15 +8,15 @@
 
 namespace {
 
-const wchar_t* const kDefaultDateFormat = L"yyyy-MM-dd";
-const wchar_t* const kDefaultTimeFormat = L"HH:mm:ss";
-const wchar_t kDefaultGroupSeparator = L',';
-const wchar_t* const kFileTimeError = L"FILETIME ERROR";
+const wchar_t* const DEFAULT_DATE_FORMAT = L"yyyy-MM-dd";
+const wchar_t* const DEFAULT_TIME_FORMAT = L"HH:mm:ss";
+const wchar_t DEFAULT_GROUP_SEPARATOR = L',';
+const wchar_t* const FILE_TIME_ERROR = L"FILETIME ERROR";
 
 struct Configuration {
     CString sDate;
     CString sTime;
-    wchar_t cGroup = kDefaultGroupSeparator;
+    wchar_t cGroup = DEFAULT_GROUP_SEPARATOR;
     bool bLoaded = false;
 };
 
@@ -39,17 +39,17 @@ bool isUsableSeparator(wchar_t _cC) noexcept {
 void loadDefaults(Configuration& _rC) {
     _rC.sDate = korenv::variable(L"KOR_DATE_FORMAT");
     if (_rC.sDate.IsEmpty())
-        _rC.sDate = kDefaultDateFormat;
+        _rC.sDate = DEFAULT_DATE_FORMAT;
     _rC.sTime = korenv::variable(L"KOR_TIME_FORMAT");
     if (_rC.sTime.IsEmpty())
-        _rC.sTime = kDefaultTimeFormat;
+        _rC.sTime = DEFAULT_TIME_FORMAT;
     const CString group = korenv::variable(L"KOR_GROUP_SEPARATOR");
     if (group.GetLength() == 1 && isUsableSeparator(group[0]))
         _rC.cGroup = group[0];
     else if (group == L"none")
         _rC.cGroup = 0;
     else
-        _rC.cGroup = kDefaultGroupSeparator;
+        _rC.cGroup = DEFAULT_GROUP_SEPARATOR;
     _rC.bLoaded = true;
 }
 
@@ -189,7 +189,7 @@ CString UQNumberFormatter::mf_formatDate(const UQFileTime& _time) {
     static const wchar_t* const _sFunction_ = L"UQNumberFormatter::mf_formatDate";
     SYSTEMTIME st;
     if (!toSystemTime(_time, st, _sFunction_))
-        return kFileTimeError;
+        return FILE_TIME_ERROR;
     return expandPattern(snapshot().sDate, st);
 }
 
@@ -197,7 +197,7 @@ CString UQNumberFormatter::mf_formatTime(const UQFileTime& _time) {
     static const wchar_t* const _sFunction_ = L"UQNumberFormatter::mf_formatTime";
     SYSTEMTIME st;
     if (!toSystemTime(_time, st, _sFunction_))
-        return kFileTimeError;
+        return FILE_TIME_ERROR;
     return expandPattern(snapshot().sTime, st);
 }
 

@@ -10,7 +10,7 @@ namespace {
 
 // The product's registry root; machine-wide settings sit in its sub keys, per-user ones in the same path
 // under HKEY_CURRENT_USER.
-const wchar_t* const kRegistryRoot = L"SOFTWARE\\Corvex\\Stormex\\CurrentVersion\\HSMClient";
+const wchar_t* const REGISTRY_ROOT = L"SOFTWARE\\Corvex\\Stormex\\CurrentVersion\\HSMClient";
 
 // The key of an empty key path in HKEY_CURRENT_USER when it is not the product's root.
 std::mutex g_userKeyLock;
@@ -18,7 +18,7 @@ CString g_sUserKey;
 
 CString userKey() {
     std::lock_guard<std::mutex> guard(g_userKeyLock);
-    return g_sUserKey.IsEmpty() ? CString(kRegistryRoot) : g_sUserKey;
+    return g_sUserKey.IsEmpty() ? CString(REGISTRY_ROOT) : g_sUserKey;
 }
 
 // Per thread, so that a test's injection never hits another thread's calls.
@@ -211,7 +211,7 @@ korregistry::Value numberValue(DWORD _dwNumber) {
 
 CString UQRegistry::mf_getRegistryRoot(const CString& _sSubKey) {
     const CString sub = normalizeKey(_sSubKey);
-    return sub.IsEmpty() ? CString(kRegistryRoot) : CString(kRegistryRoot) + L"\\" + sub;
+    return sub.IsEmpty() ? CString(REGISTRY_ROOT) : CString(REGISTRY_ROOT) + L"\\" + sub;
 }
 
 void UQRegistry::mf_getValue(const CString& _sName, CString& _rsValue, const CString& _sKey, HKEY _hHive) {

@@ -30,23 +30,23 @@ namespace korregistry {
 namespace {
 
 // How long a write waits for another process's transaction before it fails.
-const int kBusyTimeoutMs = 30000;
-const int kSchemaVersion = 1;
+const int BUSY_TIMEOUT_MS = 30000;
+const int SCHEMA_VERSION = 1;
 
-const char* const kSchema = "CREATE TABLE IF NOT EXISTS registry_key("
-                            " hive TEXT NOT NULL,"
-                            " path_key TEXT NOT NULL,"
-                            " path TEXT NOT NULL,"
-                            " PRIMARY KEY (hive, path_key)) WITHOUT ROWID;"
-                            "CREATE TABLE IF NOT EXISTS registry_value("
-                            " hive TEXT NOT NULL,"
-                            " path_key TEXT NOT NULL,"
-                            " name_key TEXT NOT NULL,"
-                            " name TEXT NOT NULL,"
-                            " type INTEGER NOT NULL,"
-                            " data,"
-                            " PRIMARY KEY (hive, path_key, name_key)) WITHOUT ROWID;"
-                            "PRAGMA user_version = 1;";
+const char* const SCHEMA = "CREATE TABLE IF NOT EXISTS registry_key("
+                           " hive TEXT NOT NULL,"
+                           " path_key TEXT NOT NULL,"
+                           " path TEXT NOT NULL,"
+                           " PRIMARY KEY (hive, path_key)) WITHOUT ROWID;"
+                           "CREATE TABLE IF NOT EXISTS registry_value("
+                           " hive TEXT NOT NULL,"
+                           " path_key TEXT NOT NULL,"
+                           " name_key TEXT NOT NULL,"
+                           " name TEXT NOT NULL,"
+                           " type INTEGER NOT NULL,"
+                           " data,"
+                           " PRIMARY KEY (hive, path_key, name_key)) WITHOUT ROWID;"
+                           "PRAGMA user_version = 1;";
 
 // One connection per process, used under the mutex: SQLite transactions belong to a connection, so two
 // threads must not interleave theirs on it. Recursive, as an update holds it across the operations of its
@@ -231,7 +231,7 @@ std::string fileUri(const std::string& _sPath) {
 int attemptOpenReadOnly(const std::string& _sPath, sqlite3*& _rpOpened, int& _rnVersion) {
     int rc = sqlite3_open_v2(_sPath.c_str(), &_rpOpened, SQLITE_OPEN_READONLY, nullptr);
     if (rc == SQLITE_OK) {
-        sqlite3_busy_timeout(_rpOpened, kBusyTimeoutMs);
+        sqlite3_busy_timeout(_rpOpened, BUSY_TIMEOUT_MS);
         rc = readVersion(_rpOpened, _rnVersion);
     }
     if ((rc & 0xFF) == SQLITE_CANTOPEN || (rc & 0xFF) == SQLITE_READONLY) {
@@ -249,11 +249,11 @@ int attemptOpenReadOnly(const std::string& _sPath, sqlite3*& _rpOpened, int& _rn
 int attemptOpen(const std::string& _sPath, sqlite3*& _rpOpened, int& _rnVersion) {
     int rc = sqlite3_open_v2(_sPath.c_str(), &_rpOpened, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
     if (rc == SQLITE_OK) {
-        sqlite3_busy_timeout(_rpOpened, kBusyTimeoutMs);
+        sqlite3_busy_timeout(_rpOpened, BUSY_TIMEOUT_MS);
         // A newer program's store is left as it is, its journal mode too.
         rc = readVersion(_rpOpened, _rnVersion);
     }
-    if (rc == SQLITE_OK && _rnVersion > kSchemaVersion)
+    if (rc == SQLITE_OK && _rnVersion > SCHEMA_VERSION)
         return rc;
     // Write-ahead logging where the file system supports it; the rollback journal is as safe otherwise.
     if (rc == SQLITE_OK)
@@ -264,7 +264,7 @@ int attemptOpen(const std::string& _sPath, sqlite3*& _rpOpened, int& _rnVersion)
         Transaction t(_rpOpened, true);
         rc = t.rc();
         if (rc == SQLITE_OK)
-            rc = sqlite3_exec(_rpOpened, kSchema, nullptr, nullptr, nullptr);
+            rc = sqlite3_exec(_rpOpened, SCHEMA, nullptr, nullptr, nullptr);
         if (rc == SQLITE_OK)
             rc = t.commit();
     }
@@ -317,7 +317,7 @@ Result open(sqlite3*& _rpDb) {
     sqlite3* opened = nullptr;
     int rc = SQLITE_OK;
     int version = -1;
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(kBusyTimeoutMs);
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(BUSY_TIMEOUT_MS);
     for (;;) {
         opened = nullptr;
         version = -1;
@@ -334,8 +334,8 @@ Result open(sqlite3*& _rpDb) {
         sqlite3_close_v2(opened);
         return r;
     }
-    if (version > kSchemaVersion) {
-        r.sReason.Format(L"schema version %d is newer than this program's (%d)", version, kSchemaVersion);
+    if (version > SCHEMA_VERSION) {
+        r.sReason.Format(L"schema version %d is newer than this program's (%d)", version, SCHEMA_VERSION);
         sqlite3_close_v2(opened);
         return r;
     }

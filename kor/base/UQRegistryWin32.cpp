@@ -27,7 +27,7 @@ Result failure(Status status, LONG rc) {
 typedef UQRegistryKey Key;
 
 // How long a write waits for another process's update of the same value, as the native store waits.
-const DWORD kUpdateWaitMs = 30000;
+const DWORD UPDATE_WAIT_MS = 30000;
 
 // "Local\korguibase-registry-<hash>" of the hive, key and name, folded as the registry compares them:
 // object names cannot hold backslashes and are limited in length, so the value is named by a hash. Two
@@ -60,7 +60,7 @@ public:
             m_rc = static_cast<LONG>(GetLastError());
             return;
         }
-        const DWORD wait = WaitForSingleObject(m_h, kUpdateWaitMs);
+        const DWORD wait = WaitForSingleObject(m_h, UPDATE_WAIT_MS);
         // An owner that died without releasing it left the value as the registry has it: whole.
         if (wait == WAIT_OBJECT_0 || wait == WAIT_ABANDONED)
             return;

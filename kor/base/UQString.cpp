@@ -11,15 +11,15 @@ struct CatalogueEntry {
     const wchar_t* text;
 };
 
-const CatalogueEntry kCatalogue[] = {
+const CatalogueEntry CATALOGUE[] = {
 #include "catalogue_english.inc"
 };
 
 const CatalogueEntry* find(unsigned _uNumber) noexcept {
     // The source is kept in ascending order by its authors, but a linear fallback keeps it forgiving.
-    const auto it = std::find_if(std::begin(kCatalogue), std::end(kCatalogue),
+    const auto it = std::find_if(std::begin(CATALOGUE), std::end(CATALOGUE),
                                  [_uNumber](const CatalogueEntry& _e) { return _e.number == _uNumber; });
-    return it != std::end(kCatalogue) ? it : nullptr;
+    return it != std::end(CATALOGUE) ? it : nullptr;
 }
 
 } // namespace

@@ -19,7 +19,7 @@
 namespace {
 
 // ERROR_POSSIBLE_DEADLOCK: a thread asked to wait for itself.
-const std::uint32_t kErrorPossibleDeadlock = 1131;
+const std::uint32_t POSSIBLE_DEADLOCK_ERROR = 1131;
 
 // Microseconds of the steady clock: due times are kept finer than the waits, so no run comes early.
 std::int64_t steadyNowUs() noexcept {
@@ -229,7 +229,7 @@ UQErrnoNumber UQThreads::mf_implWaitEnd(unsigned long _ulTimeoutMs, const wchar_
             lock.unlock();
             UQKorReport::mf_log(UQLogData::LEVEL_E, _pszFunction, L"Thread '%s' cannot wait for itself",
                                 s.sName);
-            return UQErrnoNumber(kErrorPossibleDeadlock);
+            return UQErrnoNumber(POSSIBLE_DEADLOCK_ERROR);
         }
         const auto ended = [&s] { return s.phase == State::ENDED; };
         if (_ulTimeoutMs == INFINITE)

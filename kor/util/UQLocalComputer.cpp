@@ -1,5 +1,6 @@
 #include "kor/util/UQLocalComputer.h"
 
+#include "kor/KorReport.h"
 #include <cerrno>
 #include <memory>
 
@@ -18,10 +19,8 @@ namespace {
 const wchar_t* const FUNCTION_QUERY = L"UQLocalComputer::mf_queryDisplayUsers";
 
 [[noreturn]] void queryFailure(const UQErrno& _error, const wchar_t* _pszWhat) {
-    UQThreadContext::mf_setLoggingLanguage();
-    UQLog::mf_writeMessage(UQLogData::LEVEL_E, FUNCTION_QUERY, L"Failure %s:\r\n%s%s", _pszWhat, UQLog::TAB,
-                           _error.mf_toString());
-    throw _error;
+    UQKorReport::mf_fail(_error, FUNCTION_QUERY, L"Failure %s:\r\n%s%s", _pszWhat, UQLog::TAB,
+                         _error.mf_toString());
 }
 
 // Takes the new users over only when all of them were made, so that a failure leaves the array as it was.

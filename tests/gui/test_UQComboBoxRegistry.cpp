@@ -11,7 +11,7 @@ using namespace toolkittest;
 
 namespace {
 
-const std::string kTab = "    ";
+const std::string TAB = "    ";
 
 std::vector<std::string> itemsOf(HWND _hCombo) {
     std::vector<std::string> items;
@@ -114,7 +114,7 @@ TEST_F(UQComboBoxRegistry, ARegistryThatCannotTellWhetherThePathExistsLeavesTheC
     EXPECT_EQ(log.lines(),
               (refused.lines + std::vector<LogLine>{{'E', "UQComboBox::mf_initFromRegistry",
                                                      "Failure getting registry keys 'Authorities':\r\n" +
-                                                         kTab + refused.error}}));
+                                                         TAB + refused.error}}));
 }
 
 TEST_F(UQComboBoxRegistry, AnExistingPathWithoutAListGivesTheDefaultTextSelected) {
@@ -132,12 +132,12 @@ TEST_F(UQComboBoxRegistry, AnExistingPathWithoutAListGivesTheDefaultTextSelected
         1);
     EXPECT_EQ(itemsOf(hCombo), (std::vector<std::string>{"<local computer>"}));
     EXPECT_EQ(selectionOf(hCombo), 0);
-    EXPECT_EQ(log.lines(), (missing.lines +
-                            std::vector<LogLine>{
-                                {'E', "UQComboBox::mf_initFromRegistry",
-                                 "Failure getting registry keys 'Authorities':\r\n" + kTab + missing.error},
-                                {'G', "UQComboBox::mf_initFromRegistry",
-                                 "No list values found in '" + utf8(m_sPath) + "\\Authorities'"}}));
+    EXPECT_EQ(log.lines(),
+              (missing.lines + std::vector<LogLine>{
+                                   {'E', "UQComboBox::mf_initFromRegistry",
+                                    "Failure getting registry keys 'Authorities':\r\n" + TAB + missing.error},
+                                   {'G', "UQComboBox::mf_initFromRegistry",
+                                    "No list values found in '" + utf8(m_sPath) + "\\Authorities'"}}));
 }
 
 TEST_F(UQComboBoxRegistry, AnExistingPathWithoutAListOrDefaultLeavesTheControlUntouched) {
@@ -191,7 +191,7 @@ TEST_F(UQComboBoxRegistry, AMissingChoiceValueIsLoggedAndTheFirstEntrySelected) 
               (missing.lines +
                std::vector<LogLine>{
                    {'E', "UQComboBox::mf_initFromRegistry",
-                    "Failure getting registry selection key 'Authority':\r\n" + kTab + missing.error},
+                    "Failure getting registry selection key 'Authority':\r\n" + TAB + missing.error},
                    {'G', "UQComboBox::mf_initFromRegistry",
                     "Selecting 1st index instead of registry selection value ''"}}));
 }
@@ -283,10 +283,10 @@ TEST_F(UQComboBoxRegistry, FailedWritesAreLoggedWithTheListKeyAndSavingStillRetu
         log.lines(),
         (list.lines +
          std::vector<LogLine>{{'E', "UQComboBox::mf_saveToRegistry",
-                               "Failure setting registry keys 'Authorities':\r\n" + kTab + list.error}} +
+                               "Failure setting registry keys 'Authorities':\r\n" + TAB + list.error}} +
          choice.lines +
          std::vector<LogLine>{{'E', "UQComboBox::mf_saveToRegistry",
-                               "Failure setting registry keys 'Authorities':\r\n" + kTab + choice.error}}));
+                               "Failure setting registry keys 'Authorities':\r\n" + TAB + choice.error}}));
     UQRegistryInjection::mf_clearInjection();
     EXPECT_FALSE(UQRegistry::mf_exists(L"Authorities", m_sPath, HKEY_CURRENT_USER));
 }
@@ -298,8 +298,7 @@ TEST_F(UQComboBoxRegistry, TheRegistryItemFormsOfAMissingItemLogOnOneLineAndAnsw
     LogCheck log;
     EXPECT_EQ(UQComboBox::mf_initItemFromRegistry(dialog.hwnd(), IDC_MISSING, L"L", m_sPath, L"S", L"d"), 0);
     EXPECT_EQ(UQComboBox::mf_saveItemToRegistry(dialog.hwnd(), IDC_MISSING, L"L", m_sPath, L"S"), 0);
-    const LogLine lookup{'E', "UQWindow::mf_getItem",
-                         "Failure getting item with id=4242:\r\n" + kTab + error};
+    const LogLine lookup{'E', "UQWindow::mf_getItem", "Failure getting item with id=4242:\r\n" + TAB + error};
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{lookup,
                                                  {'E', "UQComboBox::mf_initItemFromRegistry",
                                                   "Failure getting item with id=4242: " + error},

@@ -11,18 +11,18 @@ using namespace filelisttest;
 
 namespace {
 
-const char* const kTimeText = "2024-03-07 14:05:09";
+const char* const TIME_TEXT = "2024-03-07 14:05:09";
 
 UQCMEntry entry(const wchar_t* path, std::uint32_t version) {
     return UQCMEntry(path, version, UQFileSize(2048), testTime());
 }
 
 std::string cmEntryText(const std::string& path, std::uint32_t version) {
-    return "'" + path + "' v" + std::to_string(version) + " 2048 bytes " + kTimeText;
+    return "'" + path + "' v" + std::to_string(version) + " 2048 bytes " + TIME_TEXT;
 }
 
 std::string itemRecordTail(const std::string& path, std::uint32_t version, const std::string& size = "2048",
-                           const std::string& time = kTimeText) {
+                           const std::string& time = TIME_TEXT) {
     return "Path='" + path + "', file-version=" + std::to_string(version) + ", file-size=" + size +
            ", last-write-time=" + time;
 }
@@ -88,10 +88,10 @@ TEST_F(FileListFaults, NullVersionAllocationInANewItemFreesTheItem) {
             {'E', "UQFileListItem::mf_implAddVersion",
              std::string(
                  "No memory for adding file item version\r\n    Version=3, size=2048, last write time=") +
-                 kTimeText},
+                 TIME_TEXT},
             {'E', "UQFileListItem::UQFileListItem::1",
              "Failure adding version to file list: " + memory +
-                 "\r\n    File-version=3, file-size=2048, last-write-time=" + kTimeText},
+                 "\r\n    File-version=3, file-size=2048, last-write-time=" + TIME_TEXT},
             {'E', "UQFileListBase::mf_implAddItem",
              "Failure creating file list item: " + memory + "\r\n    " +
                  itemRecordTail("C:\\data\\b.txt", 3)},
@@ -113,7 +113,7 @@ TEST_F(FileListFaults, NullVersionAllocationForAKnownPathLeavesTheItemAsItWas) {
             {'E', "UQFileListItem::mf_implAddVersion",
              std::string(
                  "No memory for adding file item version\r\n    Version=2, size=2048, last write time=") +
-                 kTimeText},
+                 TIME_TEXT},
             {'E', "UQFileListItem::mf_addVersion",
              "Failure adding file list entry version: %sVersion=%lu, size=%s, last write time=%s\r\n"},
             {'E', "UQFileListBase::mf_implAddItem",
@@ -139,7 +139,7 @@ TEST_F(FileListFaults, ThrownVersionAllocationForAKnownPathKeepsItsCategory) {
     ASSERT_EQ(lines.size(), 4u);
     EXPECT_EQ(lines[0], (LogLine{'E', "UQFileListItem::mf_implAddVersion",
                                  "Failure adding file item version: " + errorText(UQErrno::_E_::Memory) +
-                                     "\r\n    Version=2, size=2048, last write time=" + kTimeText}));
+                                     "\r\n    Version=2, size=2048, last write time=" + TIME_TEXT}));
     EXPECT_EQ(lines[1].function, "UQFileListItem::mf_addVersion");
     EXPECT_EQ(lines[2].function, "UQFileListBase::mf_implAddItem");
     EXPECT_EQ(lines[2].text.rfind("Failure adding version to file list entry: ", 0), 0u) << lines[2].text;

@@ -9,17 +9,17 @@
 
 namespace {
 
-const UQFileTime kTime = fileTime(2024, 3, 7, 14, 5, 9);
+const UQFileTime TIME = fileTime(2024, 3, 7, 14, 5, 9);
 
 UQFileListItem makeItem(const wchar_t* path, std::uint32_t version = 1, const wchar_t* result = L"Migrated") {
-    return UQFileListItem(path, version, UQFileSize(1024), kTime, result, UQSeverity::Info);
+    return UQFileListItem(path, version, UQFileSize(1024), TIME, result, UQSeverity::Info);
 }
 
 // An item whose versions array holds these numbers in this order.
 std::unique_ptr<UQFileListItem> itemWithVersions(std::initializer_list<std::uint32_t> versions) {
     auto item = std::make_unique<UQFileListItem>(L"C:\\data\\file.txt", 0, CString(), UQSeverity());
     for (std::uint32_t v : versions)
-        item->mf_addVersion(v, UQFileSize(10), kTime);
+        item->mf_addVersion(v, UQFileSize(10), TIME);
     return item;
 }
 
@@ -30,7 +30,7 @@ TEST(UQFileListItem, NewItemWithOneVersionSelectsIt) {
     EXPECT_EQ(item.mf_getVersionIndex(), 0);
     EXPECT_EQ(item.mf_getVersion(), 4u);
     EXPECT_EQ(item.mf_getSize().mf_getValue(), 1024);
-    EXPECT_EQ(item.mf_getLastWriteTime(), kTime);
+    EXPECT_EQ(item.mf_getLastWriteTime(), TIME);
     EXPECT_EQ(item.mf_isSelected(), 0);
 }
 
@@ -140,7 +140,7 @@ class UQFileListItemRanges : public ::testing::TestWithParam<RangesCase> {};
 TEST_P(UQFileListItemRanges, ShowsTheRangesOfAnArraySortedNewestFirst) {
     auto item = std::make_unique<UQFileListItem>(L"C:\\data\\file.txt", 0, CString(), UQSeverity());
     for (std::uint32_t v : GetParam().versions)
-        item->mf_addVersion(v, UQFileSize(1), kTime);
+        item->mf_addVersion(v, UQFileSize(1), TIME);
     EXPECT_EQ(utf8(item->mf_getRangesDisplayString()), GetParam().expected);
 }
 
@@ -162,15 +162,15 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(UQFileListItem, SelectedVersionDisplayStringShowsFilePartDateAndTime) {
     UQFileListItem item = makeItem(L"C:\\Projects\\Reports\\q1-summary.docx", 3);
-    const CString expected = CString(L"q1-summary.docx - ") + UQNumberFormatter::mf_formatDate(kTime) +
-                             L" - " + UQNumberFormatter::mf_formatTime(kTime);
+    const CString expected = CString(L"q1-summary.docx - ") + UQNumberFormatter::mf_formatDate(TIME) +
+                             L" - " + UQNumberFormatter::mf_formatTime(TIME);
     EXPECT_EQ(item.mf_getSelectedVersionDisplayString(), expected);
     EXPECT_EQ(item.mf_toString(), expected);
 }
 
 TEST(UQFileListItem, ResetClearsResultSeverityAndSelectionButKeepsVersions) {
-    UQFileListItem item(L"C:\\data\\a.txt", 2, UQFileSize(5), kTime, L"Access denied", UQSeverity::Error);
-    item.mf_addVersion(3, UQFileSize(6), kTime);
+    UQFileListItem item(L"C:\\data\\a.txt", 2, UQFileSize(5), TIME, L"Access denied", UQSeverity::Error);
+    item.mf_addVersion(3, UQFileSize(6), TIME);
     item.mf_setSelected(1);
     item.mf_reset();
     EXPECT_EQ(item.mf_getResult(), CString());
@@ -212,7 +212,7 @@ TEST(UQFileListItem, AddVersionFailureRecordKeepsTheSecondTextUnexpanded) {
     auto item = itemWithVersions({1});
     LogCheck log;
     UQAllocationInjection::mf_injectFailure(0);
-    EXPECT_EQ(thrownCategory([&] { item->mf_addVersion(2, UQFileSize(-5), kTime); }), "_E_::Memory");
+    EXPECT_EQ(thrownCategory([&] { item->mf_addVersion(2, UQFileSize(-5), TIME); }), "_E_::Memory");
     UQAllocationInjection::mf_clearInjection();
     EXPECT_EQ(
         log.lines(),
@@ -229,7 +229,7 @@ TEST(UQFileListItem, ThrownAllocationErrorIsLoggedAndPassedOn) {
     auto item = itemWithVersions({1});
     LogCheck log;
     UQAllocationInjection::mf_injectError(0, UQErrno::_E_::Internal);
-    EXPECT_EQ(thrownCategory([&] { item->mf_addVersion(2, UQFileSize(7), kTime); }), "_E_::Internal");
+    EXPECT_EQ(thrownCategory([&] { item->mf_addVersion(2, UQFileSize(7), TIME); }), "_E_::Internal");
     UQAllocationInjection::mf_clearInjection();
     const std::vector<LogLine> lines = log.lines();
     ASSERT_EQ(lines.size(), 2u);

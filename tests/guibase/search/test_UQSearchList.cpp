@@ -52,7 +52,7 @@ void addOneOfEachState(UQSearchList& list) {
     list.mf_add(record(L"\\\\srv\\6 deleted protected", 1, E | D | P));
 }
 
-const std::vector<std::string> kAllStates = {"\\\\srv\\1 available", "\\\\srv\\2 available protected",
+const std::vector<std::string> ALL_STATES = {"\\\\srv\\1 available", "\\\\srv\\2 available protected",
                                              "\\\\srv\\3 expiring",  "\\\\srv\\4 expiring protected",
                                              "\\\\srv\\5 deleted",   "\\\\srv\\6 deleted protected"};
 
@@ -228,7 +228,7 @@ TEST(UQSearchList, FileListWithoutFlagsHasEveryItem) {
     UQSearchList list;
     addOneOfEachState(list);
     list.mf_close();
-    EXPECT_EQ(fileList(list), kAllStates);
+    EXPECT_EQ(fileList(list), ALL_STATES);
 }
 
 TEST(UQSearchList, EachExclusionFlagLeavesOutItsOwnClass) {
@@ -238,7 +238,7 @@ TEST(UQSearchList, EachExclusionFlagLeavesOutItsOwnClass) {
     for (int flag = 0; flag < 6; ++flag) {
         int flags[6] = {0, 0, 0, 0, 0, 0};
         flags[flag] = 1;
-        std::vector<std::string> expected = kAllStates;
+        std::vector<std::string> expected = ALL_STATES;
         expected.erase(expected.begin() + flag);
         EXPECT_EQ(fileList(list, flags[0], flags[1], flags[2], flags[3], flags[4], flags[5]), expected)
             << "flag " << flag + 1;
