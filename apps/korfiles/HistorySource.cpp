@@ -10,7 +10,7 @@
 namespace {
 
 std::string sampleText() {
-    return std::string(reinterpret_cast<const char*>(SAMPLE_HISTORY), kSampleHistory_SIZE);
+    return std::string(reinterpret_cast<const char*>(SAMPLE_HISTORY), SAMPLE_HISTORY_SIZE);
 }
 
 // The sample's search on its own thread, as UQHistorySearch runs a file's: whatever it throws is kept

@@ -74,8 +74,9 @@ UQLinkedListItem* f_cloneSearchFileVersion(const UQLinkedListItem& _item) {
     std::unique_ptr<const UQQueryData> record(
         static_cast<const UQSearchFileVersion&>(_item).mf_getQueryData()->mf_clone());
     UQSearchFileVersion* pVersion = UQAllocation::mf_create<UQSearchFileVersion>(record.get());
+    // The version owns the record from here on.
     if (pVersion != nullptr)
-        record.release();
+        static_cast<void>(record.release());
     return pVersion;
 }
 

@@ -56,11 +56,8 @@ void UQArchiverMain::mf_getMgmtClasses(UQArray<UQQueryMgmtClassData*, UQQueryMgm
                                        const UQHost& _host, const CString& _sOptions) {
     static const wchar_t* const _sFunction_ = L"UQArchiverMain::mf_getMgmtClasses";
     const UQMgmtClassFile::Result result = readServer(_sFunction_);
-    for (const UQQueryMgmtClassData& data : result.classes) {
-        std::unique_ptr<UQQueryMgmtClassData> pCopy(new UQQueryMgmtClassData(data));
-        _rList.Add(pCopy.get());
-        pCopy.release();
-    }
+    for (const UQQueryMgmtClassData& data : result.classes)
+        UQAllocation::mf_appendOrDelete(_rList, new UQQueryMgmtClassData(data));
 }
 
 UQQueryMgmtClassData* UQArchiverMain::mf_getMgmtClass(const CString& _sName, const UQHost& _host,

@@ -26,10 +26,8 @@ const wchar_t* const FUNCTION_QUERY = L"UQLocalComputer::mf_queryDisplayUsers";
 // Takes the new users over only when all of them were made, so that a failure leaves the array as it was.
 void appendAll(std::vector<std::unique_ptr<UQUser>>& _users, UQArray<UQSid*, UQSid*>& _rUsers) {
     _rUsers.SetSize(_rUsers.GetSize(), static_cast<INT_PTR>(_users.size()) + 1);
-    for (std::unique_ptr<UQUser>& pUser : _users) {
-        _rUsers.Add(pUser.get());
-        pUser.release();
-    }
+    for (std::unique_ptr<UQUser>& pUser : _users)
+        UQAllocation::mf_appendOrDelete(_rUsers, static_cast<UQSid*>(pUser.release()));
 }
 
 #if defined(_WIN32)
