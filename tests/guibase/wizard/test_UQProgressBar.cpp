@@ -193,3 +193,38 @@ TEST(UQProgressBar, ACopyHasAllFourFields) {
     assigned = bar;
     EXPECT_EQ(assigned.mf_getProgress(), 40ul);
 }
+
+TEST(UQProgressBar, ACopyTakesStyleRunningStatePercentageAndControlAndSendsNothing) {
+    UQProgressControl control;
+    UQProgressBar bar;
+    bar.mf_setProgressBar(control.mf_getHandle());
+    bar.mf_setProgress(65);
+    bar.mf_setRunning(1);
+    control.mf_clearTrace();
+    LogCheck log;
+    const UQProgressBar copy(bar);
+    EXPECT_EQ(copy.mf_getStyle(), UQProgressBar::STYLE_PERCENT);
+    EXPECT_EQ(copy.mf_isRunning(), 1);
+    EXPECT_EQ(copy.mf_getProgress(), 65ul);
+    EXPECT_EQ(copy.mf_getProgressBar(), control.mf_getHandle());
+    EXPECT_EQ(control.mf_getTrace(), Trace{});
+    EXPECT_EQ(log.lines(), std::vector<LogLine>{});
+}
+
+TEST(UQProgressBar, AssigningReplacesEveryFieldAndSelfAssignmentKeepsThem) {
+    UQProgressControl control;
+    UQProgressBar source;
+    source.mf_setProgressBar(control.mf_getHandle());
+    source.mf_setProgress(20);
+    UQProgressBar target;
+    target.mf_setRunning(1);
+    target = source;
+    EXPECT_EQ(target.mf_getStyle(), UQProgressBar::STYLE_PERCENT);
+    EXPECT_EQ(target.mf_isRunning(), 0);
+    EXPECT_EQ(target.mf_getProgress(), 20ul);
+    EXPECT_EQ(target.mf_getProgressBar(), control.mf_getHandle());
+    UQProgressBar& alias = target;
+    target = alias;
+    EXPECT_EQ(target.mf_getProgress(), 20ul);
+    EXPECT_EQ(target.mf_getProgressBar(), control.mf_getHandle());
+}
