@@ -1,4 +1,4 @@
-#include "afx.h"
+#include "compat/afx.h"
 
 // The tables come from Unicode's data file at build time (cmake/make_case_fold.py).
 #include "compat/casefold_tables.inc"

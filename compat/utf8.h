@@ -2,7 +2,7 @@
 // holds one UTF-16 unit), so a character beyond the BMP is a surrogate pair everywhere.
 #pragma once
 
-#include "compat_api.h"
+#include "compat/compat_api.h"
 
 #include <cstddef>
 #include <string>

@@ -101,11 +101,10 @@ TEST_F(UQRegistryNamesTest, KeyNameOverTheRegistrysLimitIsRefusedOnEveryOperatio
     const CString tooLong = CString(L"SOFTWARE\\") + CString(L'k', 256) + L"\\Sub";
     const Thrown t = thrown([&] { UQRegistry::mf_setValue(L"V", L"x", 0, tooLong, HKEY_CURRENT_USER); });
     EXPECT_EQ("_E_::Parameter", t.category);
-    EXPECT_EQ(
-        "Key name 'kkkkkkkkkkkkkkkkkkkkkkkkkkkkkkkkkkkkkkkk...' (256 units) in "
-        "'HKCU\\SOFTWARE\\kkkkkkkkkkkkkkkkkkkkkkkkkk...' is longer than the registry's limit of 255 "
-        "units",
-        t.detail);
+    EXPECT_EQ("Key name 'kkkkkkkkkkkkkkkkkkkkkkkkkkkkkkkkkkkkkkkk...' (256 units) in "
+              "'HKCU\\SOFTWARE\\kkkkkkkkkkkkkkkkkkkkkkkkkk...' is longer than the registry's limit of 255 "
+              "units",
+              t.detail);
     EXPECT_EQ("_E_::Parameter",
               thrown([&] { UQRegistry::mf_PathExists(tooLong, HKEY_CURRENT_USER); }).category);
     EXPECT_EQ("kept", utf8(readString(L"V", longest)));
