@@ -224,10 +224,10 @@ TEST(UQListingFileList, SurrogatesOrderBeforeThePrivateUseAreaSoAPathIsFoundAgai
     const CString emoji = CString(L"C:\\") + static_cast<wchar_t>(0xD83D) + static_cast<wchar_t>(0xDE00);
     const CString privateUse = CString(L"C:\\") + static_cast<wchar_t>(0xE000);
     UQListingFileList list;
-    report(list, L"C:\\a", 1, L"Migrated", kGreen);
-    report(list, emoji, 1, L"Migrated", kGreen);
-    report(list, privateUse, 1, L"Migrated", kGreen);
-    report(list, privateUse, 2, L"Migrated", kGreen);
+    report(list, L"C:\\a", 1, L"Migrated", GREEN);
+    report(list, emoji, 1, L"Migrated", GREEN);
+    report(list, privateUse, 1, L"Migrated", GREEN);
+    report(list, privateUse, 2, L"Migrated", GREEN);
     list.mf_close();
     ListItems items(list);
     ASSERT_EQ(items.GetSize(), 3);
