@@ -184,6 +184,7 @@ std::vector<std::string> run(const std::string& _script) {
     return answers;
 }
 
+#if !defined(_WIN32)
 // "script:index native-answer\treason" lines: where the native store may answer otherwise, and why.
 std::map<std::string, std::string> deviations(const std::string& _scriptName) {
     std::map<std::string, std::string> out;
@@ -196,6 +197,7 @@ std::map<std::string, std::string> deviations(const std::string& _scriptName) {
     }
     return out;
 }
+#endif
 
 void compare(const std::string& _scriptName, const std::string& _script) {
     const std::string answersFile = environment("KOR_REGDIFF_DIR") + "/" + _scriptName + ".answers";
