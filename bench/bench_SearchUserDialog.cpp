@@ -1,8 +1,9 @@
 // The user search dialog against the bare list view (windows, under Wine): listing an authority of 50 000
 // users, from the press of the list button until the list is filled, against a loop of LVM_INSERTITEMW of
-// the same 50 000 names with item data into a list view of the same kind; and filtering those users by
-// "a?c*" against a loop over the same names with the same matcher. Prints the median of the repetitions
-// and each ratio against its goal; exits 1 when a goal is missed.
+// the same 50 000 names with item data into a list view of the same kind, with painting off and the item
+// count set first; and filtering those users by "a?c*" against a loop over the same names with the same
+// matcher. Prints the median of the repetitions and each ratio against its goal; exits 1 when a goal is
+// missed.
 #include "guibase/foundation/UQWildcard.h"
 #include "guibase/panels/UQSearchUserDialog.h"
 #include "korlang_ids.h"
@@ -87,6 +88,9 @@ void measure(HWND _hDlg) {
 
         SendMessageW(hBare, LVM_DELETEALLITEMS, 0, 0);
         t0 = now();
+        // The fastest plain way known: no painting while inserting, the item array allocated once.
+        SendMessageW(hBare, WM_SETREDRAW, FALSE, 0);
+        SendMessageW(hBare, LVM_SETITEMCOUNT, static_cast<WPARAM>(g_users.GetSize()), 0);
         for (INT_PTR n = 0; n < g_users.GetSize(); ++n) {
             LVITEMW item;
             ZeroMemory(&item, sizeof item);
@@ -96,6 +100,8 @@ void measure(HWND _hDlg) {
             item.lParam = reinterpret_cast<LPARAM>(g_users[n]);
             SendMessageW(hBare, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
         }
+        SendMessageW(hBare, WM_SETREDRAW, TRUE, 0);
+        RedrawWindow(hBare, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_FRAME);
         g_results.bare.push_back(now() - t0);
         g_results.nBare = static_cast<std::size_t>(SendMessageW(hBare, LVM_GETITEMCOUNT, 0, 0));
     }
