@@ -1,4 +1,5 @@
 include(GNUInstallDirs)
+include(${CMAKE_CURRENT_LIST_DIR}/KorVersion.cmake)
 
 # kor_library(NAME EXPORT_DEFINE sources...): a shared library with its export macro defined while it builds,
 # installed into the korguibase package as korguibase::NAME.
@@ -15,6 +16,7 @@ function(kor_library name define)
     set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
                                              INSTALL_RPATH "$ORIGIN")
   endif()
+  kor_version_resource(${name})
   install(TARGETS ${name} EXPORT korguibaseTargets
           RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
           LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
