@@ -194,23 +194,6 @@ TEST(UQProgressBar, ACopyHasAllFourFields) {
     EXPECT_EQ(assigned.mf_getProgress(), 40ul);
 }
 
-TEST(UQProgressBar, ACopyTakesStyleRunningStatePercentageAndControlAndSendsNothing) {
-    UQProgressControl control;
-    UQProgressBar bar;
-    bar.mf_setProgressBar(control.mf_getHandle());
-    bar.mf_setProgress(65);
-    bar.mf_setRunning(1);
-    control.mf_clearTrace();
-    LogCheck log;
-    const UQProgressBar copy(bar);
-    EXPECT_EQ(copy.mf_getStyle(), UQProgressBar::STYLE_PERCENT);
-    EXPECT_EQ(copy.mf_isRunning(), 1);
-    EXPECT_EQ(copy.mf_getProgress(), 65ul);
-    EXPECT_EQ(copy.mf_getProgressBar(), control.mf_getHandle());
-    EXPECT_EQ(control.mf_getTrace(), Trace{});
-    EXPECT_EQ(log.lines(), std::vector<LogLine>{});
-}
-
 TEST(UQProgressBar, AssigningReplacesEveryFieldAndSelfAssignmentKeepsThem) {
     UQProgressControl control;
     UQProgressBar source;
