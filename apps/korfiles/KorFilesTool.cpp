@@ -15,6 +15,7 @@
 #include <cstdio>
 #include <cstring>
 #include <new>
+#include <system_error>
 
 #if defined(_WIN32)
 #include <fcntl.h>
@@ -157,7 +158,9 @@ int runFileVersions(const std::string& text, const Options& options, const std::
 
     UQFileListItem::Array items;
     list.mf_getSorted(items, options.key, options.bAscending);
-    out.mf_write(FileListTable::mf_format(items, options.format));
+    FileListTable::mf_write(items, options.format, out);
+    if (out.mf_getError() != 0)
+        return KorFilesTool::mf_reportOutputFailure(out, err);
     err.mf_write(KorFilesTool::mf_countLine(items.GetSize(), versionCount(items), problems.mf_getCount(),
                                             "malformed line"));
     return problems.mf_getCount() > 0 ? KorFilesTool::EXIT_LINES_SKIPPED : KorFilesTool::EXIT_ALL_READ;
@@ -173,7 +176,9 @@ int runListing(const std::string& text, const Options& options, const CString& i
 
     UQFileListItem::Array items;
     listing.mf_getItems(items, options.filter, options.key, options.bAscending);
-    out.mf_write(FileListTable::mf_formatListing(items, options.format));
+    FileListTable::mf_writeListing(items, options.format, out);
+    if (out.mf_getError() != 0)
+        return KorFilesTool::mf_reportOutputFailure(out, err);
     err.mf_write(KorFilesTool::mf_countLine(items.GetSize(), versionCount(items),
                                             static_cast<long long>(skipped.size()), "malformed line"));
     return skipped.empty() ? KorFilesTool::EXIT_ALL_READ : KorFilesTool::EXIT_LINES_SKIPPED;
@@ -224,7 +229,11 @@ const wchar_t* const KorFilesTool::STANDARD_INPUT = L"-";
 int KorFilesTool::mf_run(const std::vector<CString>& args, const CString& defaultInput,
                          const CString& defaultListing, TextOutput& out, TextOutput& err) noexcept {
     try {
-        return run(args, defaultInput, defaultListing, out, err);
+        const int code = run(args, defaultInput, defaultListing, out, err);
+        // The help, the version and the settings are written whole; their failure shows only here.
+        if (out.mf_getError() != 0 && code != EXIT_OUTPUT_FAILED && code != EXIT_OUTPUT_CLOSED)
+            return mf_reportOutputFailure(out, err);
+        return code;
     } catch (const UQErrno& e) {
         err.mf_write("korfiles: " + e.mf_toString().ToUtf8() + "\n");
     } catch (const std::bad_alloc&) {
@@ -275,6 +284,19 @@ int KorFilesTool::mf_implReadStream(std::FILE* _pFile, std::string& _rText, std:
     }
     _rText.swap(content);
     return 1;
+}
+
+int KorFilesTool::mf_reportOutputFailure(const TextOutput& _out, TextOutput& _rErr) noexcept {
+    const int error = _out.mf_getError();
+    if (error == EPIPE)
+        return EXIT_OUTPUT_CLOSED;
+    try {
+        _rErr.mf_write("korfiles: cannot write to standard output: " +
+                       std::error_code(error, std::generic_category()).message() + "\n");
+    } catch (...) {
+        // Out of memory for the message: the exit code still tells.
+    }
+    return EXIT_OUTPUT_FAILED;
 }
 
 std::string KorFilesTool::mf_countLine(long long _nFiles, long long _nVersions, long long _nSkipped,
@@ -335,7 +357,8 @@ std::string KorFilesTool::mf_getHelp(const CString& defaultInput, const CString&
            "FILE - reads standard input.\n"
            "\n"
            "Exit status: 0 every line was read, 1 malformed lines were skipped, 2 bad usage,\n"
-           "3 FILE cannot be read, 4 internal error.\n"
+           "3 FILE cannot be read, 4 internal error, 5 standard output cannot be written (a full\n"
+           "disk), 6 standard output was closed by its reader (a pipe into head; nothing is said).\n"
            "\n"
            "Failures of the library are recorded in the product log (KOR_LOG_FILE names another file):\n"
            "  " +

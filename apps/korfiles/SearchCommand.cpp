@@ -284,7 +284,9 @@ int SearchCommand::mf_run(const std::vector<CString>& args, const HistorySource&
     }
     if (!options.bRetrievalOrder)
         sortItems(shown, options.key, options.bAscending);
-    out.mf_write(FileListTable::mf_formatSearch(shown, options.bLatestOnly ? 1 : 0, options.format));
+    FileListTable::mf_writeSearch(shown, options.bLatestOnly ? 1 : 0, options.format, out);
+    if (out.mf_getError() != 0)
+        return KorFilesTool::mf_reportOutputFailure(out, err);
     long long versions = 0;
     for (INT_PTR i = 0; i < shown.GetSize(); ++i)
         versions += shown[i]->mf_getVersionCount();
@@ -334,5 +336,6 @@ std::string SearchCommand::mf_getHelp() {
            "  --                  take the next argument as PATTERN even if it starts with '-'\n"
            "\n"
            "Exit status: 0 every record was read, 1 malformed records were skipped, 2 bad usage,\n"
-           "3 the store cannot be read, 4 internal error.\n";
+           "3 the store cannot be read, 4 internal error, 5 standard output cannot be written,\n"
+           "6 standard output was closed by its reader.\n";
 }
