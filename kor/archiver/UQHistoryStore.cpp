@@ -2,13 +2,13 @@
 
 #include "kor/archiver/HistoryText.h"
 #include "kor/archiver/TextFile.h"
+#include "kor/archiver/UQStoredPathIndex.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <memory>
 #include <string>
-#include <unordered_map>
 
 namespace {
 
@@ -256,13 +256,13 @@ private:
             return skip(L"bad access key", access);
         // The search list groups the versions of a file by object path, case-blind: a version listed twice
         // would show twice.
-        CString sFolded = CString::FromUtf8(objectPath);
-        sFolded.MakeUpper();
-        const auto known = m_firstLines.emplace(sFolded.ToUtf8() + '\t' + std::to_string(uVersion), m_uLine);
-        if (!known.second) {
+        CString sObjectPath = CString::FromUtf8(objectPath);
+        const std::uint32_t firstLine =
+            m_index.mf_note(sObjectPath, static_cast<std::uint32_t>(uVersion), m_uLine);
+        if (firstLine != 0) {
             CString what;
             what.Format(L"version %lu of this path is already listed on line %lu",
-                        static_cast<std::uint32_t>(uVersion), known.first->second);
+                        static_cast<std::uint32_t>(uVersion), firstLine);
             return skip(what);
         }
         ++m_result.uRecords;
@@ -271,7 +271,6 @@ private:
             return;
         if (m_query.toTime.mf_getValue() != 0 && uLastWrite > m_query.toTime.mf_getValue())
             return;
-        const CString sObjectPath = CString::FromUtf8(objectPath);
         const CString sFilePath = filePath == "=" ? sObjectPath : CString::FromUtf8(filePath);
         if (m_pattern && !m_pattern->mf_matches(sFilePath))
             return;
@@ -310,8 +309,8 @@ private:
     std::unique_ptr<UQPathPattern> m_pattern;
     std::uint32_t m_uLine;
     std::string m_carry;
-    // The line of each object path's version ("PATH\tversion", the path upper-cased) first listed.
-    std::unordered_map<std::string, std::uint32_t> m_firstLines;
+    // Each object path met, with the line of each of its versions.
+    UQStoredPathIndex m_index;
 };
 
 } // namespace

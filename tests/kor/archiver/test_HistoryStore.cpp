@@ -24,12 +24,15 @@ class Collector : public UVQueryDataSink {
 public:
     void mf_onQueryData(const UQQueryData& data) override {
         texts.push_back(utf8(data.mf_toString()));
+        objectPathTexts.push_back(data.mf_getObjectPath().mf_getPath().GetString());
         filePathShared.push_back(data.mf_getPath().mf_getPath().GetString() ==
                                  data.mf_getObjectPath().mf_getPath().GetString());
         threads.insert(std::this_thread::get_id());
     }
     std::vector<std::string> texts;
     std::vector<bool> filePathShared;
+    // Where each record's object path text lives: records that share one text have the same address.
+    std::vector<const wchar_t*> objectPathTexts;
     std::set<std::thread::id> threads;
 };
 
@@ -142,6 +145,37 @@ TEST(UQHistoryStore, RepeatedObjectPathAndVersionIsMalformedNamingTheFirstLine) 
                                     {'W', "UQHistoryStore::mf_searchText",
                                      "History record skipped: store.txt:4: version 3 of this path is already "
                                      "listed on line 1"}}));
+}
+
+// A path written with forward slashes names the same object as with backslashes, as the search list
+// compares them.
+TEST(UQHistoryStore, RepeatedVersionWithForwardSlashesIsMalformedToo) {
+    Collector sink;
+    LogCheck log;
+    std::string slashes = kGood;
+    slashes.replace(0, 17, "//srv/share/a.txt");
+    const auto result = search(kGood + slashes, sink);
+    EXPECT_EQ(details(result),
+              (std::vector<std::string>{"store.txt:2: version 3 of this path is already listed on line 1"}));
+    EXPECT_EQ(sink.texts.size(), 1u);
+    EXPECT_EQ(log.lines().size(), 1u);
+}
+
+// A store writes the path out again for every version; the records of one file hand over one text, so a
+// large history holds each path once. A path spelt otherwise keeps its own text.
+TEST(UQHistoryStore, VersionsOfOneFileShareOnePathTextWhereSpeltAlike) {
+    Collector sink;
+    std::string upper = kGood;
+    upper.replace(0, 17, "\\\\SRV\\SHARE\\A.TXT");
+    upper.replace(upper.find("\t3\t"), 3, "\t5\t");
+    const std::string other = "\\\\srv\\share\\b.txt\t=\t3\t2024-03-07 14:05:09\t1\t-\t-\t1:1\n";
+    const auto result = search(kGood + other + kGood4 + upper, sink);
+    EXPECT_TRUE(result.errors.empty());
+    ASSERT_EQ(sink.objectPathTexts.size(), 4u);
+    EXPECT_EQ(sink.objectPathTexts[0], sink.objectPathTexts[2]);
+    EXPECT_NE(sink.objectPathTexts[0], sink.objectPathTexts[1]);
+    EXPECT_NE(sink.objectPathTexts[0], sink.objectPathTexts[3]);
+    EXPECT_NE(sink.texts[3].find("Object='\\\\SRV\\SHARE\\A.TXT'"), std::string::npos) << sink.texts[3];
 }
 
 TEST(UQHistoryStore, NonAsciiPathsAreUtf8) {
