@@ -61,17 +61,18 @@ void FileListTable::mf_writeListing(const UQFileListItem::Array& _items, Format 
 
 void FileListTable::mf_writeSearch(const UQSearchFileItem::Array& _items, int _bSelectedOnly, Format _format,
                                    TextOutput& _rOut) {
-    writeItems(_items, {L"Path", _bSelectedOnly ? L"Version" : L"Versions", L"Status", L"Security", L"Streams"},
-               _format, _rOut, [_bSelectedOnly](const UQSearchFileItem& _item, std::vector<CString>& _rRow) {
-                   const UQSearchFileVersion* selected = _item.mf_getSelectedVersion();
-                   const UQSearchFileVersion* shown = selected != nullptr ? selected : _item.mf_getLatestVersion();
-                   _rRow[0] = _item.mf_getPathDisplayString();
-                   if (_bSelectedOnly && selected != nullptr)
-                       _rRow[1].Format(L"%lu", static_cast<unsigned long>(selected->mf_getVersion()));
-                   else
-                       _rRow[1] = _item.mf_getRangesDisplayString();
-                   _rRow[2] = shown->mf_getStatusString();
-                   _rRow[3] = _item.mf_getSecurityDisplayString();
-                   _rRow[4] = _item.mf_getADStreamsDisplayString();
-               });
+    writeItems(
+        _items, {L"Path", _bSelectedOnly ? L"Version" : L"Versions", L"Status", L"Security", L"Streams"},
+        _format, _rOut, [_bSelectedOnly](const UQSearchFileItem& _item, std::vector<CString>& _rRow) {
+            const UQSearchFileVersion* selected = _item.mf_getSelectedVersion();
+            const UQSearchFileVersion* shown = selected != nullptr ? selected : _item.mf_getLatestVersion();
+            _rRow[0] = _item.mf_getPathDisplayString();
+            if (_bSelectedOnly && selected != nullptr)
+                _rRow[1].Format(L"%lu", static_cast<unsigned long>(selected->mf_getVersion()));
+            else
+                _rRow[1] = _item.mf_getRangesDisplayString();
+            _rRow[2] = shown->mf_getStatusString();
+            _rRow[3] = _item.mf_getSecurityDisplayString();
+            _rRow[4] = _item.mf_getADStreamsDisplayString();
+        });
 }

@@ -88,7 +88,9 @@ public:
         std::signal(SIGPIPE, m_previous);
 #endif
     }
-    std::FILE* file() const { return m_pFile; }
+    std::FILE* file() const {
+        return m_pFile;
+    }
 
 private:
     std::FILE* m_pFile = nullptr;
@@ -118,7 +120,7 @@ TEST(TableWriter, ALongPathOverflowsItsColumnAndLeavesTheOtherLinesAsNarrowAsThe
 
     const std::string padToLimit(TableWriter::WIDTH_LIMIT - 4, ' ');
     const std::string padAShort(TableWriter::WIDTH_LIMIT - 8, ' ');
-    EXPECT_EQ("Path" + padToLimit + "  Versions  Result\n" +         // the column stops at the limit
+    EXPECT_EQ("Path" + padToLimit + "  Versions  Result\n" +           // the column stops at the limit
                   "C:\\a.txt" + padAShort + "  1 - 3     Migrated\n" + // short lines keep to it
                   longPath + "  2  Recalled\n",                        // the long one pushes its own line
               out.text);
