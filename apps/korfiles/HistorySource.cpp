@@ -15,7 +15,8 @@ std::string sampleText() {
 
 // The sample's search on its own thread, as UQHistorySearch runs a file's: whatever it throws is kept
 // and thrown again on the waiting thread, nothing leaves the worker.
-UQHistoryStore::Result searchSampleOnWorker(const UQHistoryQuery& query, UVQueryDataSink& sink) {
+UQHistoryStore::Result searchSampleOnWorker(const UQHistoryQuery& query, UVQueryDataSink& sink,
+                                            UVReadProgress* progress) {
     const std::string text = sampleText();
     const CString name(HistorySource::SAMPLE_NAME);
     UQHistoryStore::Result result;
@@ -23,7 +24,7 @@ UQHistoryStore::Result searchSampleOnWorker(const UQHistoryQuery& query, UVQuery
     auto run = [&]() noexcept {
         try {
             try {
-                result = UQHistoryStore::mf_searchText(text, name, query, sink);
+                result = UQHistoryStore::mf_searchText(text, name, query, sink, nullptr, progress);
             } catch (const UQErrno& e) {
                 error.emplace(e);
             } catch (const std::bad_alloc&) {
@@ -64,9 +65,10 @@ HistorySource HistorySource::mf_file(const CString& file) {
     return HistorySource(file, 0);
 }
 
-UQHistoryStore::Result HistorySource::mf_search(const UQHistoryQuery& query, UVQueryDataSink& sink) const {
+UQHistoryStore::Result HistorySource::mf_search(const UQHistoryQuery& query, UVQueryDataSink& sink,
+                                                UVReadProgress* progress) const {
     if (m_bSample)
-        return searchSampleOnWorker(query, sink);
-    UQHistorySearch search(UQHistoryStore(m_sName), query, sink);
+        return searchSampleOnWorker(query, sink, progress);
+    UQHistorySearch search(UQHistoryStore(m_sName), query, sink, progress);
     return search.mf_wait();
 }

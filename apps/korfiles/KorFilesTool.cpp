@@ -169,7 +169,9 @@ int runFileVersions(const std::string& text, const Options& options, const std::
 int runListing(const std::string& text, const Options& options, const CString& input, TextOutput& out,
                TextOutput& err) {
     MigrationListing listing;
-    const std::vector<UQErrno> skipped = listing.mf_read(text, input);
+    ProgressLine progress(err, text.size());
+    const std::vector<UQErrno> skipped = listing.mf_read(text, input, &progress);
+    progress.mf_finish();
     // The reader's own words, which already name the file and the line.
     for (const UQErrno& e : skipped)
         err.mf_write(e.mf_getDetail().ToUtf8() + "\n");

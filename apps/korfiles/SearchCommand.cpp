@@ -2,6 +2,7 @@
 
 #include "FileListTable.h"
 #include "KorFilesTool.h"
+#include "ProgressLine.h"
 #include "SearchListSink.h"
 
 #include "guibase/search/UQSearchList.h"
@@ -247,9 +248,12 @@ int SearchCommand::mf_run(const std::vector<CString>& args, const HistorySource&
     UQSearchList list;
     SearchListSink sink(list);
     UQHistoryStore::Result result;
+    ProgressLine progress(err, 0);
     try {
-        result = source.mf_search(query, sink);
+        result = source.mf_search(query, sink, &progress);
+        progress.mf_finish();
     } catch (const UQErrno& e) {
+        progress.mf_finish();
         if (!e.mf_getData().mf_is(UQErrno::_E_::File))
             throw;
         // The store's own words, which name the file.

@@ -16,15 +16,16 @@ void logError(const wchar_t* function, const wchar_t* format, const A&... args) 
 } // namespace
 
 struct UQHistorySearch::Impl {
-    Impl(const UQHistoryStore& store, const UQHistoryQuery& query, UVQueryDataSink& sink)
-        : store(store), query(query), sink(sink) {}
+    Impl(const UQHistoryStore& store, const UQHistoryQuery& query, UVQueryDataSink& sink,
+         UVReadProgress* progress)
+        : store(store), query(query), sink(sink), progress(progress) {}
 
     // The thread's whole life: whatever the search throws is kept for mf_wait, nothing leaves the thread.
     void run() noexcept {
         static const wchar_t* const _sFunction_ = L"UQHistorySearch::mf_implRun";
         try {
             try {
-                result = store.mf_search(query, sink, &cancel);
+                result = store.mf_search(query, sink, &cancel, progress);
             } catch (const UQErrno& e) {
                 // Logged where it arose.
                 error.emplace(e);
@@ -53,6 +54,7 @@ struct UQHistorySearch::Impl {
     UQHistoryStore store;
     UQHistoryQuery query;
     UVQueryDataSink& sink;
+    UVReadProgress* progress;
     UQCancelSwitch cancel;
     UQHistoryStore::Result result;
     std::optional<UQErrno> error;
@@ -60,8 +62,8 @@ struct UQHistorySearch::Impl {
 };
 
 UQHistorySearch::UQHistorySearch(const UQHistoryStore& store, const UQHistoryQuery& query,
-                                 UVQueryDataSink& sink)
-    : m_pImpl(new Impl(store, query, sink)) {
+                                 UVQueryDataSink& sink, UVReadProgress* progress)
+    : m_pImpl(new Impl(store, query, sink, progress)) {
     static const wchar_t* const _sFunction_ = L"UQHistorySearch::UQHistorySearch";
     try {
         m_pImpl->thread = std::thread(&Impl::run, m_pImpl);

@@ -10,10 +10,18 @@
 #include <memory>
 #include <string>
 
+#if defined(_WIN32)
+#include <io.h>
+#else
+#include <sys/stat.h>
+#endif
+
 namespace {
 
 const wchar_t* const kSearchFunction = L"UQHistoryStore::mf_searchText";
 constexpr std::size_t kFieldCount = 8;
+// How often a progress listener hears of the read.
+constexpr std::uint32_t PROGRESS_LINES = 4096;
 
 template <class... A>
 void logLine(const UQLogData& level, const wchar_t* function, const wchar_t* format,
@@ -146,8 +154,10 @@ bool parseAccessKey(const std::string& text, UQQueryData::AccessKey& key) {
 class LineReader {
 public:
     LineReader(const CString& name, const UQHistoryQuery& query, UVQueryDataSink& sink,
-               const UQCancelSwitch* cancel, UQHistoryStore::Result& result)
-        : m_name(name), m_query(query), m_sink(sink), m_cancel(cancel), m_result(result), m_uLine(0) {
+               const UQCancelSwitch* cancel, UQHistoryStore::Result& result, UVReadProgress* progress,
+               std::uint64_t totalBytes)
+        : m_name(name), m_query(query), m_sink(sink), m_cancel(cancel), m_result(result), m_uLine(0),
+          m_pProgress(progress), m_uTotalBytes(totalBytes), m_uFed(0) {
         if (!query.sPattern.IsEmpty())
             m_pattern.reset(new UQPathPattern(query.sPattern));
     }
@@ -159,7 +169,7 @@ public:
             const void* found = std::memchr(data + start, '\n', size - start);
             if (found == nullptr) {
                 m_carry.append(data + start, size - start);
-                return;
+                break;
             }
             const std::size_t end = static_cast<std::size_t>(static_cast<const char*>(found) - data);
             if (m_carry.empty()) {
@@ -171,7 +181,10 @@ public:
                 line(text);
             }
             start = end + 1;
+            if (m_pProgress != nullptr && m_uLine % PROGRESS_LINES == 0)
+                m_pProgress->mf_onReadProgress(m_uLine, m_uFed + start, m_uTotalBytes);
         }
+        m_uFed += size;
     }
 
     void finish() {
@@ -309,9 +322,24 @@ private:
     std::unique_ptr<UQPathPattern> m_pattern;
     std::uint32_t m_uLine;
     std::string m_carry;
+    UVReadProgress* m_pProgress;
+    std::uint64_t m_uTotalBytes;
+    // Bytes fed before the piece at hand.
+    std::uint64_t m_uFed;
     // Each object path met, with the line of each of its versions.
     UQStoredPathIndex m_index;
 };
+
+// The size of an open file, for the progress's percentage; 0 where it cannot be told (a pipe).
+std::uint64_t fileSize(FILE* file) noexcept {
+#if defined(_WIN32)
+    const __int64 size = _filelengthi64(_fileno(file));
+#else
+    struct stat info;
+    const long long size = fstat(fileno(file), &info) == 0 && S_ISREG(info.st_mode) ? info.st_size : -1;
+#endif
+    return size > 0 ? static_cast<std::uint64_t>(size) : 0u;
+}
 
 } // namespace
 
@@ -319,22 +347,23 @@ UQHistoryStore::UQHistoryStore(const CString& file) : m_sFile(file) {}
 
 UQHistoryStore::Result UQHistoryStore::mf_searchText(const std::string& text, const CString& name,
                                                      const UQHistoryQuery& query, UVQueryDataSink& sink,
-                                                     const UQCancelSwitch* cancel) {
+                                                     const UQCancelSwitch* cancel, UVReadProgress* progress) {
     Result result;
-    LineReader reader(name, query, sink, cancel, result);
+    LineReader reader(name, query, sink, cancel, result, progress, text.size());
     reader.feed(text.data(), text.size());
     reader.finish();
     return result;
 }
 
 UQHistoryStore::Result UQHistoryStore::mf_search(const UQHistoryQuery& query, UVQueryDataSink& sink,
-                                                 const UQCancelSwitch* cancel) const {
+                                                 const UQCancelSwitch* cancel,
+                                                 UVReadProgress* progress) const {
     static const wchar_t* const _sFunction_ = L"UQHistoryStore::mf_search";
     FILE* f = kortext::openForReading(m_sFile, _sFunction_, L"history store");
     // The file is closed on every way out, also when the sink or a cancellation ends the search.
     const std::unique_ptr<FILE, int (*)(FILE*)> file(f, std::fclose);
     Result result;
-    LineReader reader(m_sFile, query, sink, cancel, result);
+    LineReader reader(m_sFile, query, sink, cancel, result, progress, progress != nullptr ? fileSize(f) : 0);
     std::unique_ptr<char[]> buffer(new char[1u << 16]);
     std::size_t n;
     while ((n = std::fread(buffer.get(), 1, 1u << 16, f)) > 0)

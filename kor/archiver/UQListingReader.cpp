@@ -10,6 +10,9 @@
 
 namespace {
 
+// How often a progress listener hears of the read.
+const std::uint32_t PROGRESS_LINES = 4096;
+
 std::vector<std::string> splitTabs(const std::string& line) {
     std::vector<std::string> fields;
     std::size_t start = 0;
@@ -80,7 +83,8 @@ UQErrno lineError(const CString& name, std::uint32_t line, const wchar_t* what, 
 } // namespace
 
 UQListingReader::Result UQListingReader::mf_readText(const std::string& text, const CString& name,
-                                                     UVListingFileReader& listener) {
+                                                     UVListingFileReader& listener,
+                                                     UVReadProgress* progress) {
     static const wchar_t* const _sFunction_ = L"UQListingReader::mf_readText";
     Result result;
     std::size_t start = 0;
@@ -94,6 +98,8 @@ UQListingReader::Result UQListingReader::mf_readText(const std::string& text, co
         std::string line = text.substr(start, end == std::string::npos ? std::string::npos : end - start);
         start = end == std::string::npos ? text.size() : end + 1;
         ++lineNumber;
+        if (progress != nullptr && lineNumber % PROGRESS_LINES == 0)
+            progress->mf_onReadProgress(lineNumber, start, text.size());
         if (!line.empty() && line.back() == '\r')
             line.pop_back();
         kortext::skipByteOrderMark(line);
@@ -184,7 +190,8 @@ UQListingReader::Result UQListingReader::mf_readText(const std::string& text, co
     return result;
 }
 
-UQListingReader::Result UQListingReader::mf_read(const CString& file, UVListingFileReader& listener) {
+UQListingReader::Result UQListingReader::mf_read(const CString& file, UVListingFileReader& listener,
+                                                 UVReadProgress* progress) {
     static const wchar_t* const _sFunction_ = L"UQListingReader::mf_read";
     FILE* f = kortext::openForReading(file, _sFunction_, L"listing file");
     std::string text;
@@ -202,5 +209,5 @@ UQListingReader::Result UQListingReader::mf_read(const CString& file, UVListingF
         const CString detail = kortext::readErrorDetail(file, readError);
         throw UQErrno(UQErrnoData(UQErrno::_E_::File), detail);
     }
-    return mf_readText(text, file, listener);
+    return mf_readText(text, file, listener, progress);
 }
