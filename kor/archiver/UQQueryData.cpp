@@ -14,6 +14,14 @@ void logError(const wchar_t* function, const wchar_t* format, const A&... args) 
     UQLog::mf_writeMessage(UQLogData::LEVEL_E, function, format, args...);
 }
 
+// The versions of one file read from a store share one path text: those compare equal without a look at
+// the characters.
+int compareObjectPaths(const UQPath& _a, const UQPath& _b) noexcept {
+    const CString& a = _a;
+    const CString& b = _b;
+    return a.GetString() == b.GetString() ? 0 : UQPath::mf_compare(a, b);
+}
+
 // Top-down merge sort with a buffer of half the range. Stable, and it only moves plain values, so the
 // order is all that can change; the comparisons never throw.
 template <class T, class Less> void mergeSort(T* items, std::size_t count, T* buffer, const Less& less) {
@@ -192,7 +200,7 @@ void UQQueryData::mf_sortByPathAndVersion(int bPathAscending, int bVersionAscend
                                                           const UQQueryData* b) noexcept {
         if (a == nullptr || b == nullptr)
             return a != nullptr && b == nullptr;
-        const int c = UQPath::mf_compare(a->m_objectPath, b->m_objectPath);
+        const int c = compareObjectPaths(a->m_objectPath, b->m_objectPath);
         if (c != 0)
             return bPathAscending ? c < 0 : c > 0;
         return bVersionAscending ? a->m_uVersion < b->m_uVersion : a->m_uVersion > b->m_uVersion;
@@ -206,7 +214,7 @@ void UQQueryData::mf_sortByPathAndVersion(int bPathAscending, int bVersionAscend
     static const wchar_t* const _sFunction_ = L"UQQueryData::mf_sortByPathAndVersion::2";
     sortItems(items, count, _sFunction_,
               [bPathAscending, bVersionAscending](const KeyedItem& a, const KeyedItem& b) noexcept {
-                  const int c = UQPath::mf_compare(a.pData->m_objectPath, b.pData->m_objectPath);
+                  const int c = compareObjectPaths(a.pData->m_objectPath, b.pData->m_objectPath);
                   if (c != 0)
                       return bPathAscending ? c < 0 : c > 0;
                   return bVersionAscending ? a.pData->m_uVersion < b.pData->m_uVersion
@@ -223,7 +231,7 @@ void UQQueryData::mf_sortByAccessOrder(UVQueryItem** items, INT_PTR count) {
             return x.uVolume < y.uVolume;
         if (x.uPosition != y.uPosition)
             return x.uPosition < y.uPosition;
-        const int c = UQPath::mf_compare(a.pData->m_objectPath, b.pData->m_objectPath);
+        const int c = compareObjectPaths(a.pData->m_objectPath, b.pData->m_objectPath);
         if (c != 0)
             return c < 0;
         return a.pData->m_uVersion < b.pData->m_uVersion;

@@ -29,15 +29,20 @@ public:
 private:
     struct Path {
         CString sText;
+        // Of the folded text, kept: neighbours in a directory share long prefixes, and comparing them
+        // character by character is what a set without it spends its time on.
+        std::size_t uHash;
         // Version and line, in the order read; a file has a handful.
         mutable std::vector<std::pair<std::uint32_t, std::uint32_t>> versions;
     };
     struct FoldedHash {
-        std::size_t operator()(const Path& _path) const noexcept;
+        std::size_t operator()(const Path& _path) const noexcept { return _path.uHash; }
     };
     struct FoldedEqual {
         bool operator()(const Path& _a, const Path& _b) const noexcept;
     };
+
+    static std::size_t mf_implHash(const CString& _sPath) noexcept;
 
     std::unordered_set<Path, FoldedHash, FoldedEqual> m_paths;
 };
