@@ -3,7 +3,7 @@
 #   install-deps.sh native|windows
 set -e
 case "$1" in
-native) packages="cmake make g++ libgtest-dev libbenchmark-dev libsqlite3-dev python3" ;;
+native) packages="cmake make g++ libgtest-dev libbenchmark-dev libsqlite3-dev python3 clang-format clang-tidy" ;;
 windows) packages="cmake make g++-mingw-w64-x86-64-posix mingw-w64-x86-64-dev binutils-mingw-w64-x86-64 wine64 fonts-wine xvfb xauth libgtest-dev" ;;
 *) echo "usage: $0 native|windows" >&2; exit 2 ;;
 esac

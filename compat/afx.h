@@ -2,8 +2,8 @@
 // invalid-argument exception of MFC's collection classes.
 #pragma once
 
-#include "compat_api.h"
-#include "uqformat.h"
+#include "compat/compat_api.h"
+#include "compat/uqformat.h"
 
 #include <atomic>
 #include <cstddef>

@@ -1,7 +1,7 @@
 // UTF-8 <-> wide text, for files and consoles. wchar_t is UTF-16 on Windows and UTF-32 elsewhere.
 #pragma once
 
-#include "compat_api.h"
+#include "compat/compat_api.h"
 
 #include <cstddef>
 #include <string>

@@ -2,8 +2,8 @@
 // events, the listing reader, and the history search with its query data.
 #pragma once
 
-#include "korbase.h"
-#include "korutil.h"
+#include "interfaces/korbase.h"
+#include "interfaces/korutil.h"
 
 #include <cstddef>
 #include <string>
@@ -283,7 +283,7 @@ public:
 
 private:
     struct Impl;
-    Impl* m_pImpl;
+    std::unique_ptr<Impl> m_pImpl;
 };
 
 // Makes large, realistic histories: _uFiles files of 1 to 5 versions (3 on average), paths of 60 to 130

@@ -1,5 +1,7 @@
 #include "MigrationListing.h"
 
+#include "guibase/foundation/UQReport.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -29,6 +31,7 @@ public:
 
 std::vector<UQErrno> MigrationListing::mf_read(const std::string& _sText, const CString& _sName,
                                                UVReadProgress* _pProgress) {
+    static const wchar_t* const _sFunction_ = L"MigrationListing::mf_read";
     EntryCollector collector;
     UQListingReader::Result result = UQListingReader::mf_readText(_sText, _sName, collector, _pProgress);
     // Ordinal, as the list's halving search compares; stable, so the first line of a path comes first.
@@ -44,9 +47,7 @@ std::vector<UQErrno> MigrationListing::mf_read(const std::string& _sText, const 
             CString detail;
             detail.Format(L"%s:%lu: entry refused: %s", _sName, entry.uLine, e.mf_toString());
             result.errors.push_back(UQErrno(e.mf_getData(), detail));
-            UQThreadContext::mf_setLoggingLanguage();
-            UQLog::mf_writeMessage(UQLogData::LEVEL_W, L"MigrationListing::mf_read",
-                                   L"Listing line skipped: %s", detail);
+            UQReport::mf_log(UQLogData::LEVEL_W, _sFunction_, L"Listing line skipped: %s", detail);
         }
     }
     collector.m_entries = std::vector<EntryCollector::Entry>();

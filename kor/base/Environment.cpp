@@ -1,4 +1,4 @@
-#include "Environment.h"
+#include "kor/base/Environment.h"
 
 #include <cstdlib>
 
@@ -9,27 +9,27 @@
 
 namespace korenv {
 
-CString variable(const wchar_t* name) {
+CString variable(const wchar_t* _pszName) {
 #if defined(_WIN32)
     wchar_t buffer[1024];
-    const DWORD n = GetEnvironmentVariableW(name, buffer, 1024);
+    const DWORD n = GetEnvironmentVariableW(_pszName, buffer, 1024);
     if (n == 0)
         return CString();
     if (n < 1024)
         return CString(buffer, static_cast<int>(n));
     CString value;
-    const DWORD m = GetEnvironmentVariableW(name, value.GetBuffer(static_cast<int>(n)), n);
+    const DWORD m = GetEnvironmentVariableW(_pszName, value.GetBuffer(static_cast<int>(n)), n);
     value.ReleaseBuffer(m < n ? static_cast<int>(m) : 0);
     return value;
 #else
-    const char* value = std::getenv(CString(name).ToUtf8().c_str());
+    const char* value = std::getenv(CString(_pszName).ToUtf8().c_str());
     return value != nullptr ? CString::FromUtf8(value) : CString();
 #endif
 }
 
 #if !defined(_WIN32)
-CString userDirectory(const wchar_t* xdgVariable, const wchar_t* homeSubdirectory) {
-    CString base = variable(xdgVariable);
+CString userDirectory(const wchar_t* _pszXdgVariable, const wchar_t* _pszHomeSubdirectory) {
+    CString base = variable(_pszXdgVariable);
     if (base.IsEmpty() || base[0] != L'/') {
         base = variable(L"HOME");
         if (base.IsEmpty()) {
@@ -41,7 +41,7 @@ CString userDirectory(const wchar_t* xdgVariable, const wchar_t* homeSubdirector
             base = L"/tmp";
         base.TrimRight(L'/');
         base += L'/';
-        base += homeSubdirectory;
+        base += _pszHomeSubdirectory;
     }
     base.TrimRight(L'/');
     return base;

@@ -17,7 +17,7 @@ std::string toUtf8(const std::wstring& s) {
     return uqfmt::wideToUtf8(s.data(), s.size());
 }
 
-const std::wstring kReplacement(1, static_cast<wchar_t>(0xFFFD));
+const std::wstring REPLACEMENT(1, static_cast<wchar_t>(0xFFFD));
 
 } // namespace
 
@@ -40,24 +40,24 @@ TEST(Utf8Decode, EmbeddedZeroIsKept) {
 
 TEST(Utf8Decode, EveryInvalidByteBecomesOneReplacementCharacter) {
     // A continuation byte with no lead.
-    EXPECT_EQ(L"a" + kReplacement + L"b", toWide("a\x80"
-                                                 "b"));
+    EXPECT_EQ(L"a" + REPLACEMENT + L"b", toWide("a\x80"
+                                                "b"));
     // Bytes that never occur in UTF-8.
-    EXPECT_EQ(kReplacement + kReplacement, toWide("\xFE\xFF"));
+    EXPECT_EQ(REPLACEMENT + REPLACEMENT, toWide("\xFE\xFF"));
     // An overlong encoding of '/': the lead and then the continuation byte.
-    EXPECT_EQ(kReplacement + kReplacement, toWide("\xC0\xAF"));
+    EXPECT_EQ(REPLACEMENT + REPLACEMENT, toWide("\xC0\xAF"));
     // An encoded surrogate.
-    EXPECT_EQ(kReplacement + kReplacement + kReplacement, toWide("\xED\xA0\x80"));
+    EXPECT_EQ(REPLACEMENT + REPLACEMENT + REPLACEMENT, toWide("\xED\xA0\x80"));
     // Beyond U+10FFFF.
     EXPECT_EQ(std::wstring(4, static_cast<wchar_t>(0xFFFD)), toWide("\xF4\x90\x80\x80"));
     // A lead byte whose sequence is cut by the next character.
-    EXPECT_EQ(kReplacement + L"A", toWide("\xE2"
-                                          "A"));
+    EXPECT_EQ(REPLACEMENT + L"A", toWide("\xE2"
+                                         "A"));
 }
 
 TEST(Utf8Decode, ASequenceCutByTheEndOfTheText) {
-    EXPECT_EQ(L"x" + kReplacement + kReplacement, toWide("x\xE2\x82"));
-    EXPECT_EQ(L"x" + kReplacement, toWide("x\xC3"));
+    EXPECT_EQ(L"x" + REPLACEMENT + REPLACEMENT, toWide("x\xE2\x82"));
+    EXPECT_EQ(L"x" + REPLACEMENT, toWide("x\xC3"));
 }
 
 TEST(Utf8Decode, CountedTextStopsAtTheCount) {

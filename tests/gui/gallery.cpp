@@ -18,6 +18,7 @@
 #include "PanelsTestSupport.h"
 #include "guibase/panels/UQMgmtClassPanel.h"
 #include "guibase/panels/UQSearchUserDialog.h"
+#include "guibase/wizard/UQProgressBar.h"
 #include "guibase/wizard/UQProgressBarDialog.h"
 #include "guibase/wizard/UQProgressDialog.h"
 #include "interfaces/korutil.h"
@@ -306,6 +307,33 @@ TEST_F(Gallery, ProgressBarDialog) {
     UQProgressBarDialog dialog(L"Retrieving files", worker);
     m_driver.then(afterStatus(picture(L"progress-bar-dialog", click(IDC_PROGRESS_CANCEL))));
     EXPECT_EQ(dialog.mf_execute(UQLanguage::mf_getUserLanguageHandle(), nullptr, IDD_PROGRESS_BAR), 0);
+}
+
+TEST_F(Gallery, ProgressBarDialogMarquee) {
+    GalleryWorker worker([] {
+        UQProgressEvent(UQProgressEvent::ACTION_PROGRESS, L"Querying the storage server for C:\\Finance")
+            .mf_publish();
+    });
+    UQProgressBarDialog dialog(L"Searching the history", worker);
+    // No percentage known: the bar becomes a running marquee, as a client shows while a count is unknown.
+    UQProgressBar marquee;
+    m_driver.then(afterStatus([&marquee](HWND _hDlg) {
+        marquee.mf_setProgressBar(GetDlgItem(_hDlg, IDC_PROGRESS_BAR));
+        marquee.mf_setRunning(1);
+        // Let the block travel into the bar (the control moves it on its own timer) before the picture.
+        const ULONGLONG uUntil = GetTickCount64() + 700;
+        MSG msg;
+        while (GetTickCount64() < uUntil) {
+            while (PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE)) {
+                TranslateMessage(&msg);
+                DispatchMessageW(&msg);
+            }
+            Sleep(10);
+        }
+        picture(L"progress-bar-dialog-marquee", click(IDC_PROGRESS_CANCEL))(_hDlg);
+    }));
+    EXPECT_EQ(dialog.mf_execute(UQLanguage::mf_getUserLanguageHandle(), nullptr, IDD_PROGRESS_BAR), 0);
+    EXPECT_EQ(marquee.mf_getStyle(), UQProgressBar::STYLE_MARQUEE);
 }
 
 namespace {
