@@ -179,7 +179,7 @@ std::string formatTime(std::uint64_t _uDay, std::uint64_t _uSecond) {
     const std::int64_t day = doy - (153 * mp + 2) / 5 + 1;
     const std::int64_t month = mp < 10 ? mp + 3 : mp - 9;
     const std::int64_t year = yoe + era * 400 + (month <= 2 ? 1 : 0);
-    char text[32];
+    char text[48];
     std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d", static_cast<int>(year),
                   static_cast<int>(month), static_cast<int>(day), static_cast<int>(_uSecond / 3600),
                   static_cast<int>(_uSecond / 60 % 60), static_cast<int>(_uSecond % 60));
