@@ -125,7 +125,10 @@ CString::Data* CString::allocate(int _nLength) {
 }
 
 void CString::release(Data* _p) noexcept {
-    if (_p->nRefs.load(std::memory_order_relaxed) < 0)
+    // The shared empty string also has a negative count; its address is tested first so that an
+    // optimising compiler sees it is never freed.
+    if (static_cast<void*>(_p) == static_cast<void*>(&g_empty) ||
+        _p->nRefs.load(std::memory_order_relaxed) < 0)
         return;
     if (_p->nRefs.fetch_sub(1, std::memory_order_acq_rel) == 1) {
         _p->~Data();
