@@ -4,7 +4,7 @@ RELEASE := build/native-release
 # What `make run` runs: the history search over the sample built into the program.
 ARGS ?= search
 
-.PHONY: run test bench deps-native deps-windows clean
+.PHONY: run test bench fuzz deps-native deps-windows deps-fuzz clean
 
 run: deps-native
 	@mkdir -p build
@@ -12,17 +12,24 @@ run: deps-native
 	@cmake --build $(RELEASE) -j$(JOBS) --target korfiles >$(RELEASE).build.log 2>&1 || (grep -E 'error|Error' $(RELEASE).build.log; false)
 	@$(RELEASE)/bin/korfiles $(ARGS)
 
-test: deps-native deps-windows
+test: deps-native deps-windows deps-fuzz
 	@./cmake/run-tests.sh
 
 bench: deps-native
 	@./bench/run.sh
+
+# The fuzz harnesses for FUZZ_SECONDS (default 300) each; `make test` runs them briefly (docs/fuzzing.md).
+fuzz: deps-native deps-fuzz
+	@./fuzz/run.sh long
 
 deps-native:
 	@./cmake/install-deps.sh native
 
 deps-windows:
 	@./cmake/install-deps.sh windows
+
+deps-fuzz:
+	@./cmake/install-deps.sh fuzz
 
 clean:
 	rm -rf build

@@ -3,8 +3,9 @@
 # windows (mingw-w64, every test under Wine), then the tests of the threaded code once more in a native
 # ThreadSanitizer build. The project's own code compiles with -Werror (KOR_WERROR). After the native
 # build the style checks run: clang-format over the tree's own .cpp and .h files, and clang-tidy (the
-# checks of .clang-tidy) over the native build's own sources. Prints each build's CTest summary, the
-# style checks' result and the test case totals; any failure makes the run fail.
+# checks of .clang-tidy) over the native build's own sources; then the libFuzzer harnesses run for a fixed
+# number of executions each (fuzz/run.sh short). Prints each build's CTest summary, the style checks'
+# result, the fuzzers' rates and the test case totals; any failure makes the run fail.
 set -u
 jobs=${JOBS:-$(nproc)}
 root=$(cd "$(dirname "$0")/.." && pwd)
@@ -119,9 +120,15 @@ run_tsan() { # build-dir
     total_failed=$((total_failed + f))
 }
 
+run_fuzz() {
+    echo "=== fuzz: libFuzzer harnesses, a fixed number of executions each"
+    "$root/fuzz/run.sh" short || status=1
+}
+
 mkdir -p "$root/build"
 run_target native "$root/build/native" -DCMAKE_BUILD_TYPE=Debug -DKOR_SANITIZE=address,undefined
 run_style "$root/build/native"
+run_fuzz
 run_target windows "$root/build/windows" -DCMAKE_BUILD_TYPE=Debug \
     -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchain-mingw64.cmake"
 run_tsan "$root/build/native-tsan"
