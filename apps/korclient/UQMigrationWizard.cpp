@@ -1,0 +1,200 @@
+#include "UQMigrationWizard.h"
+
+#include "UQMigration.h"
+#include "UQResultList.h"
+
+#include "guibase/foundation/UQReport.h"
+#include "guibase/panels/UQSearchUserDialog.h"
+#include "guibase/settings/UQGuiBackupOptions.h"
+#include "guibase/settings/UQGuiBrowseDialog.h"
+#include "guibase/settings/UQGuiRegistry.h"
+#include "guibase/toolkit/UQCheckBox.h"
+#include "guibase/toolkit/UQWindow.h"
+#include "korlang_ids.h"
+
+namespace {
+
+// A panel whose buttons and work the wizard handles.
+class ClientPanel : public UQWizardPanel {
+public:
+    ClientPanel(UQMigrationWizard& _wizard, int _nIndex, unsigned _uTitle, unsigned _uTemplate, int _bExecute)
+        : UQWizardPanel(_wizard, _nIndex, _uTitle, _uTemplate, _bExecute), m_rWizard(_wizard) {}
+    int mf_onCommand(unsigned short _usCode, unsigned short _usId) override {
+        return m_rWizard.mf_onPanelCommand(*this, _usCode, _usId);
+    }
+    void mf_execute() override { m_rWizard.mf_run(*this); }
+    void mf_report(const UQErrnoData& _result) {
+        mf_setExecutionResult(_result);
+        m_rWizard.mf_onPanelExecutionResult(_result);
+    }
+
+private:
+    UQMigrationWizard& m_rWizard;
+};
+
+std::wstring itemText(HWND _hPanel, int _nId) {
+    HWND hItem = GetDlgItem(_hPanel, _nId);
+    const int nLength = hItem != nullptr ? GetWindowTextLengthW(hItem) : 0;
+    std::wstring sText(static_cast<std::size_t>(nLength) + 1, L'\0');
+    if (nLength > 0)
+        GetWindowTextW(hItem, &sText[0], nLength + 1);
+    sText.resize(static_cast<std::size_t>(nLength));
+    return sText;
+}
+
+} // namespace
+
+UQMigrationWizard::UQMigrationWizard(UQServerDirectory& _rServer, const std::wstring& _sFolder)
+    : m_rServer(_rServer), m_sFolder(_sFolder), m_bBackup(0) {
+    m_sMgmtClass = UQGuiRegistry::mf_getDefaultMgmtClass();
+    m_bBackup = UQGuiRegistry::mf_isDefaultBackupBeforeMigrate();
+    m_sOptionFile = UQGuiRegistry::mf_getDefaultBackupOptionFilePath().GetString();
+    mf_addPanel(new ClientPanel(*this, PANEL_FOLDER, 9701, IDD_CLIENT_PANEL_FOLDER, 0));
+    mf_addPanel(new ClientPanel(*this, PANEL_CLASS, 9702, IDD_CLIENT_PANEL_CLASS, 0));
+    mf_addPanel(new ClientPanel(*this, PANEL_BACKUP, 9703, IDD_CLIENT_PANEL_BACKUP, 0));
+    mf_addPanel(new ClientPanel(*this, PANEL_RUN, 9704, IDD_CLIENT_PANEL_RUN, 1));
+}
+
+UQMigrationWizard::~UQMigrationWizard() = default;
+
+void UQMigrationWizard::mf_implInitPanel(UQWizardPanel& _panel) {
+    HWND hPanel = _panel.mf_getHandle();
+    switch (_panel.mf_getIndex()) {
+    case PANEL_FOLDER:
+        SetDlgItemTextW(hPanel, IDC_CLIENT_FOLDER_EDIT, m_sFolder.c_str());
+        SetDlgItemTextW(hPanel, IDC_CLIENT_OWNER_EDIT, m_sOwner.c_str());
+        break;
+    case PANEL_CLASS:
+        m_pClassPanel.reset(new UQMgmtClassPanel());
+        m_pClassPanel->mf_onInitDialog(hPanel, m_sMgmtClass);
+        break;
+    case PANEL_BACKUP:
+        UQCheckBox::mf_setItemChecked(hPanel, IDC_CLIENT_BACKUP_CHECK, m_bBackup);
+        SetDlgItemTextW(hPanel, IDC_CLIENT_OPTION_FILE_EDIT, m_sOptionFile.c_str());
+        break;
+    case PANEL_RUN:
+        UQResultList::mf_prepare(GetDlgItem(hPanel, IDC_CLIENT_RUN_LIST));
+        break;
+    default:
+        break;
+    }
+}
+
+void UQMigrationWizard::mf_implReadPanel(UQWizardPanel& _panel, int _bForward) {
+    static const wchar_t* const _sFunction_ = L"UQMigrationWizard::mf_implReadPanel";
+    HWND hPanel = _panel.mf_getHandle();
+    switch (_panel.mf_getIndex()) {
+    case PANEL_FOLDER: {
+        m_sFolder = itemText(hPanel, IDC_CLIENT_FOLDER_EDIT);
+        m_sOwner = itemText(hPanel, IDC_CLIENT_OWNER_EDIT);
+        if (!_bForward)
+            break;
+        const std::wstring sAbsolute = UQSafeFile::mf_absolute(m_sFolder);
+        const DWORD dwAttributes = sAbsolute.empty()
+                                       ? INVALID_FILE_ATTRIBUTES
+                                       : GetFileAttributesW(UQSafeFile::mf_long(sAbsolute).c_str());
+        if (dwAttributes == INVALID_FILE_ATTRIBUTES || !(dwAttributes & FILE_ATTRIBUTE_DIRECTORY))
+            throw UQErrno(UQErrnoData(UQErrno::_E_::File),
+                          CString((L"'" + m_sFolder + L"' is no folder that can be migrated").c_str()));
+        m_sFolder = sAbsolute;
+        break;
+    }
+    case PANEL_CLASS:
+        if (m_pClassPanel)
+            m_sMgmtClass = m_pClassPanel->mf_getMgmtClassName(hPanel);
+        break;
+    case PANEL_BACKUP: {
+        int bChecked = 0;
+        UQCheckBox::mf_isItemChecked(hPanel, IDC_CLIENT_BACKUP_CHECK, bChecked);
+        m_bBackup = bChecked;
+        m_sOptionFile = itemText(hPanel, IDC_CLIENT_OPTION_FILE_EDIT);
+        if (_bForward && m_bBackup && !m_sOptionFile.empty()) {
+            UQErrnoData error;
+            if (!UQGuiBackupOptions::mf_validateOptionsFile(CString(m_sOptionFile.c_str()), error)) {
+                UQReport::mf_log(UQLogData::LEVEL_W, _sFunction_, L"Option file '%s' refused",
+                                 m_sOptionFile.c_str());
+                throw UQErrno(error);
+            }
+        }
+        break;
+    }
+    default:
+        break;
+    }
+}
+
+int UQMigrationWizard::mf_onPanelCommand(UQWizardPanel& _panel, unsigned short _usCode,
+                                         unsigned short _usId) {
+    HWND hPanel = _panel.mf_getHandle();
+    switch (_usId) {
+    case IDC_CLIENT_FOLDER_BROWSE: {
+        CString sPath(itemText(hPanel, IDC_CLIENT_FOLDER_EDIT).c_str());
+        if (UQGuiBrowseDialog::mf_browseFolders(hPanel, L"Migrate files", L"Choose the folder to migrate:",
+                                                CString(), sPath))
+            SetDlgItemTextW(hPanel, IDC_CLIENT_FOLDER_EDIT, sPath.GetString());
+        return 1;
+    }
+    case IDC_CLIENT_OWNER_CHOOSE: {
+        UQSearchUserDialog dialog;
+        if (dialog.mf_show(hPanel) && dialog.mf_getResultUser() != nullptr)
+            SetDlgItemTextW(hPanel, IDC_CLIENT_OWNER_EDIT,
+                            dialog.mf_getResultUser()->mf_getDisplayName().GetString());
+        return 1;
+    }
+    case IDC_CLIENT_OPTION_FILE_BROWSE: {
+        CString sPath;
+        if (UQGuiBrowseDialog::mf_browseOptionFiles(hPanel, sPath))
+            SetDlgItemTextW(hPanel, IDC_CLIENT_OPTION_FILE_EDIT, sPath.GetString());
+        return 1;
+    }
+    case IDC_CLIENT_RUN_SAVE: {
+        CString sPath;
+        if (UQGuiBrowseDialog::mf_browseListingExcerptFiles(hPanel, L"migration", sPath))
+            UQResultList::mf_saveListing(mf_getOutcomes(), sPath.GetString());
+        return 1;
+    }
+    case IDC_CLIENT_CLASS_COMBO:
+        if (_usCode == CBN_SELCHANGE && m_pClassPanel)
+            m_pClassPanel->mf_onUpdateDialog(hPanel);
+        return 1;
+    default:
+        return 0;
+    }
+}
+
+void UQMigrationWizard::mf_run(UQWizardPanel& _panel) {
+    ClientPanel& panel = static_cast<ClientPanel&>(_panel);
+    HWND hPanel = _panel.mf_getHandle();
+    std::vector<UQFileOutcome> outcomes;
+    std::wstring sReason;
+    SetDlgItemTextW(hPanel, IDC_CLIENT_RUN_TEXT, L"Migrating...");
+    UQMigration migration(m_rServer, m_sFolder);
+    const int bRan = migration.mf_run(
+        nullptr,
+        [&](int _nDone, int _nTotal, const std::wstring&) {
+            const std::wstring sText =
+                L"Migrating: " + std::to_wstring(_nDone) + L" of " + std::to_wstring(_nTotal);
+            SetDlgItemTextW(hPanel, IDC_CLIENT_RUN_TEXT, sText.c_str());
+        },
+        outcomes, sReason);
+    UQResultList::mf_fill(GetDlgItem(hPanel, IDC_CLIENT_RUN_LIST), outcomes);
+    SetDlgItemTextW(hPanel, IDC_CLIENT_RUN_TEXT,
+                    bRan ? UQResultList::mf_summary(outcomes).c_str() : sReason.c_str());
+    EnableWindow(GetDlgItem(hPanel, IDC_CLIENT_RUN_SAVE), TRUE);
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        m_outcomes = outcomes;
+        m_sFailure = bRan ? std::wstring() : sReason;
+    }
+    if (bRan) {
+        UQGuiRegistry::mf_setDefaultMgmtClass(m_sMgmtClass);
+        UQGuiRegistry::mf_setDefaultBackupBeforeMigrate(m_bBackup);
+    }
+    // A green result lets the wizard finish; the runs' own failures are in the list.
+    panel.mf_report(bRan ? UQErrnoData(UQErrno::_I_::StubFile) : UQErrnoData(UQErrno::_E_::File));
+}
+
+std::vector<UQFileOutcome> UQMigrationWizard::mf_getOutcomes() {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_outcomes;
+}
