@@ -4,10 +4,11 @@
 #include "Screenshot.h"
 #include "UQClientSample.h"
 #include "UQClientWindow.h"
+#include "UQMigrationWizard.h"
 #include "UQRetrieval.h"
 
 #include "compat/utf8.h"
-#include "guibase/toolkit/UQWindow.h"
+#include "interfaces/korbase.h"
 #include "korlang_ids.h"
 
 #include <commctrl.h>
@@ -19,6 +20,51 @@
 namespace {
 
 const DWORD TIME_LIMIT_MS = 240000;
+// The wizard frame's Next button.
+const int ITEM_NEXT = 440;
+
+std::wstring className(HWND _hWnd) {
+    wchar_t szClass[64] = {};
+    GetClassNameW(_hWnd, szClass, 64);
+    return szClass;
+}
+
+std::wstring windowText(HWND _hWnd) {
+    wchar_t szText[128] = {};
+    GetWindowTextW(_hWnd, szText, 128);
+    return szText;
+}
+
+// The visible windows of the program, for the tour's trace: caption, whether it takes input, the visible
+// panel dialogs inside it and the state of a wizard's Next button.
+std::wstring describeWindows() {
+    std::wstring sText;
+    EnumWindows(
+        [](HWND _hWnd, LPARAM _lParam) -> BOOL {
+            std::wstring& rText = *reinterpret_cast<std::wstring*>(_lParam);
+            DWORD dwProcess = 0;
+            const DWORD dwThread = GetWindowThreadProcessId(_hWnd, &dwProcess);
+            if (dwProcess != GetCurrentProcessId() || !IsWindowVisible(_hWnd))
+                return TRUE;
+            rText += L"[" + className(_hWnd) + L" '" + windowText(_hWnd) + L"'";
+            if (dwThread != GetCurrentThreadId())
+                rText += L" thread " + std::to_wstring(dwThread);
+            if (!IsWindowEnabled(_hWnd))
+                rText += L" disabled";
+            int nPanels = 0;
+            for (HWND hChild = GetWindow(_hWnd, GW_CHILD); hChild != nullptr;
+                 hChild = GetWindow(hChild, GW_HWNDNEXT))
+                nPanels += IsWindowVisible(hChild) && className(hChild) == L"#32770" ? 1 : 0;
+            if (nPanels > 0)
+                rText += L" panels " + std::to_wstring(nPanels);
+            if (HWND hNext = GetDlgItem(_hWnd, ITEM_NEXT))
+                rText += L" next '" + windowText(hNext) + (IsWindowEnabled(hNext) ? L"' on" : L"' off");
+            rText += L"] ";
+            return TRUE;
+        },
+        reinterpret_cast<LPARAM>(&sText));
+    return sText.empty() ? L"nothing" : sText;
+}
 
 HWND findDialog(const std::wstring& _sCaption) {
     struct Search {
@@ -101,26 +147,52 @@ private:
         s_pScript->m_bBusy = false;
     }
     void mf_onTick() {
+        if (m_bEnding) {
+            mf_endDialogs();
+            return;
+        }
         if (m_steps.empty())
             return;
+        const std::wstring sState = describeWindows();
+        if (sState != m_sLastState) {
+            m_sLastState = sState;
+            m_trace.push_back(std::to_wstring(GetTickCount64() - m_uStart) + L" ms, step '" +
+                              m_steps.front().first + L"': " + sState);
+        }
         if (GetTickCount64() > m_uDeadline) {
-            m_rSummary.failures.push_back(std::wstring(L"step '") + m_steps.front().first + L"' timed out");
+            m_rSummary.failures.push_back(std::wstring(L"step '") + m_steps.front().first +
+                                          L"' timed out; on the screen: " + sState);
             m_steps.clear();
-            // Every dialog of the thread is ended so that the program can report and exit.
-            EnumThreadWindows(
-                GetCurrentThreadId(),
-                [](HWND _hWnd, LPARAM) -> BOOL {
-                    PostMessageW(_hWnd, WM_COMMAND, IDCANCEL, 0);
-                    PostMessageW(_hWnd, WM_CLOSE, 0, 0);
-                    return TRUE;
-                },
-                0);
+            m_bEnding = true;
+            mf_endDialogs();
             return;
         }
         if (m_steps.front().second())
             m_steps.pop_front();
     }
+    // Past the time limit every dialog of the program is ended on every tick, the boxes that ending one
+    // opens included, so that the program reports and exits.
+    static void mf_endDialogs() {
+        EnumWindows(
+            [](HWND _hWnd, LPARAM) -> BOOL {
+                DWORD dwProcess = 0;
+                const DWORD dwThread = GetWindowThreadProcessId(_hWnd, &dwProcess);
+                if (dwProcess != GetCurrentProcessId() || !IsWindowVisible(_hWnd) ||
+                    className(_hWnd) != L"#32770")
+                    return TRUE;
+                if (dwThread == GetCurrentThreadId())
+                    EndDialog(_hWnd, IDCANCEL);
+                else
+                    PostMessageW(_hWnd, WM_COMMAND, IDCANCEL, 0);
+                return TRUE;
+            },
+            0);
+    }
 
+public:
+    const std::vector<std::wstring>& trace() const { return m_trace; }
+
+private:
     static Script* s_pScript;
     std::wstring m_sPictures;
     UQClientTour::Summary& m_rSummary;
@@ -128,13 +200,18 @@ private:
     UINT_PTR m_uTimer;
     ULONGLONG m_uDeadline;
     bool m_bBusy = false;
+    bool m_bEnding = false;
+    ULONGLONG m_uStart = GetTickCount64();
+    std::wstring m_sLastState;
+    std::vector<std::wstring> m_trace;
 };
 
 Script* Script::s_pScript = nullptr;
 
 // The value of the pattern list as the registry keeps it.
 bool patternRemembered(const std::wstring& _sPattern) {
-    const std::wstring sKey = UQWindow::mf_getRegistryRoot().GetString();
+    // The key the registry service writes the GUI's user values to.
+    const std::wstring sKey = UQRegistry::mf_getUserKey().GetString();
     DWORD dwBytes = 0;
     if (RegGetValueW(HKEY_CURRENT_USER, sKey.c_str(), UQClientWindow::PATTERN_LIST_VALUE, RRF_RT_REG_MULTI_SZ,
                      nullptr, nullptr, &dwBytes) != ERROR_SUCCESS)
@@ -201,29 +278,37 @@ int UQClientTour::mf_run(const std::wstring& _sFolder, int _nFiles, Summary& _rS
                   {L"korclient-migrate-class", IDC_CLIENT_CLASS_COMBO},
                   {L"korclient-migrate-backup", IDC_CLIENT_BACKUP_CHECK},
                   {L"korclient-migrate-execute", IDC_CLIENT_RUN_LIST}};
+    // The frame is found through the wizard itself, as a user finds it by its place on the screen: its
+    // caption is a text of the program, not a key.
+    const auto frame = [&]() -> HWND {
+        const UQMigrationWizard* pWizard = window.mf_getMigrationWizard();
+        HWND hWizard = pWizard != nullptr ? pWizard->mf_getHandle() : nullptr;
+        return hWizard != nullptr && IsWindowVisible(hWizard) && IsWindowEnabled(hWizard) ? hWizard : nullptr;
+    };
     for (const auto& panel : PANELS) {
         script.then(panel.pszPicture, [&, panel] {
-            hFrame = findDialog(L"Migrate files");
-            if (hFrame == nullptr || !IsWindowEnabled(GetDlgItem(hFrame, 440)) ||
+            hFrame = frame();
+            if (hFrame == nullptr || !IsWindowEnabled(GetDlgItem(hFrame, ITEM_NEXT)) ||
                 visiblePanel(hFrame, panel.nItem) == nullptr)
                 return false;
             script.picture(hFrame, panel.pszPicture);
-            click(hFrame, 440);
+            click(hFrame, ITEM_NEXT);
             return true;
         });
     }
     script.then(L"migration done", [&] {
+        hFrame = frame();
         HWND hPanel = hFrame != nullptr ? visiblePanel(hFrame, IDC_CLIENT_RUN_LIST) : nullptr;
         if (hPanel == nullptr || !IsWindowEnabled(GetDlgItem(hPanel, IDC_CLIENT_RUN_SAVE)) ||
-            !IsWindowEnabled(GetDlgItem(hFrame, 440)))
+            !IsWindowEnabled(GetDlgItem(hFrame, ITEM_NEXT)))
             return false;
         SendDlgItemMessageW(hPanel, IDC_CLIENT_RUN_LIST, LVM_ENSUREVISIBLE, 0, FALSE);
         script.picture(hFrame, L"korclient-migrate-done");
-        click(hFrame, 440);
+        click(hFrame, ITEM_NEXT);
         return true;
     });
     script.then(L"search", [&] {
-        if (findDialog(L"Migrate files") != nullptr || main() == nullptr || !IsWindowEnabled(hMain))
+        if (window.mf_getMigrationWizard() != nullptr || main() == nullptr || !IsWindowEnabled(hMain))
             return false;
         // Every file is a stub now that names a stored version which verifies.
         UQServerDirectory server(sServer);
@@ -238,7 +323,11 @@ int UQClientTour::mf_run(const std::wstring& _sFolder, int _nFiles, Summary& _rS
                 stub.m_sSha256 == entry.second)
                 ++_rSummary.nStubs;
         }
-        SetDlgItemTextW(hMain, IDC_MAIN_PATTERN, sPattern.c_str());
+        // Typed into the combo's edit field, as a user types it: the combo then drops its selection.
+        COMBOBOXINFO combo{};
+        combo.cbSize = sizeof(combo);
+        GetComboBoxInfo(GetDlgItem(hMain, IDC_MAIN_PATTERN), &combo);
+        SendMessageW(combo.hwndItem, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(sPattern.c_str()));
         click(hMain, IDC_MAIN_SEARCH);
         return true;
     });
@@ -246,6 +335,15 @@ int UQClientTour::mf_run(const std::wstring& _sFolder, int _nFiles, Summary& _rS
         if (main() == nullptr || !IsWindowEnabled(hMain) || findDialog(L"History search") != nullptr ||
             window.mf_getShownCount() == 0)
             return false;
+        // Every sample file is among the results with the version its migration stored.
+        std::map<std::wstring, int> found;
+        const UQSearchFileItem::Array& shown = window.mf_getShownItems();
+        for (INT_PTR i = 0; i < shown.GetSize(); ++i)
+            found[shown[i]->mf_getPath().mf_getPath().GetString()] = shown[i]->mf_getVersionCount();
+        for (const auto& entry : hashes) {
+            const auto it = found.find(sFiles + L"\\" + entry.first);
+            _rSummary.nVersionsFound += it != found.end() && it->second >= 1 ? 1 : 0;
+        }
         LVITEMW state{};
         state.stateMask = LVIS_SELECTED;
         state.state = LVIS_SELECTED;
@@ -273,8 +371,8 @@ int UQClientTour::mf_run(const std::wstring& _sFolder, int _nFiles, Summary& _rS
         });
     }
     script.then(L"help", [&] {
-        HWND hHelp = findDialog(L"History search");
-        if (hHelp == nullptr || GetDlgItem(hHelp, IDC_MAIN_LIST) != nullptr)
+        HWND hHelp = findDialog(UQClientWindow::HELP_CAPTION);
+        if (hHelp == nullptr)
             return false;
         script.picture(hHelp, L"korclient-help");
         click(hHelp, IDCANCEL);
@@ -303,7 +401,6 @@ int UQClientTour::mf_run(const std::wstring& _sFolder, int _nFiles, Summary& _rS
     for (const UQFileOutcome& outcome : window.mf_getMigrationOutcomes())
         if (outcome.eSeverity == UQFileOutcome::GREEN)
             ++_rSummary.nMigrated;
-    _rSummary.nVersionsFound = static_cast<int>(window.mf_getSearchList().mf_getQueryItemCount());
     for (const auto& entry : hashes) {
         if (UQClientSample::mf_hashFile(sRetrieved + L"\\" + entry.first) == entry.second) {
             ++_rSummary.nRetrieved;
@@ -332,6 +429,11 @@ int UQClientTour::mf_run(const std::wstring& _sFolder, int _nFiles, Summary& _rS
     const std::wstring sText = mf_format(_rSummary);
     UQSafeFile::mf_writeFileAtomically(sRoot + L"\\summary.txt",
                                        uqfmt::wideToUtf8(sText.data(), sText.size()), 1);
+    std::wstring sTrace;
+    for (const std::wstring& sLine : script.trace())
+        sTrace += sLine + L"\n";
+    UQSafeFile::mf_writeFileAtomically(sRoot + L"\\trace.txt",
+                                       uqfmt::wideToUtf8(sTrace.data(), sTrace.size()), 1);
     return _rSummary.failures.empty() ? 0 : 1;
 }
 

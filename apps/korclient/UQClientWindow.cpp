@@ -25,13 +25,15 @@
 const wchar_t* const UQClientWindow::PATTERN_LIST_VALUE = L"HistorySearchPatterns";
 const wchar_t* const UQClientWindow::PATTERN_SELECTION_VALUE = L"HistorySearchPattern";
 const wchar_t* const UQClientWindow::TIP_VALUE = L"ClientStartTip";
+const wchar_t* const UQClientWindow::HELP_CAPTION = L"History search help";
 
 namespace {
 
 const UINT WM_SHOW_TIP = WM_APP + 1;
 
 const wchar_t* const HELP_TEXT =
-    L"Type a pattern for the paths to search, such as *\\Finance\\*.\r\n\r\n'*' stands for any run of "
+    L"Type a pattern for the paths to search, for example:\r\n    *\\Finance\\*\r\n\r\n'*' stands for any "
+    L"run of "
     L"characters and '?' for one; case does not matter. Choose a date range to see only the versions written "
     L"in it, hide the states you do not want to see, and tick 'Latest versions only' to see one version of "
     L"each file.\r\n\r\nPress Search. Select files and press Retrieve to copy their versions into a folder "
@@ -154,7 +156,7 @@ INT_PTR CALLBACK f_ClientWindowCallback(HWND _hDlg, UINT _uMsg, WPARAM _wParam, 
 
 UQClientWindow::UQClientWindow(const std::wstring& _sServer, const std::wstring& _sFolder)
     : m_server(_sServer), m_sFolder(_sFolder), m_sSearchName(L"All migrated files"), m_hDlg(nullptr),
-      m_hList(nullptr), m_apItems{}, m_nSortColumn(0), m_bSortAscending(1) {}
+      m_hList(nullptr), m_pWizard(nullptr), m_apItems{}, m_nSortColumn(0), m_bSortAscending(1) {}
 
 UQClientWindow::~UQClientWindow() = default;
 
@@ -177,6 +179,8 @@ int UQClientWindow::mf_show() {
 INT_PTR UQClientWindow::mf_onInitDialog(HWND _hDlg) {
     m_hDlg = _hDlg;
     m_hList = GetDlgItem(_hDlg, IDC_MAIN_LIST);
+    // The list starts closed and empty, as after a search that found nothing: each search clears it.
+    m_searchList.mf_close();
     SetDlgItemTextW(_hDlg, IDC_MAIN_SEARCH_NAME, m_sSearchName.c_str());
     UQComboBox::mf_initItemFromRegistry(_hDlg, IDC_MAIN_PATTERN, PATTERN_LIST_VALUE, CString(),
                                         PATTERN_SELECTION_VALUE, L"*");
@@ -204,7 +208,9 @@ INT_PTR UQClientWindow::mf_onInitDialog(HWND _hDlg) {
     m_pStatusBar->mf_onSizeEvent(client.right, client.bottom);
     mf_implUpdateStatus();
     PostMessageW(_hDlg, WM_SHOW_TIP, 0, 0);
-    return TRUE;
+    // The pattern is what a user changes first.
+    SetFocus(GetDlgItem(_hDlg, IDC_MAIN_PATTERN));
+    return FALSE;
 }
 
 void UQClientWindow::mf_onShowTip() {
@@ -230,7 +236,7 @@ INT_PTR UQClientWindow::mf_onCommand(unsigned short _usCode, unsigned short _usI
         mf_implMigrate();
         return TRUE;
     case IDC_MAIN_HELP: {
-        UQHelpDialog help(L"History search", HELP_TEXT);
+        UQHelpDialog help(HELP_CAPTION, HELP_TEXT);
         help.mf_show(m_hDlg);
         return TRUE;
     }
@@ -415,8 +421,7 @@ void UQClientWindow::mf_implUpdateStatus() {
     };
     m_apItems[0]->mf_updateContent(icon(IDI_SEVERITY_GREEN),
                                    (std::to_wstring(m_shown.GetSize()) + L" files").c_str());
-    m_apItems[1]->mf_updateContent(icon(nSelected > 0 ? IDI_SEVERITY_YELLOW : IDI_BLANK),
-                                   (std::to_wstring(nSelected) + L" selected").c_str());
+    m_apItems[1]->mf_updateContent(icon(IDI_BLANK), (std::to_wstring(nSelected) + L" selected").c_str());
     m_apItems[2]->mf_updateContent(icon(IDI_BLANK), (L"Store: " + m_server.mf_getHistoryFile()).c_str());
 }
 
@@ -512,7 +517,9 @@ void UQClientWindow::mf_implMigrate() {
         return;
     }
     UQMigrationWizard wizard(m_server, m_sFolder);
+    m_pWizard = &wizard;
     const int nResult = wizard.mf_create(GetModuleHandleW(nullptr), m_hDlg);
+    m_pWizard = nullptr;
     m_migrated = wizard.mf_getOutcomes();
     if (nResult == 1)
         m_sFolder = wizard.mf_getFolder();

@@ -14,12 +14,15 @@
 #include <string>
 #include <vector>
 
+class UQMigrationWizard;
+
 class UQClientWindow {
 public:
     // The registry values of the pattern list (HKEY_CURRENT_USER, under the GUI's registry root).
     static const wchar_t* const PATTERN_LIST_VALUE;
     static const wchar_t* const PATTERN_SELECTION_VALUE;
     static const wchar_t* const TIP_VALUE;
+    static const wchar_t* const HELP_CAPTION;
 
     UQClientWindow(const std::wstring& _sServer, const std::wstring& _sFolder);
     UQClientWindow(const UQClientWindow&) = delete;
@@ -32,8 +35,11 @@ public:
     void mf_setRetrieveFolder(const std::wstring& _sFolder) { m_sRetrieveFolder = _sFolder; }
 
     HWND mf_getHandle() const noexcept { return m_hDlg; }
+    // The migration wizard while it is open, else null.
+    const UQMigrationWizard* mf_getMigrationWizard() const noexcept { return m_pWizard; }
     UQSearchList& mf_getSearchList() noexcept { return m_searchList; }
     int mf_getShownCount() const noexcept { return static_cast<int>(m_shown.GetSize()); }
+    const UQSearchFileItem::Array& mf_getShownItems() const noexcept { return m_shown; }
     const std::vector<UQFileOutcome>& mf_getMigrationOutcomes() const noexcept { return m_migrated; }
     const std::vector<UQFileOutcome>& mf_getRetrieveOutcomes() const noexcept { return m_retrieved; }
     const std::vector<UQFileOutcome>& mf_getRecallOutcomes() const noexcept { return m_recalled; }
@@ -67,6 +73,7 @@ private:
     std::wstring m_sLastError;
     HWND m_hDlg;
     HWND m_hList;
+    const UQMigrationWizard* m_pWizard;
     UQSearchList m_searchList;
     UQSearchFileItem::Array m_shown;
     std::unique_ptr<UQStatusBar> m_pStatusBar;

@@ -12,6 +12,8 @@
 #include "guibase/toolkit/UQWindow.h"
 #include "korlang_ids.h"
 
+const wchar_t* const UQMigrationWizard::CAPTION = L"Migrate files";
+
 namespace {
 
 // A panel whose buttons and work the wizard handles.
@@ -56,6 +58,11 @@ UQMigrationWizard::UQMigrationWizard(UQServerDirectory& _rServer, const std::wst
 }
 
 UQMigrationWizard::~UQMigrationWizard() = default;
+
+void UQMigrationWizard::mf_implInitWizard() {
+    SetWindowTextW(mf_getHandle(), CAPTION);
+    UQWizard::mf_implInitWizard();
+}
 
 void UQMigrationWizard::mf_implInitPanel(UQWizardPanel& _panel) {
     HWND hPanel = _panel.mf_getHandle();

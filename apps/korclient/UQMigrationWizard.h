@@ -15,10 +15,13 @@
 class UQMigrationWizard : public UQWizard {
 public:
     enum PANEL { PANEL_FOLDER = 0, PANEL_CLASS = 1, PANEL_BACKUP = 2, PANEL_RUN = 3 };
+    static const wchar_t* const CAPTION;
 
     UQMigrationWizard(UQServerDirectory& _rServer, const std::wstring& _sFolder);
     ~UQMigrationWizard() override;
 
+    // The frame is captioned for what it does; the library's default caption names no task.
+    void mf_implInitWizard() override;
     void mf_implInitPanel(UQWizardPanel& _panel) override;
     void mf_implReadPanel(UQWizardPanel& _panel, int _bForward) override;
 

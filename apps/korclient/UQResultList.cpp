@@ -17,8 +17,9 @@ void UQResultList::mf_prepare(HWND _hList) {
     UQListPanel::mf_addIcon(_hList, IDI_SEVERITY_GREEN);
     UQListPanel::mf_addIcon(_hList, IDI_SEVERITY_YELLOW);
     UQListPanel::mf_addIcon(_hList, IDI_SEVERITY_RED);
-    UQListPanel::mf_insertColumn(_hList, 0, L"File", 200, LVCFMT_LEFT);
-    UQListPanel::mf_insertColumn(_hList, 1, L"Result", 200, LVCFMT_LEFT);
+    // Paths are long and results short: the file column takes most of the width.
+    UQListPanel::mf_insertColumn(_hList, 0, L"File", 300, LVCFMT_LEFT);
+    UQListPanel::mf_insertColumn(_hList, 1, L"Result", 120, LVCFMT_LEFT);
     UQListPanel::mf_adjustColumnWidths(_hList, 1);
 }
 
