@@ -4,6 +4,7 @@
 #include "Screenshot.h"
 #include "UQClientSample.h"
 #include "UQClientWindow.h"
+#include "UQDialogScript.h"
 #include "UQMigrationWizard.h"
 #include "UQRetrieval.h"
 
@@ -13,8 +14,6 @@
 
 #include <commctrl.h>
 
-#include <deque>
-#include <functional>
 #include <map>
 
 namespace {
@@ -23,190 +22,21 @@ const DWORD TIME_LIMIT_MS = 240000;
 // The wizard frame's Next button.
 const int ITEM_NEXT = 440;
 
-std::wstring className(HWND _hWnd) {
-    wchar_t szClass[64] = {};
-    GetClassNameW(_hWnd, szClass, 64);
-    return szClass;
+// Saves a picture of _hWnd as the user sees it: active, with focus and access keys shown as a keyboard
+// user sees them.
+void picture(HWND _hWnd, const std::wstring& _sFolder, const wchar_t* _pszName,
+             UQClientTour::Summary& _rSummary) {
+    SetForegroundWindow(_hWnd);
+    SendMessageW(_hWnd, WM_NCACTIVATE, TRUE, 0);
+    SendMessageW(_hWnd, WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS | UISF_HIDEACCEL), 0);
+    const std::wstring sPath = _sFolder + L"\\" + _pszName + L".png";
+    const std::string sFailure = screenshot::save(_hWnd, sPath);
+    if (sFailure.empty())
+        _rSummary.pictures.push_back(sPath);
+    else
+        _rSummary.failures.push_back(L"picture " + sPath + L": " +
+                                     uqfmt::utf8ToWide(sFailure.data(), sFailure.size()));
 }
-
-std::wstring windowText(HWND _hWnd) {
-    wchar_t szText[128] = {};
-    GetWindowTextW(_hWnd, szText, 128);
-    return szText;
-}
-
-// The visible windows of the program, for the tour's trace: caption, whether it takes input, the visible
-// panel dialogs inside it and the state of a wizard's Next button.
-std::wstring describeWindows() {
-    std::wstring sText;
-    EnumWindows(
-        [](HWND _hWnd, LPARAM _lParam) -> BOOL {
-            std::wstring& rText = *reinterpret_cast<std::wstring*>(_lParam);
-            DWORD dwProcess = 0;
-            const DWORD dwThread = GetWindowThreadProcessId(_hWnd, &dwProcess);
-            if (dwProcess != GetCurrentProcessId() || !IsWindowVisible(_hWnd))
-                return TRUE;
-            rText += L"[" + className(_hWnd) + L" '" + windowText(_hWnd) + L"'";
-            if (dwThread != GetCurrentThreadId())
-                rText += L" thread " + std::to_wstring(dwThread);
-            if (!IsWindowEnabled(_hWnd))
-                rText += L" disabled";
-            int nPanels = 0;
-            for (HWND hChild = GetWindow(_hWnd, GW_CHILD); hChild != nullptr;
-                 hChild = GetWindow(hChild, GW_HWNDNEXT))
-                nPanels += IsWindowVisible(hChild) && className(hChild) == L"#32770" ? 1 : 0;
-            if (nPanels > 0)
-                rText += L" panels " + std::to_wstring(nPanels);
-            if (HWND hNext = GetDlgItem(_hWnd, ITEM_NEXT))
-                rText += L" next '" + windowText(hNext) + (IsWindowEnabled(hNext) ? L"' on" : L"' off");
-            rText += L"] ";
-            return TRUE;
-        },
-        reinterpret_cast<LPARAM>(&sText));
-    return sText.empty() ? L"nothing" : sText;
-}
-
-HWND findDialog(const std::wstring& _sCaption) {
-    struct Search {
-        std::wstring sCaption;
-        HWND hFound;
-    } search{_sCaption, nullptr};
-    EnumThreadWindows(
-        GetCurrentThreadId(),
-        [](HWND _hWnd, LPARAM _lParam) -> BOOL {
-            Search& s = *reinterpret_cast<Search*>(_lParam);
-            wchar_t szClass[16] = {};
-            wchar_t szText[256] = {};
-            GetClassNameW(_hWnd, szClass, 16);
-            GetWindowTextW(_hWnd, szText, 256);
-            if (IsWindowVisible(_hWnd) && std::wstring(szClass) == L"#32770" && s.sCaption == szText) {
-                s.hFound = _hWnd;
-                return FALSE;
-            }
-            return TRUE;
-        },
-        reinterpret_cast<LPARAM>(&search));
-    return search.hFound;
-}
-
-HWND visiblePanel(HWND _hFrame, int _nItemId) {
-    HWND hItem = nullptr;
-    for (HWND hChild = GetWindow(_hFrame, GW_CHILD); hChild != nullptr;
-         hChild = GetWindow(hChild, GW_HWNDNEXT))
-        if (IsWindowVisible(hChild) && (hItem = GetDlgItem(hChild, _nItemId)) != nullptr)
-            return hChild;
-    return nullptr;
-}
-
-void click(HWND _hDlg, int _nId) {
-    PostMessageW(_hDlg, WM_COMMAND, MAKEWPARAM(_nId, BN_CLICKED),
-                 reinterpret_cast<LPARAM>(GetDlgItem(_hDlg, _nId)));
-}
-
-class Script {
-public:
-    using Step = std::function<bool()>;
-    Script(const std::wstring& _sPictures, UQClientTour::Summary& _rSummary)
-        : m_sPictures(_sPictures), m_rSummary(_rSummary), m_uDeadline(GetTickCount64() + TIME_LIMIT_MS) {
-        s_pScript = this;
-        m_uTimer = SetTimer(nullptr, 0, 40, &Script::mf_tick);
-    }
-    ~Script() {
-        KillTimer(nullptr, m_uTimer);
-        s_pScript = nullptr;
-    }
-    Script(const Script&) = delete;
-    Script& operator=(const Script&) = delete;
-
-    void then(const wchar_t* _pszName, Step _step) { m_steps.push_back({_pszName, std::move(_step)}); }
-    void picture(HWND _hWnd, const wchar_t* _pszName) {
-        SetForegroundWindow(_hWnd);
-        SendMessageW(_hWnd, WM_NCACTIVATE, TRUE, 0);
-        SendMessageW(_hWnd, WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS | UISF_HIDEACCEL), 0);
-        const std::wstring sPath = m_sPictures + L"\\" + _pszName + L".png";
-        const std::string sFailure = screenshot::save(_hWnd, sPath);
-        if (sFailure.empty())
-            m_rSummary.pictures.push_back(sPath);
-        else
-            m_rSummary.failures.push_back(L"picture " + sPath + L": " +
-                                          std::wstring(sFailure.begin(), sFailure.end()));
-    }
-    bool finished() const { return m_steps.empty(); }
-
-private:
-    static void CALLBACK mf_tick(HWND, UINT, UINT_PTR, DWORD) noexcept {
-        if (s_pScript == nullptr || s_pScript->m_bBusy)
-            return;
-        s_pScript->m_bBusy = true;
-        try {
-            s_pScript->mf_onTick();
-        } catch (...) {
-            s_pScript->m_rSummary.failures.push_back(L"unexpected exception in the tour");
-            s_pScript->m_steps.clear();
-        }
-        s_pScript->m_bBusy = false;
-    }
-    void mf_onTick() {
-        if (m_bEnding) {
-            mf_endDialogs();
-            return;
-        }
-        if (m_steps.empty())
-            return;
-        const std::wstring sState = describeWindows();
-        if (sState != m_sLastState) {
-            m_sLastState = sState;
-            m_trace.push_back(std::to_wstring(GetTickCount64() - m_uStart) + L" ms, step '" +
-                              m_steps.front().first + L"': " + sState);
-        }
-        if (GetTickCount64() > m_uDeadline) {
-            m_rSummary.failures.push_back(std::wstring(L"step '") + m_steps.front().first +
-                                          L"' timed out; on the screen: " + sState);
-            m_steps.clear();
-            m_bEnding = true;
-            mf_endDialogs();
-            return;
-        }
-        if (m_steps.front().second())
-            m_steps.pop_front();
-    }
-    // Past the time limit every dialog of the program is ended on every tick, the boxes that ending one
-    // opens included, so that the program reports and exits.
-    static void mf_endDialogs() {
-        EnumWindows(
-            [](HWND _hWnd, LPARAM) -> BOOL {
-                DWORD dwProcess = 0;
-                const DWORD dwThread = GetWindowThreadProcessId(_hWnd, &dwProcess);
-                if (dwProcess != GetCurrentProcessId() || !IsWindowVisible(_hWnd) ||
-                    className(_hWnd) != L"#32770")
-                    return TRUE;
-                if (dwThread == GetCurrentThreadId())
-                    EndDialog(_hWnd, IDCANCEL);
-                else
-                    PostMessageW(_hWnd, WM_COMMAND, IDCANCEL, 0);
-                return TRUE;
-            },
-            0);
-    }
-
-public:
-    const std::vector<std::wstring>& trace() const { return m_trace; }
-
-private:
-    static Script* s_pScript;
-    std::wstring m_sPictures;
-    UQClientTour::Summary& m_rSummary;
-    std::deque<std::pair<const wchar_t*, Step>> m_steps;
-    UINT_PTR m_uTimer;
-    ULONGLONG m_uDeadline;
-    bool m_bBusy = false;
-    bool m_bEnding = false;
-    ULONGLONG m_uStart = GetTickCount64();
-    std::wstring m_sLastState;
-    std::vector<std::wstring> m_trace;
-};
-
-Script* Script::s_pScript = nullptr;
 
 // The value of the pattern list as the registry keeps it.
 bool patternRemembered(const std::wstring& _sPattern) {
@@ -250,25 +80,30 @@ int UQClientTour::mf_run(const std::wstring& _sFolder, int _nFiles, Summary& _rS
 
     UQClientWindow window(sServer, sFiles);
     window.mf_setRetrieveFolder(sRetrieved);
-    Script script(sPictures, _rSummary);
+    UQDialogScript script(TIME_LIMIT_MS);
     HWND hMain = nullptr;
-    auto main = [&] { return hMain = findDialog(L"History search - Stormex HSM Client"); };
+    const auto main = [&]() -> HWND {
+        hMain = window.mf_getHandle();
+        return hMain != nullptr && IsWindowVisible(hMain) ? hMain : nullptr;
+    };
     HWND hFrame = nullptr;
-    std::wstring sStep;
+    const auto shoot = [&](HWND _hWnd, const wchar_t* _pszName) {
+        picture(_hWnd, sPictures, _pszName, _rSummary);
+    };
 
-    script.then(L"tip", [&] {
-        HWND hTip = findDialog(L"Tip");
+    script.mf_then(L"tip", [&] {
+        HWND hTip = UQDialogScript::mf_findDialog(L"Tip");
         if (hTip == nullptr)
             return false;
-        script.picture(hTip, L"korclient-tip");
-        click(hTip, IDC_INFORMATION_OK);
+        shoot(hTip, L"korclient-tip");
+        UQDialogScript::mf_click(hTip, IDC_INFORMATION_OK);
         return true;
     });
-    script.then(L"start", [&] {
-        if (main() == nullptr || findDialog(L"Tip") != nullptr || !IsWindowEnabled(hMain))
+    script.mf_then(L"start", [&] {
+        if (main() == nullptr || UQDialogScript::mf_findDialog(L"Tip") != nullptr || !IsWindowEnabled(hMain))
             return false;
-        script.picture(hMain, L"korclient-start");
-        click(hMain, IDC_MAIN_MIGRATE);
+        shoot(hMain, L"korclient-start");
+        UQDialogScript::mf_click(hMain, IDC_MAIN_MIGRATE);
         return true;
     });
     const struct {
@@ -286,28 +121,28 @@ int UQClientTour::mf_run(const std::wstring& _sFolder, int _nFiles, Summary& _rS
         return hWizard != nullptr && IsWindowVisible(hWizard) && IsWindowEnabled(hWizard) ? hWizard : nullptr;
     };
     for (const auto& panel : PANELS) {
-        script.then(panel.pszPicture, [&, panel] {
+        script.mf_then(panel.pszPicture, [&, panel] {
             hFrame = frame();
             if (hFrame == nullptr || !IsWindowEnabled(GetDlgItem(hFrame, ITEM_NEXT)) ||
-                visiblePanel(hFrame, panel.nItem) == nullptr)
+                UQDialogScript::mf_findPanel(hFrame, panel.nItem) == nullptr)
                 return false;
-            script.picture(hFrame, panel.pszPicture);
-            click(hFrame, ITEM_NEXT);
+            shoot(hFrame, panel.pszPicture);
+            UQDialogScript::mf_click(hFrame, ITEM_NEXT);
             return true;
         });
     }
-    script.then(L"migration done", [&] {
+    script.mf_then(L"migration done", [&] {
         hFrame = frame();
-        HWND hPanel = hFrame != nullptr ? visiblePanel(hFrame, IDC_CLIENT_RUN_LIST) : nullptr;
+        HWND hPanel = hFrame != nullptr ? UQDialogScript::mf_findPanel(hFrame, IDC_CLIENT_RUN_LIST) : nullptr;
         if (hPanel == nullptr || !IsWindowEnabled(GetDlgItem(hPanel, IDC_CLIENT_RUN_SAVE)) ||
             !IsWindowEnabled(GetDlgItem(hFrame, ITEM_NEXT)))
             return false;
         SendDlgItemMessageW(hPanel, IDC_CLIENT_RUN_LIST, LVM_ENSUREVISIBLE, 0, FALSE);
-        script.picture(hFrame, L"korclient-migrate-done");
-        click(hFrame, ITEM_NEXT);
+        shoot(hFrame, L"korclient-migrate-done");
+        UQDialogScript::mf_click(hFrame, ITEM_NEXT);
         return true;
     });
-    script.then(L"search", [&] {
+    script.mf_then(L"search", [&] {
         if (window.mf_getMigrationWizard() != nullptr || main() == nullptr || !IsWindowEnabled(hMain))
             return false;
         // Every file is a stub now that names a stored version which verifies.
@@ -328,12 +163,12 @@ int UQClientTour::mf_run(const std::wstring& _sFolder, int _nFiles, Summary& _rS
         combo.cbSize = sizeof(combo);
         GetComboBoxInfo(GetDlgItem(hMain, IDC_MAIN_PATTERN), &combo);
         SendMessageW(combo.hwndItem, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(sPattern.c_str()));
-        click(hMain, IDC_MAIN_SEARCH);
+        UQDialogScript::mf_click(hMain, IDC_MAIN_SEARCH);
         return true;
     });
-    script.then(L"results", [&] {
-        if (main() == nullptr || !IsWindowEnabled(hMain) || findDialog(L"History search") != nullptr ||
-            window.mf_getShownCount() == 0)
+    script.mf_then(L"results", [&] {
+        if (main() == nullptr || !IsWindowEnabled(hMain) ||
+            UQDialogScript::mf_findDialog(L"History search") != nullptr || window.mf_getShownCount() == 0)
             return false;
         // Every sample file is among the results with the version its migration stored.
         std::map<std::wstring, int> found;
@@ -349,8 +184,8 @@ int UQClientTour::mf_run(const std::wstring& _sFolder, int _nFiles, Summary& _rS
         state.state = LVIS_SELECTED;
         SendDlgItemMessageW(hMain, IDC_MAIN_LIST, LVM_SETITEMSTATE, static_cast<WPARAM>(-1),
                             reinterpret_cast<LPARAM>(&state));
-        script.picture(hMain, L"korclient-search-results");
-        click(hMain, IDC_MAIN_RETRIEVE);
+        shoot(hMain, L"korclient-search-results");
+        UQDialogScript::mf_click(hMain, IDC_MAIN_RETRIEVE);
         return true;
     });
     const struct {
@@ -360,42 +195,44 @@ int UQClientTour::mf_run(const std::wstring& _sFolder, int _nFiles, Summary& _rS
     } RESULTS[] = {{L"Retrieve", L"korclient-retrieve-results", IDC_MAIN_RECALL},
                    {L"Recall", L"korclient-recall-results", IDC_MAIN_HELP}};
     for (const auto& result : RESULTS) {
-        script.then(result.pszPicture, [&, result] {
-            HWND hResults = findDialog(result.pszCaption);
+        script.mf_then(result.pszPicture, [&, result] {
+            HWND hResults = UQDialogScript::mf_findDialog(result.pszCaption);
             if (hResults == nullptr || GetDlgItem(hResults, IDC_RESULTS_LIST) == nullptr)
                 return false;
-            script.picture(hResults, result.pszPicture);
-            click(hResults, IDOK);
+            shoot(hResults, result.pszPicture);
+            UQDialogScript::mf_click(hResults, IDOK);
             PostMessageW(hMain, WM_COMMAND, MAKEWPARAM(result.nNext, BN_CLICKED), 0);
             return true;
         });
     }
-    script.then(L"help", [&] {
-        HWND hHelp = findDialog(UQClientWindow::HELP_CAPTION);
+    script.mf_then(L"help", [&] {
+        HWND hHelp = UQDialogScript::mf_findDialog(UQClientWindow::HELP_CAPTION);
         if (hHelp == nullptr)
             return false;
-        script.picture(hHelp, L"korclient-help");
-        click(hHelp, IDCANCEL);
+        shoot(hHelp, L"korclient-help");
+        UQDialogScript::mf_click(hHelp, IDCANCEL);
         PostMessageW(hMain, WM_COMMAND, MAKEWPARAM(IDC_MAIN_RENAME, BN_CLICKED), 0);
         return true;
     });
-    script.then(L"rename", [&] {
-        HWND hEditor = findDialog(L"Rename search");
+    script.mf_then(L"rename", [&] {
+        HWND hEditor = UQDialogScript::mf_findDialog(L"Rename search");
         if (hEditor == nullptr)
             return false;
-        script.picture(hEditor, L"korclient-rename");
-        click(hEditor, IDOK);
+        shoot(hEditor, L"korclient-rename");
+        UQDialogScript::mf_click(hEditor, IDOK);
         return true;
     });
-    script.then(L"close", [&] {
-        if (findDialog(L"Rename search") != nullptr || main() == nullptr)
+    script.mf_then(L"close", [&] {
+        if (UQDialogScript::mf_findDialog(L"Rename search") != nullptr || main() == nullptr)
             return false;
         PostMessageW(hMain, WM_CLOSE, 0, 0);
         return true;
     });
     if (window.mf_show() != 0)
         _rSummary.failures.push_back(L"the main window could not be shown");
-    if (!script.finished())
+    for (const std::wstring& sFailure : script.mf_getFailures())
+        _rSummary.failures.push_back(sFailure);
+    if (!script.mf_isFinished() && script.mf_getFailures().empty())
         _rSummary.failures.push_back(L"the tour did not reach its end");
 
     for (const UQFileOutcome& outcome : window.mf_getMigrationOutcomes())
@@ -430,7 +267,7 @@ int UQClientTour::mf_run(const std::wstring& _sFolder, int _nFiles, Summary& _rS
     UQSafeFile::mf_writeFileAtomically(sRoot + L"\\summary.txt",
                                        uqfmt::wideToUtf8(sText.data(), sText.size()), 1);
     std::wstring sTrace;
-    for (const std::wstring& sLine : script.trace())
+    for (const std::wstring& sLine : script.mf_getTrace())
         sTrace += sLine + L"\n";
     UQSafeFile::mf_writeFileAtomically(sRoot + L"\\trace.txt",
                                        uqfmt::wideToUtf8(sTrace.data(), sTrace.size()), 1);
