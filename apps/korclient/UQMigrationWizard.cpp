@@ -25,10 +25,7 @@ public:
         return m_rWizard.mf_onPanelCommand(*this, _usCode, _usId);
     }
     void mf_execute() override { m_rWizard.mf_run(*this); }
-    void mf_report(const UQErrnoData& _result) {
-        mf_setExecutionResult(_result);
-        m_rWizard.mf_onPanelExecutionResult(_result);
-    }
+    void mf_setResult(const UQErrnoData& _result) { mf_setExecutionResult(_result); }
 
 private:
     UQMigrationWizard& m_rWizard;
@@ -44,10 +41,16 @@ std::wstring itemText(HWND _hPanel, int _nId) {
     return sText;
 }
 
+// What the run posts to its own panel: the window's thread alone touches the windows, so that a wizard
+// that closes and waits for its run never waits on a run that waits for a window.
+const unsigned short RUN_PROGRESS = 0x7F01;
+const unsigned short RUN_FINISHED = 0x7F02;
+
 } // namespace
 
 UQMigrationWizard::UQMigrationWizard(UQServerDirectory& _rServer, const std::wstring& _sFolder)
-    : m_rServer(_rServer), m_sFolder(_sFolder), m_bBackup(0) {
+    : m_rServer(_rServer), m_sFolder(_sFolder), m_bBackup(0), m_bRan(0), m_bProgressPosted(false) {
+    mf_installCancelSwitch(&m_cancel);
     m_sMgmtClass = UQGuiRegistry::mf_getDefaultMgmtClass();
     m_bBackup = UQGuiRegistry::mf_isDefaultBackupBeforeMigrate();
     m_sOptionFile = UQGuiRegistry::mf_getDefaultBackupOptionFilePath().GetString();
@@ -58,6 +61,12 @@ UQMigrationWizard::UQMigrationWizard(UQServerDirectory& _rServer, const std::wst
 }
 
 UQMigrationWizard::~UQMigrationWizard() = default;
+
+void UQMigrationWizard::mf_implCancelWizard(int _nResult) {
+    // A run in progress ends after the file at hand; the base then waits for it.
+    m_cancel.mf_implTryCancel(UQErrnoData(UQErrno::_W_::UserCanceled));
+    UQWizard::mf_implCancelWizard(_nResult);
+}
 
 void UQMigrationWizard::mf_implInitWizard() {
     SetWindowTextW(mf_getHandle(), CAPTION);
@@ -160,6 +169,17 @@ int UQMigrationWizard::mf_onPanelCommand(UQWizardPanel& _panel, unsigned short _
             UQResultList::mf_saveListing(mf_getOutcomes(), sPath.GetString());
         return 1;
     }
+    case IDC_CLIENT_RUN_TEXT:
+        if (_usCode == RUN_PROGRESS) {
+            std::lock_guard<std::mutex> lock(m_mutex);
+            m_bProgressPosted = false;
+            SetDlgItemTextW(hPanel, IDC_CLIENT_RUN_TEXT, m_sProgress.c_str());
+        }
+        return 1;
+    case IDC_CLIENT_RUN_LIST:
+        if (_usCode == RUN_FINISHED)
+            mf_implShowRun(_panel);
+        return 1;
     case IDC_CLIENT_CLASS_COMBO:
         if (_usCode == CBN_SELCHANGE && m_pClassPanel)
             m_pClassPanel->mf_onUpdateDialog(hPanel);
@@ -172,33 +192,58 @@ int UQMigrationWizard::mf_onPanelCommand(UQWizardPanel& _panel, unsigned short _
 void UQMigrationWizard::mf_run(UQWizardPanel& _panel) {
     ClientPanel& panel = static_cast<ClientPanel&>(_panel);
     HWND hPanel = _panel.mf_getHandle();
+    const auto post = [&](unsigned short _usId, unsigned short _usCode) {
+        PostMessageW(hPanel, WM_COMMAND, MAKEWPARAM(_usId, _usCode), 0);
+    };
+    const auto progress = [&](const std::wstring& _sText) {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        m_sProgress = _sText;
+        // One message waits at a time, however many files go by meanwhile.
+        if (!m_bProgressPosted) {
+            m_bProgressPosted = true;
+            post(IDC_CLIENT_RUN_TEXT, RUN_PROGRESS);
+        }
+    };
+    progress(L"Migrating...");
     std::vector<UQFileOutcome> outcomes;
     std::wstring sReason;
-    SetDlgItemTextW(hPanel, IDC_CLIENT_RUN_TEXT, L"Migrating...");
     UQMigration migration(m_rServer, m_sFolder);
     const int bRan = migration.mf_run(
-        nullptr,
+        &m_cancel,
         [&](int _nDone, int _nTotal, const std::wstring&) {
-            const std::wstring sText =
-                L"Migrating: " + std::to_wstring(_nDone) + L" of " + std::to_wstring(_nTotal);
-            SetDlgItemTextW(hPanel, IDC_CLIENT_RUN_TEXT, sText.c_str());
+            progress(L"Migrating: " + std::to_wstring(_nDone) + L" of " + std::to_wstring(_nTotal));
         },
         outcomes, sReason);
-    UQResultList::mf_fill(GetDlgItem(hPanel, IDC_CLIENT_RUN_LIST), outcomes);
-    SetDlgItemTextW(hPanel, IDC_CLIENT_RUN_TEXT,
-                    bRan ? UQResultList::mf_summary(outcomes).c_str() : sReason.c_str());
-    EnableWindow(GetDlgItem(hPanel, IDC_CLIENT_RUN_SAVE), TRUE);
     {
         std::lock_guard<std::mutex> lock(m_mutex);
-        m_outcomes = outcomes;
+        m_outcomes = std::move(outcomes);
         m_sFailure = bRan ? std::wstring() : sReason;
+        m_bRan = bRan;
     }
+    // Green lets the wizard finish (the one green category is the stub file's, which is what migration
+    // leaves); the files' own failures are in the list.
+    panel.mf_setResult(bRan ? UQErrnoData(UQErrno::_I_::StubFile) : UQErrnoData(UQErrno::_E_::File));
+    post(IDC_CLIENT_RUN_LIST, RUN_FINISHED);
+}
+
+void UQMigrationWizard::mf_implShowRun(UQWizardPanel& _panel) {
+    HWND hPanel = _panel.mf_getHandle();
+    std::vector<UQFileOutcome> outcomes;
+    int bRan = 0;
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        outcomes = m_outcomes;
+        bRan = m_bRan;
+        SetDlgItemTextW(hPanel, IDC_CLIENT_RUN_TEXT,
+                        bRan ? UQResultList::mf_summary(outcomes).c_str() : m_sFailure.c_str());
+    }
+    UQResultList::mf_fill(GetDlgItem(hPanel, IDC_CLIENT_RUN_LIST), outcomes);
+    EnableWindow(GetDlgItem(hPanel, IDC_CLIENT_RUN_SAVE), TRUE);
     if (bRan) {
         UQGuiRegistry::mf_setDefaultMgmtClass(m_sMgmtClass);
         UQGuiRegistry::mf_setDefaultBackupBeforeMigrate(m_bBackup);
     }
-    // A green result lets the wizard finish; the runs' own failures are in the list.
-    panel.mf_report(bRan ? UQErrnoData(UQErrno::_I_::StubFile) : UQErrnoData(UQErrno::_E_::File));
+    mf_onPanelExecutionResult(_panel.mf_getExecutionResult());
 }
 
 std::vector<UQFileOutcome> UQMigrationWizard::mf_getOutcomes() {

@@ -23,6 +23,8 @@ public:
     // The frame is captioned for what it does; the library's default caption names no task.
     void mf_implInitWizard() override;
     void mf_implInitPanel(UQWizardPanel& _panel) override;
+    // Cancel ends a run in progress before the wizard closes.
+    void mf_implCancelWizard(int _nResult) override;
     void mf_implReadPanel(UQWizardPanel& _panel, int _bForward) override;
 
     // The panels' own buttons.
@@ -35,6 +37,9 @@ public:
     const std::wstring& mf_getFailure() const noexcept { return m_sFailure; }
 
 private:
+    // The run's results in the panel, on the window's thread.
+    void mf_implShowRun(UQWizardPanel& _panel);
+
     UQServerDirectory& m_rServer;
     std::wstring m_sFolder;
     std::wstring m_sOwner;
@@ -45,4 +50,8 @@ private:
     std::mutex m_mutex;
     std::vector<UQFileOutcome> m_outcomes;
     std::wstring m_sFailure;
+    std::wstring m_sProgress;
+    int m_bRan;
+    bool m_bProgressPosted;
+    UQCancelSwitch m_cancel;
 };
