@@ -38,20 +38,17 @@ void picture(HWND _hWnd, const std::wstring& _sFolder, const wchar_t* _pszName,
                                      uqfmt::utf8ToWide(sFailure.data(), sFailure.size()));
 }
 
-// The value of the pattern list as the registry keeps it.
+// Whether the pattern list in the registry holds _sPattern, read back through the registry service from
+// the user key the combo box writes to.
 bool patternRemembered(const std::wstring& _sPattern) {
-    // The key the registry service writes the GUI's user values to.
-    const std::wstring sKey = UQRegistry::mf_getUserKey().GetString();
-    DWORD dwBytes = 0;
-    if (RegGetValueW(HKEY_CURRENT_USER, sKey.c_str(), UQClientWindow::PATTERN_LIST_VALUE, RRF_RT_REG_MULTI_SZ,
-                     nullptr, nullptr, &dwBytes) != ERROR_SUCCESS)
+    UQArray<CString> patterns;
+    try {
+        UQRegistry::mf_getValues(UQClientWindow::PATTERN_LIST_VALUE, patterns, CString(), HKEY_CURRENT_USER);
+    } catch (const UQErrno&) {
         return false;
-    std::vector<wchar_t> buffer(dwBytes / sizeof(wchar_t) + 2, L'\0');
-    if (RegGetValueW(HKEY_CURRENT_USER, sKey.c_str(), UQClientWindow::PATTERN_LIST_VALUE, RRF_RT_REG_MULTI_SZ,
-                     nullptr, buffer.data(), &dwBytes) != ERROR_SUCCESS)
-        return false;
-    for (const wchar_t* p = buffer.data(); *p != L'\0'; p += wcslen(p) + 1)
-        if (_sPattern == p)
+    }
+    for (INT_PTR i = 0; i < patterns.GetSize(); ++i)
+        if (_sPattern == patterns[i].GetString())
             return true;
     return false;
 }
@@ -158,11 +155,7 @@ int UQClientTour::mf_run(const std::wstring& _sFolder, int _nFiles, Summary& _rS
                 stub.m_sSha256 == entry.second)
                 ++_rSummary.nStubs;
         }
-        // Typed into the combo's edit field, as a user types it: the combo then drops its selection.
-        COMBOBOXINFO combo{};
-        combo.cbSize = sizeof(combo);
-        GetComboBoxInfo(GetDlgItem(hMain, IDC_MAIN_PATTERN), &combo);
-        SendMessageW(combo.hwndItem, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(sPattern.c_str()));
+        UQDialogScript::mf_type(GetDlgItem(hMain, IDC_MAIN_PATTERN), sPattern);
         UQDialogScript::mf_click(hMain, IDC_MAIN_SEARCH);
         return true;
     });

@@ -328,8 +328,10 @@ void UQClientWindow::mf_implSearch() {
         UQReport::mf_log(UQLogData::LEVEL_W, _sFunction_, L"History search ended: %s", sFailure.c_str());
         mf_implError(L"The history search did not complete:\r\n" + sFailure, 1);
     } else if (!result.errors.empty()) {
-        std::wstring sText = std::to_wstring(result.errors.size()) +
-                             L" records of the history store are damaged and were skipped:";
+        std::wstring sText = result.errors.size() == 1
+                                 ? std::wstring(L"1 record of the history store is damaged and was skipped:")
+                                 : std::to_wstring(result.errors.size()) +
+                                       L" records of the history store are damaged and were skipped:";
         for (std::size_t i = 0; i < result.errors.size() && i < 5; ++i)
             sText += L"\r\n" + std::wstring(result.errors[i].mf_getDetail().GetString());
         mf_implError(sText, 1);

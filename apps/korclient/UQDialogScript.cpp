@@ -133,6 +133,16 @@ void UQDialogScript::mf_click(HWND _hDlg, int _nId) {
                  reinterpret_cast<LPARAM>(GetDlgItem(_hDlg, _nId)));
 }
 
+void UQDialogScript::mf_type(HWND _hControl, const std::wstring& _sText) {
+    COMBOBOXINFO combo{};
+    combo.cbSize = sizeof(combo);
+    HWND hEdit = GetComboBoxInfo(_hControl, &combo) && combo.hwndItem != nullptr ? combo.hwndItem : _hControl;
+    SendMessageW(hEdit, EM_SETSEL, 0, -1);
+    SendMessageW(hEdit, WM_CHAR, VK_BACK, 0);
+    for (wchar_t ch : _sText)
+        SendMessageW(hEdit, WM_CHAR, ch, 0);
+}
+
 std::wstring UQDialogScript::mf_getText(HWND _hWnd) {
     const int nLength = GetWindowTextLengthW(_hWnd);
     std::wstring sText(static_cast<std::size_t>(nLength) + 1, L'\0');

@@ -37,6 +37,9 @@ public:
     static HWND mf_findPanel(HWND _hFrame, int _nItemId);
     // A click on a button, posted as the button itself sends it.
     static void mf_click(HWND _hDlg, int _nId);
+    // Types _sText over the text of an edit field or a combo box's edit field, key by key as a user does, so
+    // that the control reacts as it does to typing (a combo box drops its selection).
+    static void mf_type(HWND _hControl, const std::wstring& _sText);
     static std::wstring mf_getText(HWND _hWnd);
     // The visible windows of the program: class, caption, thread, input state, visible panels, and the
     // state of a wizard's Next button.

@@ -9,12 +9,17 @@
 #include "guibase/settings/UQGuiBrowseDialog.h"
 #include "guibase/settings/UQGuiRegistry.h"
 #include "guibase/toolkit/UQCheckBox.h"
+#include "guibase/toolkit/UQMessageBox.h"
 #include "guibase/toolkit/UQWindow.h"
+#include "interfaces/korarchiver.h"
 #include "korlang_ids.h"
 
 const wchar_t* const UQMigrationWizard::CAPTION = L"Migrate files";
 
 namespace {
+
+// The frame's Next button.
+const unsigned short ITEM_NEXT = 440;
 
 // A panel whose buttons and work the wizard handles.
 class ClientPanel : public UQWizardPanel {
@@ -137,6 +142,52 @@ void UQMigrationWizard::mf_implReadPanel(UQWizardPanel& _panel, int _bForward) {
     default:
         break;
     }
+}
+
+int UQMigrationWizard::mf_onCommand(unsigned short _usNotificationCode, unsigned short _usControlId) {
+    if (_usNotificationCode == 0 && _usControlId == ITEM_NEXT && mf_getCurrentIndex() == PANEL_BACKUP) {
+        HWND hPanel = mf_getPanel(PANEL_BACKUP).mf_getHandle();
+        int bChecked = 0;
+        UQCheckBox::mf_isItemChecked(hPanel, IDC_CLIENT_BACKUP_CHECK, bChecked);
+        const std::wstring sFile = itemText(hPanel, IDC_CLIENT_OPTION_FILE_EDIT);
+        std::wstring sReason;
+        if (bChecked && !sFile.empty() && !mf_implCheckOptionFile(sFile, sReason)) {
+            UQMessageBox box(CString((L"The option file cannot be used:\r\n" + sReason).c_str()),
+                             UQSeverity(UVSeverity::RED), UQMessageBox::BUTTONS_SINGLE, CAPTION);
+            box.mf_show(mf_getHandle());
+            return 1;
+        }
+    }
+    return UQWizard::mf_onCommand(_usNotificationCode, _usControlId);
+}
+
+int UQMigrationWizard::mf_implCheckOptionFile(const std::wstring& _sFile, std::wstring& _rsReason) {
+    static const wchar_t* const _sFunction_ = L"UQMigrationWizard::mf_implCheckOptionFile";
+    UQBackup* pBackup = nullptr;
+    int bValid = 0;
+    try {
+        pBackup = UQBackup::mf_createInstance(UQBackend::VRS);
+        UQBackupOptions options;
+        options.mf_setOptionsFilePath(CString(_sFile.c_str()));
+        UQErrnoData error;
+        bValid = UQBackup::mf_validateOptions(pBackup, options, error) ? 1 : 0;
+        if (!bValid)
+            _rsReason = L"'" + _sFile + L"' is not valid";
+    } catch (const UQErrno& e) {
+        _rsReason = e.mf_getDetail().IsEmpty() ? std::wstring(e.mf_toString().GetString())
+                                               : std::wstring(e.mf_getDetail().GetString());
+    }
+    if (pBackup != nullptr) {
+        try {
+            UQBackup::mf_deleteInstance(pBackup);
+        } catch (const UQErrno& e) {
+            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure deleting backup instance: %s",
+                             e.mf_toString());
+        }
+    }
+    if (!bValid)
+        UQReport::mf_log(UQLogData::LEVEL_W, _sFunction_, L"Option file refused: %s", _rsReason.c_str());
+    return bValid;
 }
 
 int UQMigrationWizard::mf_onPanelCommand(UQWizardPanel& _panel, unsigned short _usCode,

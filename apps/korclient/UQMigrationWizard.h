@@ -27,6 +27,8 @@ public:
     void mf_implCancelWizard(int _nResult) override;
     void mf_implReadPanel(UQWizardPanel& _panel, int _bForward) override;
 
+    // Next on the backup panel checks the option file first and names what is wrong with it (file and line).
+    int mf_onCommand(unsigned short _usNotificationCode, unsigned short _usControlId) override;
     // The panels' own buttons.
     int mf_onPanelCommand(UQWizardPanel& _panel, unsigned short _usCode, unsigned short _usId);
     // The run, on the worker thread.
@@ -37,6 +39,8 @@ public:
     const std::wstring& mf_getFailure() const noexcept { return m_sFailure; }
 
 private:
+    // Whether the option file can be used; else the reason with the file and line.
+    static int mf_implCheckOptionFile(const std::wstring& _sFile, std::wstring& _rsReason);
     // The run's results in the panel, on the window's thread.
     void mf_implShowRun(UQWizardPanel& _panel);
 
