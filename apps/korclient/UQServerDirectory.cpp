@@ -95,6 +95,7 @@ int UQServerDirectory::mf_readState(State& _rState, std::wstring& _rsReason) con
         const UQHistoryStore store(CString(mf_getHistoryFile().c_str()));
         const UQHistoryStore::Result result = store.mf_search(UQHistoryQuery(), sink);
         _rState.uRecords = result.uRecords;
+        mf_implSkipOrphans(_rState);
         for (const UQErrno& error : result.errors)
             _rState.errors.push_back(error.mf_getDetail().GetString());
         return 1;
@@ -103,6 +104,27 @@ int UQServerDirectory::mf_readState(State& _rState, std::wstring& _rsReason) con
                                                : std::wstring(e.mf_getDetail().GetString());
         return 0;
     }
+}
+
+void UQServerDirectory::mf_implSkipOrphans(State& _rState) const {
+    // A migration interrupted after storing a version and before recording it leaves a version file that
+    // no record names. It is never read, but its place is taken: new versions go after it.
+    WIN32_FIND_DATAW data{};
+    HANDLE hFind = FindFirstFileW(
+        UQSafeFile::mf_long(m_sRoot + L"\\versions\\" + std::to_wstring(VOLUME) + L"\\*.ver").c_str(), &data);
+    if (hFind == INVALID_HANDLE_VALUE)
+        return;
+    do {
+        const std::wstring sName = data.cFileName;
+        std::uint64_t uPosition = 0;
+        std::size_t nDigits = 0;
+        while (nDigits < sName.size() && sName[nDigits] >= L'0' && sName[nDigits] <= L'9' && nDigits < 19)
+            uPosition = uPosition * 10 + static_cast<std::uint64_t>(sName[nDigits++] - L'0');
+        if (nDigits > 0 && sName.compare(nDigits, std::wstring::npos, L".ver") == 0 &&
+            uPosition >= _rState.uNextPosition)
+            _rState.uNextPosition = uPosition + 1;
+    } while (FindNextFileW(hFind, &data));
+    FindClose(hFind);
 }
 
 int UQServerDirectory::mf_storeVersion(HANDLE _hSource, UQVersionRecord& _rRecord, std::wstring& _rsReason) {

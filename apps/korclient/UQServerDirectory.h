@@ -39,7 +39,8 @@ public:
     int mf_prepare(std::wstring& _rsReason);
     // One writer at a time: holds "server.lock" open exclusively, waiting up to _dwTimeoutMs.
     int mf_lock(UQOwnedHandle& _rLock, DWORD _dwTimeoutMs, std::wstring& _rsReason);
-    // Reads the history store; a store that cannot be read answers 0 with the reason.
+    // Reads the history store; a store that cannot be read answers 0 with the reason. The next position
+    // also passes every stored version on disk, recorded or not.
     int mf_readState(State& _rState, std::wstring& _rsReason) const;
 
     // Stores the content of _hSource (read from its current position, _rRecord.m_uSize bytes expected) as
@@ -60,5 +61,7 @@ public:
                               std::wstring& _rsReason);
 
 private:
+    void mf_implSkipOrphans(State& _rState) const;
+
     std::wstring m_sRoot;
 };

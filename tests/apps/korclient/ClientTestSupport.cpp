@@ -76,8 +76,10 @@ bool writeFile(const std::wstring& _sPath, const std::string& _sContent) {
 std::string readFile(const std::wstring& _sPath) {
     UQOwnedHandle file;
     std::string sText;
-    if (UQSafeFile::mf_openRead(_sPath, file) != 0 ||
-        UQSafeFile::mf_readStart(file.mf_get(), 1u << 26, sText) != 0)
+    LARGE_INTEGER size{};
+    // One byte more than the size, so that a file that grows meanwhile shows.
+    if (UQSafeFile::mf_openRead(_sPath, file) != 0 || !GetFileSizeEx(file.mf_get(), &size) ||
+        UQSafeFile::mf_readStart(file.mf_get(), static_cast<std::size_t>(size.QuadPart) + 1, sText) != 0)
         return "<missing>";
     return sText;
 }

@@ -284,6 +284,21 @@ TEST_F(MigrationTest, FileMigratedAgainAfterRecallBecomesTheNextVersion) {
     EXPECT_EQ(historyRecords(), 2);
 }
 
+TEST_F(MigrationTest, VersionLeftByAnInterruptedMigrationDoesNotBlockTheNextRun) {
+    std::wstring sWhy;
+    ASSERT_EQ(server.mf_prepare(sWhy), 1) << utf8(sWhy);
+    // Stored, never recorded: what a migration killed right after storing leaves.
+    const std::string sOrphan = "KORDATA 1\n...";
+    ASSERT_TRUE(writeFile(server.mf_getVersionFile(UQServerDirectory::VOLUME, 1), sOrphan));
+    makeFiles({{L"a.txt", "a"}});
+    ASSERT_EQ(migrate(), 1) << utf8(reason);
+    ASSERT_EQ(outcomes.size(), 1u);
+    EXPECT_EQ(utf8(outcomes[0].sResult), "Migrated");
+    EXPECT_TRUE(isVerifiedStub(L"a.txt"));
+    EXPECT_EQ(storedFiles(), (std::vector<std::wstring>{L"1\\1.ver", L"1\\2.ver"}));
+    EXPECT_EQ(readFile(server.mf_getVersionFile(UQServerDirectory::VOLUME, 1)), sOrphan);
+}
+
 TEST_F(MigrationTest, CorruptHistoryStoreNamesFileAndLineAndTheMigrationGoesOn) {
     std::wstring sWhy;
     ASSERT_EQ(server.mf_prepare(sWhy), 1) << utf8(sWhy);
