@@ -188,9 +188,10 @@ INT_PTR UQClientWindow::mf_onInitDialog(HWND _hDlg) {
     SendDlgItemMessageW(_hDlg, IDC_MAIN_FROM, DTM_SETSYSTEMTIME, GDT_NONE, 0);
     SendDlgItemMessageW(_hDlg, IDC_MAIN_TO, DTM_SETSYSTEMTIME, GDT_NONE, 0);
     UQListPanel::mf_initFullRowSelect(m_hList);
-    UQListPanel::mf_insertColumn(m_hList, 0, L"File", 300, LVCFMT_LEFT);
-    UQListPanel::mf_insertColumn(m_hList, 1, L"Versions", 70, LVCFMT_LEFT);
-    UQListPanel::mf_insertColumn(m_hList, 2, L"Status", 110, LVCFMT_LEFT);
+    // Paths are long, the other columns hold a word or a number.
+    UQListPanel::mf_insertColumn(m_hList, 0, L"File", 350, LVCFMT_LEFT);
+    UQListPanel::mf_insertColumn(m_hList, 1, L"Versions", 65, LVCFMT_LEFT);
+    UQListPanel::mf_insertColumn(m_hList, 2, L"Status", 95, LVCFMT_LEFT);
     UQListPanel::mf_insertColumn(m_hList, 3, L"Security", 60, LVCFMT_LEFT);
     UQListPanel::mf_insertColumn(m_hList, 4, L"Streams", 60, LVCFMT_LEFT);
     UQListPanel::mf_adjustColumnWidths(m_hList, 1);
@@ -214,6 +215,10 @@ INT_PTR UQClientWindow::mf_onInitDialog(HWND _hDlg) {
 }
 
 void UQClientWindow::mf_onShowTip() {
+    // A modal dialog shows itself once its queue is first empty; the tip comes before that and would stand
+    // alone on the screen.
+    ShowWindow(m_hDlg, SW_SHOW);
+    UpdateWindow(m_hDlg);
     UQInformationBox tip(L"Tip", L"Migrated files stay in their folders as stub files.",
                          L"Search the history to find every version the storage server keeps, retrieve "
                          L"versions into a folder of your choice, or recall stub files in place.",
