@@ -215,6 +215,35 @@ TEST_F(RetrievalTest, ExistingFileIsNeverOverwritten) {
     EXPECT_EQ(readFile(sDestination + L"\\a.bin"), "mine");
 }
 
+// Wine 8 makes hard links (CreateHardLinkW) but no symbolic links or junctions: the hard link is the link a
+// test can plant here.
+TEST_F(RetrievalTest, HardLinkPlantedInTheDestinationIsNotWrittenThrough) {
+    const std::wstring sOutside = scratch.path() + L"\\outside.txt";
+    ASSERT_TRUE(writeFile(sOutside, "precious"));
+    ASSERT_TRUE(CreateDirectoryW(UQSafeFile::mf_long(sDestination).c_str(), nullptr));
+    ASSERT_TRUE(CreateHardLinkW(UQSafeFile::mf_long(sDestination + L"\\a.bin").c_str(),
+                                UQSafeFile::mf_long(sOutside).c_str(), nullptr));
+    ASSERT_EQ(retrieve({craft(1, L"a.bin", "planted over")}), 1) << utf8(reason);
+    ASSERT_EQ(outcomes.size(), 1u);
+    EXPECT_EQ(outcomes[0].eSeverity, UQFileOutcome::YELLOW);
+    EXPECT_EQ(utf8(outcomes[0].sResult), "Not retrieved: a file of this name exists already and is kept");
+    EXPECT_EQ(readFile(sOutside), "precious");
+    EXPECT_EQ(readFile(sDestination + L"\\a.bin"), "precious");
+}
+
+TEST_F(RetrievalTest, RecallOfAStubThatIsAHardLinkReplacesTheNameOnlyAndTheOtherFileKeepsItsBytes) {
+    const std::string sContent = contentOf(14, 3000);
+    const std::wstring sStub = migrated(L"a.bin", sContent);
+    const std::string sStubText = readFile(sStub);
+    const std::wstring sOther = scratch.path() + L"\\other-name.txt";
+    ASSERT_TRUE(
+        CreateHardLinkW(UQSafeFile::mf_long(sOther).c_str(), UQSafeFile::mf_long(sStub).c_str(), nullptr));
+    const UQFileOutcome outcome = UQRetrieval(server).mf_recall(sStub);
+    EXPECT_EQ(utf8(outcome.sResult), "Recalled");
+    EXPECT_EQ(readFile(sStub), sContent);
+    EXPECT_EQ(readFile(sOther), sStubText);
+}
+
 TEST_F(RetrievalTest, ChangedStoredDataIsNotRetrievedAndLeavesNothingBehind) {
     UQRetrieval::Request request = craft(1, L"a.bin", "original content");
     const std::wstring sVersion = server.mf_getVersionFile(UQServerDirectory::VOLUME, 1);
