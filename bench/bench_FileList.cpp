@@ -31,10 +31,10 @@
 
 namespace {
 
-constexpr std::size_t kCallCount = 1'000'000;
-constexpr std::uint64_t kSeed = 0x46494C45u;
+constexpr std::size_t CALL_COUNT = 1'000'000;
+constexpr std::uint64_t SEED = 0x46494C45u;
 // One path in ten gets a second version right after its first.
-constexpr unsigned kRepeatOneIn = 10;
+constexpr unsigned REPEAT_ONE_IN = 10;
 
 // Windows paths of 40 to 120 characters: a few roots, directory words shared by many paths, mixed case, a
 // numbered file name padded with letters, an extension. Drawn from std::mt19937_64 without library
@@ -45,10 +45,10 @@ public:
 
     std::wstring next() {
         const std::size_t target = 40 + pick(81); // 40..120
-        std::wstring path = kRoots[pick(std::size(kRoots))];
-        const std::wstring ext = kExtensions[pick(std::size(kExtensions))];
+        std::wstring path = ROOTS[pick(std::size(ROOTS))];
+        const std::wstring ext = EXTENSIONS[pick(std::size(EXTENSIONS))];
         for (;;) {
-            std::wstring dir = kWords[pick(std::size(kWords))];
+            std::wstring dir = WORDS[pick(std::size(WORDS))];
             if (pick(4) == 0)
                 std::transform(dir.begin(), dir.end(), dir.begin(), [](wchar_t c) {
                     return (c >= L'a' && c <= L'z') ? static_cast<wchar_t>(c - L'a' + L'A') : c;
@@ -60,7 +60,7 @@ public:
         }
         const std::size_t stemLength = target - path.size() - ext.size();
         std::wstring stem =
-            std::wstring(kWords[pick(std::size(kWords))]) + L'_' + std::to_wstring(pick(1000000));
+            std::wstring(WORDS[pick(std::size(WORDS))]) + L'_' + std::to_wstring(pick(1000000));
         while (stem.size() < stemLength)
             stem += static_cast<wchar_t>(L'a' + pick(26));
         stem.resize(stemLength);
@@ -70,18 +70,18 @@ public:
     std::uint64_t pick(std::uint64_t _n) { return m_rng() % _n; }
 
 private:
-    static constexpr const wchar_t* kRoots[] = {
+    static constexpr const wchar_t* ROOTS[] = {
         L"C:\\",       L"D:\\Data\\", L"E:\\", L"\\\\fileserver01\\projects\\", L"\\\\NAS\\archive$\\",
         L"H:\\Home\\",
     };
-    static constexpr const wchar_t* kWords[] = {
+    static constexpr const wchar_t* WORDS[] = {
         L"Users",     L"Documents",     L"Projects",    L"Archive",  L"Backup",    L"Shared",
         L"Finance",   L"Reports",       L"2019",        L"2020",     L"2021",      L"Q1",
         L"Q4",        L"Customers",     L"Invoices",    L"src",      L"include",   L"Temp",
         L"Common",    L"Program Files", L"Pictures",    L"Daten",    L"Migration", L"Scans",
         L"Contracts", L"Marketing",     L"Engineering", L"Drawings",
     };
-    static constexpr const wchar_t* kExtensions[] = {
+    static constexpr const wchar_t* EXTENSIONS[] = {
         L".docx", L".xlsx", L".pdf", L".txt", L".dwg", L".jpg", L".msg", L".zip", L".cpp", L".log",
     };
     std::mt19937_64 m_rng;
@@ -97,24 +97,24 @@ struct Input {
 
 const Input& input() {
     static const Input s = [] {
-        PathGenerator generator(kSeed);
+        PathGenerator generator(SEED);
         std::vector<std::wstring> paths;
-        paths.reserve(kCallCount);
-        for (std::size_t i = 0; i < kCallCount; ++i)
+        paths.reserve(CALL_COUNT);
+        for (std::size_t i = 0; i < CALL_COUNT; ++i)
             paths.push_back(generator.next());
         std::sort(paths.begin(), paths.end());
         paths.erase(std::unique(paths.begin(), paths.end()), paths.end());
         Input in;
-        in.entries.reserve(kCallCount);
-        for (std::size_t p = 0; p < paths.size() && in.entries.size() < kCallCount; ++p) {
+        in.entries.reserve(CALL_COUNT);
+        for (std::size_t p = 0; p < paths.size() && in.entries.size() < CALL_COUNT; ++p) {
             const CString path(paths[p].c_str());
             const UQFileSize size(static_cast<std::int64_t>(generator.pick(1u << 30)));
             const UQFileTime time(132000000000000000ull + generator.pick(10000000000000000ull));
-            if (in.split == 0 && in.entries.size() >= kCallCount / 2)
+            if (in.split == 0 && in.entries.size() >= CALL_COUNT / 2)
                 in.split = in.entries.size();
             in.entries.emplace_back(path, 1, size, time);
             ++in.distinctPaths;
-            if (generator.pick(kRepeatOneIn) == 0 && in.entries.size() < kCallCount)
+            if (generator.pick(REPEAT_ONE_IN) == 0 && in.entries.size() < CALL_COUNT)
                 in.entries.emplace_back(path, 2, UQFileSize(size.mf_getValue() + 4096),
                                         UQFileTime(time.mf_getValue() + 1));
         }
@@ -124,9 +124,9 @@ const Input& input() {
 }
 
 const CString& resultText(std::size_t _i) {
-    static const CString kResults[] = {CString(L"Migrated"), CString(L"Migrated (stub kept)"),
-                                       CString(L"Skipped: file is in use")};
-    return kResults[_i % 3 == 2 && _i % 7 == 0 ? 2 : _i % 2];
+    static const CString RESULTS[] = {CString(L"Migrated"), CString(L"Migrated (stub kept)"),
+                                      CString(L"Skipped: file is in use")};
+    return RESULTS[_i % 3 == 2 && _i % 7 == 0 ? 2 : _i % 2];
 }
 
 // Resident memory of the process in bytes, after returning freed heap pages to the system so that what one

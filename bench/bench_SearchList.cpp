@@ -18,7 +18,7 @@ namespace {
 
 using search_bench::Result;
 
-constexpr int kProducers = 2;
+constexpr int PRODUCERS = 2;
 
 // The limit's result per history size, so that the list can relate itself to it.
 std::map<std::uint32_t, Result>& limits() {
@@ -41,7 +41,7 @@ void report(benchmark::State& state, const Result& r) {
 void run(benchmark::State& state, search_bench::Side side) {
     const std::uint32_t files = static_cast<std::uint32_t>(state.range(0));
     for (auto _ : state) {
-        const Result r = search_bench::runInChildProcess(side, files, kProducers);
+        const Result r = search_bench::runInChildProcess(side, files, PRODUCERS);
         if (!r.ok) {
             state.SkipWithError(r.error);
             return;

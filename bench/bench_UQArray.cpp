@@ -18,10 +18,10 @@
 
 namespace {
 
-constexpr std::int64_t kAppendCount = 10'000'000;
-constexpr std::size_t kSortCount = 1'000'000;
-constexpr std::int64_t kSortIterations = 4;
-constexpr std::uint64_t kSeed = 0x4B4F5247u;
+constexpr std::int64_t APPEND_COUNT = 10'000'000;
+constexpr std::size_t SORT_COUNT = 1'000'000;
+constexpr std::int64_t SORT_ITERATIONS = 4;
+constexpr std::uint64_t SEED = 0x4B4F5247u;
 
 // CPU seconds per iteration of each subject, so a UQArray benchmark can relate itself to the
 // std:: benchmark that ran before it.
@@ -58,7 +58,7 @@ void BM_VectorPushBack(benchmark::State& state) {
     for (auto _ : state) {
         CpuClock clock;
         std::vector<void*> v;
-        for (std::int64_t i = 0; i < kAppendCount; ++i)
+        for (std::int64_t i = 0; i < APPEND_COUNT; ++i)
             v.push_back(reinterpret_cast<void*>(static_cast<std::intptr_t>(i)));
         benchmark::DoNotOptimize(v.data());
         benchmark::ClobberMemory();
@@ -66,7 +66,7 @@ void BM_VectorPushBack(benchmark::State& state) {
         seconds += clock.seconds();
     }
     record(state, "append/std", "", seconds);
-    state.SetItemsProcessed(state.iterations() * kAppendCount);
+    state.SetItemsProcessed(state.iterations() * APPEND_COUNT);
 }
 
 void BM_UQArrayAdd(benchmark::State& state) {
@@ -76,7 +76,7 @@ void BM_UQArrayAdd(benchmark::State& state) {
         CpuClock clock;
         {
             UQArray<void*, void*> a;
-            for (std::int64_t i = 0; i < kAppendCount; ++i)
+            for (std::int64_t i = 0; i < APPEND_COUNT; ++i)
                 a.Add(reinterpret_cast<void*>(static_cast<std::intptr_t>(i)));
             benchmark::DoNotOptimize(a.GetData());
             benchmark::ClobberMemory();
@@ -85,7 +85,7 @@ void BM_UQArrayAdd(benchmark::State& state) {
         seconds += clock.seconds();
     }
     record(state, "append/UQArray", "append/std", seconds);
-    state.SetItemsProcessed(state.iterations() * kAppendCount);
+    state.SetItemsProcessed(state.iterations() * APPEND_COUNT);
     state.counters["capacity"] = static_cast<double>(allocSize);
 }
 
@@ -100,10 +100,10 @@ public:
 
     std::wstring next() {
         const std::size_t target = 30 + pick(91); // 30..120
-        std::wstring path = kRoots[pick(std::size(kRoots))];
-        const std::wstring ext = kExtensions[pick(std::size(kExtensions))];
+        std::wstring path = ROOTS[pick(std::size(ROOTS))];
+        const std::wstring ext = EXTENSIONS[pick(std::size(EXTENSIONS))];
         for (;;) {
-            const std::wstring dir = withCase(kWords[pick(std::size(kWords))]);
+            const std::wstring dir = withCase(WORDS[pick(std::size(WORDS))]);
             if (path.size() + dir.size() + 1 + 4 + ext.size() > target)
                 break;
             path += dir;
@@ -111,19 +111,19 @@ public:
         }
         // The file name fills the path to its length: a word, a number, random letters if still short.
         const std::size_t stemLength = target - path.size() - ext.size();
-        std::wstring stem = withCase(kWords[pick(std::size(kWords))]) + L'_' + std::to_wstring(pick(100000));
+        std::wstring stem = withCase(WORDS[pick(std::size(WORDS))]) + L'_' + std::to_wstring(pick(100000));
         while (stem.size() < stemLength)
-            stem += kFill[pick(std::size(kFill) - 1)];
+            stem += FILL[pick(std::size(FILL) - 1)];
         stem.resize(stemLength);
         return path + stem + ext;
     }
 
 private:
-    static constexpr const wchar_t* kRoots[] = {
+    static constexpr const wchar_t* ROOTS[] = {
         L"C:\\",       L"D:\\Data\\", L"E:\\", L"\\\\fileserver01\\projects\\", L"\\\\NAS\\archive$\\",
         L"H:\\Home\\",
     };
-    static constexpr const wchar_t* kWords[] = {
+    static constexpr const wchar_t* WORDS[] = {
         L"Users",
         L"Documents",
         L"Projects",
@@ -171,10 +171,10 @@ private:
         L"New Folder",
         L"copy of data",
     };
-    static constexpr const wchar_t* kExtensions[] = {
+    static constexpr const wchar_t* EXTENSIONS[] = {
         L".docx", L".pdf", L".txt", L".xlsx", L".jpg", L".log", L".cpp", L".h", L".msg", L".zip",
     };
-    static constexpr wchar_t kFill[] = L"abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
+    static constexpr wchar_t FILL[] = L"abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
 
     std::size_t pick(std::size_t _n) { return static_cast<std::size_t>(m_rng() % _n); }
 
@@ -194,10 +194,10 @@ private:
 
 const std::vector<CString>& unsortedPaths() {
     static const std::vector<CString> paths = [] {
-        PathGenerator gen(kSeed);
+        PathGenerator gen(SEED);
         std::vector<CString> v;
-        v.reserve(kSortCount);
-        for (std::size_t i = 0; i < kSortCount; ++i)
+        v.reserve(SORT_COUNT);
+        for (std::size_t i = 0; i < SORT_COUNT; ++i)
             v.emplace_back(gen.next());
         return v;
     }();
@@ -228,7 +228,7 @@ void BM_StdSortNoCase(benchmark::State& state) {
     if (!sortedNoCase(copies[0].begin(), copies[0].end()))
         state.SkipWithError("std::sort left the paths out of order");
     record(state, "sort/std", "", seconds);
-    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kSortCount));
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(SORT_COUNT));
 }
 
 void BM_UQArraySortPointerArray(benchmark::State& state) {
@@ -254,7 +254,7 @@ void BM_UQArraySortPointerArray(benchmark::State& state) {
     if (!sortedNoCase(first.GetData(), first.GetData() + first.GetSize()))
         state.SkipWithError("mf_sortPointerArray left the paths out of order");
     record(state, "sort/UQArray", "sort/std", seconds);
-    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kSortCount));
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(SORT_COUNT));
 }
 
 } // namespace
@@ -262,7 +262,7 @@ void BM_UQArraySortPointerArray(benchmark::State& state) {
 // Each pair runs the std:: baseline first so the UQArray benchmark can report its ratio.
 BENCHMARK(BM_VectorPushBack)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(BM_UQArrayAdd)->Unit(benchmark::kMillisecond)->MinTime(2.0);
-BENCHMARK(BM_StdSortNoCase)->Unit(benchmark::kMillisecond)->Iterations(kSortIterations);
-BENCHMARK(BM_UQArraySortPointerArray)->Unit(benchmark::kMillisecond)->Iterations(kSortIterations);
+BENCHMARK(BM_StdSortNoCase)->Unit(benchmark::kMillisecond)->Iterations(SORT_ITERATIONS);
+BENCHMARK(BM_UQArraySortPointerArray)->Unit(benchmark::kMillisecond)->Iterations(SORT_ITERATIONS);
 
 BENCHMARK_MAIN();

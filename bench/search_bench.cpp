@@ -48,7 +48,7 @@ private:
     double m_cpuStart;
 };
 
-// A value in kB from /proc/self/status ("VmHWM", "VmRSS").
+// A value in B from /proc/self/status ("VmHWM", "VmRSS").
 std::uint64_t statusKiB(const char* key) {
     FILE* f = std::fopen("/proc/self/status", "r");
     if (f == nullptr)

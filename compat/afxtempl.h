@@ -2,7 +2,7 @@
 // values, CString) are moved by realloc, so the capped growth step costs no copying of the elements.
 #pragma once
 
-#include "afx.h"
+#include "compat/afx.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -89,7 +89,7 @@ protected:
     INT_PTR m_nGrowBy = 0;
 
 private:
-    static constexpr bool kRelocatable = AfxIsRelocatable<TYPE>::value;
+    static constexpr bool RELOCATABLE = AfxIsRelocatable<TYPE>::value;
 
     static void constructRange(TYPE* _p, INT_PTR _n) {
         if constexpr (std::is_trivially_copyable_v<TYPE>) {
@@ -114,7 +114,7 @@ private:
         return static_cast<TYPE*>(p);
     }
     void reallocate(INT_PTR _nNewMax) {
-        if constexpr (kRelocatable) {
+        if constexpr (RELOCATABLE) {
             if (static_cast<std::size_t>(_nNewMax) > SIZE_MAX / sizeof(TYPE))
                 AfxThrowInvalidArgException();
             void* p =
@@ -142,35 +142,35 @@ private:
 };
 
 template <class TYPE, class ARG_TYPE>
-void CArray<TYPE, ARG_TYPE>::SetSize(INT_PTR nNewSize, INT_PTR nGrowBy) {
-    if (nNewSize < 0)
+void CArray<TYPE, ARG_TYPE>::SetSize(INT_PTR _nNewSize, INT_PTR _nGrowBy) {
+    if (_nNewSize < 0)
         AfxThrowInvalidArgException();
-    if (nGrowBy >= 0)
-        m_nGrowBy = nGrowBy;
-    if (nNewSize == 0) {
+    if (_nGrowBy >= 0)
+        m_nGrowBy = _nGrowBy;
+    if (_nNewSize == 0) {
         freeAll();
     } else if (m_pData == nullptr) {
-        const INT_PTR nAlloc = nNewSize > m_nGrowBy ? nNewSize : m_nGrowBy;
+        const INT_PTR nAlloc = _nNewSize > m_nGrowBy ? _nNewSize : m_nGrowBy;
         m_pData = allocate(nAlloc);
-        constructRange(m_pData, nNewSize);
-        m_nSize = nNewSize;
+        constructRange(m_pData, _nNewSize);
+        m_nSize = _nNewSize;
         m_nMaxSize = nAlloc;
-    } else if (nNewSize <= m_nMaxSize) {
-        if (nNewSize > m_nSize)
-            constructRange(m_pData + m_nSize, nNewSize - m_nSize);
-        else if (nNewSize < m_nSize)
-            destroyRange(m_pData + nNewSize, m_nSize - nNewSize);
-        m_nSize = nNewSize;
+    } else if (_nNewSize <= m_nMaxSize) {
+        if (_nNewSize > m_nSize)
+            constructRange(m_pData + m_nSize, _nNewSize - m_nSize);
+        else if (_nNewSize < m_nSize)
+            destroyRange(m_pData + _nNewSize, m_nSize - _nNewSize);
+        m_nSize = _nNewSize;
     } else {
         INT_PTR step = m_nGrowBy;
         if (step == 0) {
             step = m_nSize / 8;
             step = step < 4 ? 4 : (step > 1024 ? 1024 : step);
         }
-        const INT_PTR nNewMax = nNewSize < m_nMaxSize + step ? m_nMaxSize + step : nNewSize;
+        const INT_PTR nNewMax = _nNewSize < m_nMaxSize + step ? m_nMaxSize + step : _nNewSize;
         reallocate(nNewMax);
-        constructRange(m_pData + m_nSize, nNewSize - m_nSize);
-        m_nSize = nNewSize;
+        constructRange(m_pData + m_nSize, _nNewSize - m_nSize);
+        m_nSize = _nNewSize;
     }
 }
 
@@ -185,59 +185,60 @@ template <class TYPE, class ARG_TYPE> void CArray<TYPE, ARG_TYPE>::FreeExtra() {
 }
 
 template <class TYPE, class ARG_TYPE>
-void CArray<TYPE, ARG_TYPE>::SetAtGrow(INT_PTR nIndex, ARG_TYPE newElement) {
-    if (nIndex < 0)
+void CArray<TYPE, ARG_TYPE>::SetAtGrow(INT_PTR _nIndex, ARG_TYPE _newElement) {
+    if (_nIndex < 0)
         AfxThrowInvalidArgException();
-    if (nIndex >= m_nSize) {
+    if (_nIndex >= m_nSize) {
         // The element may live in our own buffer, which growing can move.
-        TYPE copy(newElement);
-        SetSize(nIndex + 1, -1);
-        m_pData[nIndex] = std::move(copy);
+        TYPE copy(_newElement);
+        SetSize(_nIndex + 1, -1);
+        m_pData[_nIndex] = std::move(copy);
         return;
     }
-    m_pData[nIndex] = newElement;
+    m_pData[_nIndex] = _newElement;
 }
 
-template <class TYPE, class ARG_TYPE> INT_PTR CArray<TYPE, ARG_TYPE>::Append(const CArray& src) {
-    if (this == &src)
+template <class TYPE, class ARG_TYPE> INT_PTR CArray<TYPE, ARG_TYPE>::Append(const CArray& _src) {
+    if (this == &_src)
         AfxThrowInvalidArgException();
     const INT_PTR nOld = m_nSize;
-    SetSize(m_nSize + src.m_nSize);
-    for (INT_PTR i = 0; i < src.m_nSize; ++i)
-        m_pData[nOld + i] = src.m_pData[i];
+    SetSize(m_nSize + _src.m_nSize);
+    for (INT_PTR i = 0; i < _src.m_nSize; ++i)
+        m_pData[nOld + i] = _src.m_pData[i];
     return nOld;
 }
 
-template <class TYPE, class ARG_TYPE> void CArray<TYPE, ARG_TYPE>::Copy(const CArray& src) {
-    if (this == &src)
+template <class TYPE, class ARG_TYPE> void CArray<TYPE, ARG_TYPE>::Copy(const CArray& _src) {
+    if (this == &_src)
         return;
-    SetSize(src.m_nSize);
-    for (INT_PTR i = 0; i < src.m_nSize; ++i)
-        m_pData[i] = src.m_pData[i];
+    SetSize(_src.m_nSize);
+    for (INT_PTR i = 0; i < _src.m_nSize; ++i)
+        m_pData[i] = _src.m_pData[i];
 }
 
 template <class TYPE, class ARG_TYPE>
-void CArray<TYPE, ARG_TYPE>::InsertAt(INT_PTR nIndex, ARG_TYPE newElement, INT_PTR nCount) {
-    if (nIndex < 0 || nCount <= 0)
+void CArray<TYPE, ARG_TYPE>::InsertAt(INT_PTR _nIndex, ARG_TYPE _newElement, INT_PTR _nCount) {
+    if (_nIndex < 0 || _nCount <= 0)
         AfxThrowInvalidArgException();
-    TYPE copy(newElement);
-    if (nIndex >= m_nSize) {
-        SetSize(nIndex + nCount, -1);
+    TYPE copy(_newElement);
+    if (_nIndex >= m_nSize) {
+        SetSize(_nIndex + _nCount, -1);
     } else {
         const INT_PTR nOld = m_nSize;
-        SetSize(m_nSize + nCount, -1);
-        for (INT_PTR i = nOld - 1; i >= nIndex; --i)
-            m_pData[i + nCount] = std::move(m_pData[i]);
+        SetSize(m_nSize + _nCount, -1);
+        for (INT_PTR i = nOld - 1; i >= _nIndex; --i)
+            m_pData[i + _nCount] = std::move(m_pData[i]);
     }
-    for (INT_PTR i = 0; i < nCount; ++i)
-        m_pData[nIndex + i] = copy;
+    for (INT_PTR i = 0; i < _nCount; ++i)
+        m_pData[_nIndex + i] = copy;
 }
 
-template <class TYPE, class ARG_TYPE> void CArray<TYPE, ARG_TYPE>::RemoveAt(INT_PTR nIndex, INT_PTR nCount) {
-    if (nIndex < 0 || nCount < 0 || nIndex + nCount > m_nSize)
+template <class TYPE, class ARG_TYPE>
+void CArray<TYPE, ARG_TYPE>::RemoveAt(INT_PTR _nIndex, INT_PTR _nCount) {
+    if (_nIndex < 0 || _nCount < 0 || _nIndex + _nCount > m_nSize)
         AfxThrowInvalidArgException();
-    for (INT_PTR i = nIndex; i + nCount < m_nSize; ++i)
-        m_pData[i] = std::move(m_pData[i + nCount]);
-    destroyRange(m_pData + m_nSize - nCount, nCount);
-    m_nSize -= nCount;
+    for (INT_PTR i = _nIndex; i + _nCount < m_nSize; ++i)
+        m_pData[i] = std::move(m_pData[i + _nCount]);
+    destroyRange(m_pData + m_nSize - _nCount, _nCount);
+    m_nSize -= _nCount;
 }

@@ -1,10 +1,11 @@
-#include "afx.h"
+#include "compat/afx.h"
 
 #include "utf8.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <cwchar>
 #include <new>
 
 namespace {
@@ -21,240 +22,242 @@ wchar_t* emptyChars() noexcept {
     return g_empty.terminator;
 }
 
-int lengthOf(const wchar_t* p) noexcept {
-    if (p == nullptr)
+int lengthOf(const wchar_t* _pszP) noexcept {
+    if (_pszP == nullptr)
         return 0;
-    const wchar_t* q = p;
+    const wchar_t* q = _pszP;
     while (*q != 0)
         ++q;
-    return static_cast<int>(q - p);
+    return static_cast<int>(q - _pszP);
 }
 
-bool inSet(wchar_t c, const wchar_t* set) noexcept {
-    if (set == nullptr)
+bool inSet(wchar_t _cC, const wchar_t* _pszSet) noexcept {
+    if (_pszSet == nullptr)
         return false;
-    for (; *set != 0; ++set)
-        if (*set == c)
+    for (; *_pszSet != 0; ++_pszSet)
+        if (*_pszSet == _cC)
             return true;
     return false;
 }
 
-bool isSpace(wchar_t c) noexcept {
-    return c == L' ' || c == L'\t' || c == L'\r' || c == L'\n' || c == L'\v' || c == L'\f' || c == 0x00A0 ||
-           c == 0x3000;
+bool isSpace(wchar_t _cC) noexcept {
+    return _cC == L' ' || _cC == L'\t' || _cC == L'\r' || _cC == L'\n' || _cC == L'\v' || _cC == L'\f' ||
+           _cC == 0x00A0 || _cC == 0x3000;
 }
 
-// The ASCII part of AfxFoldLower, inline: sorting file lists spends its time comparing mostly-ASCII names.
-unsigned foldAsciiLower(unsigned u) noexcept {
-    return (u >= 'A' && u <= 'Z') ? u + 32 : u;
+// The ASCII part of AfxFoldUpper, inline: sorting file lists spends its time comparing mostly-ASCII names.
+unsigned foldAsciiUpper(unsigned _uU) noexcept {
+    return (_uU >= 'a' && _uU <= 'z') ? _uU - 32 : _uU;
 }
 
 } // namespace
 
 static_assert(sizeof(CString) == sizeof(void*), "CString is relocatable as one pointer");
 
-wchar_t AfxFoldLower(wchar_t c) noexcept {
-    const unsigned u = static_cast<unsigned>(c);
-    if (u < 0x80)
-        return (u >= 'A' && u <= 'Z') ? static_cast<wchar_t>(u + 32) : c;
-    if (u >= 0xC0 && u <= 0xDE && u != 0xD7)
-        return static_cast<wchar_t>(u + 32);
-    // U+0130 (capital I with dot) is left alone: its lower case is the ASCII i, not U+0131.
-    if (u >= 0x100 && u <= 0x137 && (u & 1) == 0 && u != 0x130)
-        return static_cast<wchar_t>(u + 1);
-    if (u >= 0x139 && u <= 0x148 && (u & 1) == 1)
-        return static_cast<wchar_t>(u + 1);
-    if (u >= 0x14A && u <= 0x177 && (u & 1) == 0)
-        return static_cast<wchar_t>(u + 1);
-    if (u == 0x178)
-        return static_cast<wchar_t>(0xFF);
-    if (u >= 0x179 && u <= 0x17E && (u & 1) == 1)
-        return static_cast<wchar_t>(u + 1);
-    if (u >= 0x391 && u <= 0x3A9 && u != 0x3A2)
-        return static_cast<wchar_t>(u + 32);
-    if (u >= 0x410 && u <= 0x42F)
-        return static_cast<wchar_t>(u + 32);
-    if (u >= 0x400 && u <= 0x40F)
-        return static_cast<wchar_t>(u + 80);
-    return c;
-}
-
-wchar_t AfxFoldUpper(wchar_t c) noexcept {
-    const unsigned u = static_cast<unsigned>(c);
-    if (u < 0x80)
-        return (u >= 'a' && u <= 'z') ? static_cast<wchar_t>(u - 32) : c;
-    if (u >= 0xE0 && u <= 0xFE && u != 0xF7)
-        return static_cast<wchar_t>(u - 32);
-    if (u == 0xFF)
-        return static_cast<wchar_t>(0x178);
-    if (u >= 0x101 && u <= 0x138 && (u & 1) == 1 && u != 0x131 && u != 0x138)
-        return static_cast<wchar_t>(u - 1);
-    if (u >= 0x13A && u <= 0x148 && (u & 1) == 0)
-        return static_cast<wchar_t>(u - 1);
-    if (u >= 0x14B && u <= 0x177 && (u & 1) == 1)
-        return static_cast<wchar_t>(u - 1);
-    if (u >= 0x17A && u <= 0x17E && (u & 1) == 0)
-        return static_cast<wchar_t>(u - 1);
-    if (u >= 0x3B1 && u <= 0x3C9 && u != 0x3C2)
-        return static_cast<wchar_t>(u - 32);
-    if (u >= 0x430 && u <= 0x44F)
-        return static_cast<wchar_t>(u - 32);
-    if (u >= 0x450 && u <= 0x45F)
-        return static_cast<wchar_t>(u - 80);
-    return c;
-}
-
 namespace uqfmt {
-Arg makeArg(const CString& s) {
-    return makeArg(s.GetString());
+Arg makeArg(const CString& _sS) {
+    return makeArg(_sS.GetString());
 }
 } // namespace uqfmt
 
-CString::Data* CString::allocate(int n) {
-    if (n < 0)
+namespace {
+
+// Text that never was UTF-16 (a wide literal or a C library result on Linux, where wchar_t has 32 bits)
+// holds characters beyond the BMP as one unit; CString keeps them as surrogate pairs, as on Windows.
+bool hasUnitsBeyondBmp(const wchar_t* _pText, int _nLength) noexcept {
+#if WCHAR_MAX > 0xFFFF
+    for (int i = 0; i < _nLength; ++i)
+        if (static_cast<unsigned long>(_pText[i]) > 0xFFFFu)
+            return true;
+#else
+    (void)_pText;
+    (void)_nLength;
+#endif
+    return false;
+}
+
+std::wstring asUtf16(const wchar_t* _pText, int _nLength) {
+    std::wstring out;
+    out.reserve(static_cast<std::size_t>(_nLength) + 1);
+    for (int i = 0; i < _nLength; ++i) {
+        unsigned long c = static_cast<unsigned long>(_pText[i]);
+        if (c > 0x10FFFFu) {
+            out += static_cast<wchar_t>(0xFFFD);
+        } else if (c > 0xFFFFu) {
+            c -= 0x10000u;
+            out += static_cast<wchar_t>(0xD800u + (c >> 10));
+            out += static_cast<wchar_t>(0xDC00u + (c & 0x3FFu));
+        } else {
+            out += static_cast<wchar_t>(c);
+        }
+    }
+    return out;
+}
+
+} // namespace
+
+CString::Data* CString::allocate(int _nLength) {
+    if (_nLength < 0)
         AfxThrowInvalidArgException();
-    void* mem = std::malloc(sizeof(Data) + (static_cast<std::size_t>(n) + 1) * sizeof(wchar_t));
+    void* mem = std::malloc(sizeof(Data) + (static_cast<std::size_t>(_nLength) + 1) * sizeof(wchar_t));
     if (mem == nullptr)
         throw std::bad_alloc();
     Data* d = new (mem) Data;
     d->nRefs.store(1, std::memory_order_relaxed);
     d->nDataLength = 0;
-    d->nAllocLength = n;
+    d->nAllocLength = _nLength;
     d->chars()[0] = 0;
     return d;
 }
 
-void CString::release(Data* d) noexcept {
-    if (d->nRefs.load(std::memory_order_relaxed) < 0)
+void CString::release(Data* _p) noexcept {
+    // The shared empty string also has a negative count; its address is tested first so that an
+    // optimising compiler sees it is never freed.
+    if (static_cast<void*>(_p) == static_cast<void*>(&g_empty) ||
+        _p->nRefs.load(std::memory_order_relaxed) < 0)
         return;
-    if (d->nRefs.fetch_sub(1, std::memory_order_acq_rel) == 1) {
-        d->~Data();
-        std::free(d);
+    if (_p->nRefs.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+        _p->~Data();
+        std::free(_p);
     }
 }
 
 CString::CString() noexcept : m_pszData(emptyChars()) {}
 
-CString::CString(const CString& s) noexcept : m_pszData(s.m_pszData) {
+CString::CString(const CString& _s) noexcept : m_pszData(_s.m_pszData) {
     Data* d = header();
     if (d->nRefs.load(std::memory_order_relaxed) >= 0)
         d->nRefs.fetch_add(1, std::memory_order_relaxed);
 }
 
-CString::CString(CString&& s) noexcept : m_pszData(s.m_pszData) {
-    s.m_pszData = emptyChars();
+CString::CString(CString&& _s) noexcept : m_pszData(_s.m_pszData) {
+    _s.m_pszData = emptyChars();
 }
 
-CString::CString(PCXSTR psz) : m_pszData(emptyChars()) {
-    assign(psz, lengthOf(psz));
+CString::CString(PCXSTR _psz) : m_pszData(emptyChars()) {
+    assign(_psz, lengthOf(_psz));
 }
 
-CString::CString(PCXSTR pch, int n) : m_pszData(emptyChars()) {
-    if (n < 0 || (pch == nullptr && n > 0))
+CString::CString(PCXSTR _pch, int _nLength) : m_pszData(emptyChars()) {
+    if (_nLength < 0 || (_pch == nullptr && _nLength > 0))
         AfxThrowInvalidArgException();
-    assign(pch, n);
+    assign(_pch, _nLength);
 }
 
-CString::CString(wchar_t ch, int nRepeat) : m_pszData(emptyChars()) {
-    if (nRepeat > 0) {
-        Data* d = allocate(nRepeat);
-        std::fill_n(d->chars(), nRepeat, ch);
-        d->chars()[nRepeat] = 0;
-        d->nDataLength = nRepeat;
+CString::CString(wchar_t _ch, int _nRepeat) : m_pszData(emptyChars()) {
+    if (_nRepeat > 0 && hasUnitsBeyondBmp(&_ch, 1)) {
+        const std::wstring pair = asUtf16(&_ch, 1);
+        for (int i = 0; i < _nRepeat; ++i)
+            append(pair.data(), static_cast<int>(pair.size()));
+    } else if (_nRepeat > 0) {
+        Data* d = allocate(_nRepeat);
+        std::fill_n(d->chars(), _nRepeat, _ch);
+        d->chars()[_nRepeat] = 0;
+        d->nDataLength = _nRepeat;
         m_pszData = d->chars();
     }
 }
 
-CString::CString(const std::wstring& s) : m_pszData(emptyChars()) {
-    assign(s.data(), static_cast<int>(s.size()));
+CString::CString(const std::wstring& _s) : m_pszData(emptyChars()) {
+    assign(_s.data(), static_cast<int>(_s.size()));
 }
 
 CString::~CString() {
     release(header());
 }
 
-CString& CString::operator=(const CString& s) noexcept {
-    if (m_pszData != s.m_pszData) {
-        CString copy(s);
+CString& CString::operator=(const CString& _s) noexcept {
+    if (m_pszData != _s.m_pszData) {
+        CString copy(_s);
         std::swap(m_pszData, copy.m_pszData);
     }
     return *this;
 }
 
-CString& CString::operator=(CString&& s) noexcept {
-    if (this != &s)
-        std::swap(m_pszData, s.m_pszData);
+CString& CString::operator=(CString&& _s) noexcept {
+    if (this != &_s)
+        std::swap(m_pszData, _s.m_pszData);
     return *this;
 }
 
-CString& CString::operator=(PCXSTR psz) {
-    assign(psz, lengthOf(psz));
+CString& CString::operator=(PCXSTR _psz) {
+    assign(_psz, lengthOf(_psz));
     return *this;
 }
 
-CString& CString::operator=(wchar_t ch) {
-    assign(&ch, 1);
+CString& CString::operator=(wchar_t _ch) {
+    assign(&_ch, 1);
     return *this;
 }
 
-CString& CString::operator+=(const CString& s) {
-    if (s.m_pszData == m_pszData) {
-        const CString copy(s);
+CString& CString::operator+=(const CString& _s) {
+    if (_s.m_pszData == m_pszData) {
+        const CString copy(_s);
         append(copy.m_pszData, copy.GetLength());
     } else {
-        append(s.m_pszData, s.GetLength());
+        append(_s.m_pszData, _s.GetLength());
     }
     return *this;
 }
 
-CString& CString::operator+=(PCXSTR psz) {
-    append(psz, lengthOf(psz));
+CString& CString::operator+=(PCXSTR _psz) {
+    append(_psz, lengthOf(_psz));
     return *this;
 }
 
-CString& CString::operator+=(wchar_t ch) {
-    append(&ch, 1);
+CString& CString::operator+=(wchar_t _ch) {
+    append(&_ch, 1);
     return *this;
 }
 
-void CString::assign(PCXSTR pch, int n) {
-    if (n == 0) {
+void CString::assign(PCXSTR _pch, int _nLength) {
+    if (hasUnitsBeyondBmp(_pch, _nLength)) {
+        const std::wstring units = asUtf16(_pch, _nLength);
+        assign(units.data(), static_cast<int>(units.size()));
+        return;
+    }
+    if (_nLength == 0) {
         Empty();
         return;
     }
-    Data* d = allocate(n);
-    std::memmove(d->chars(), pch, static_cast<std::size_t>(n) * sizeof(wchar_t));
-    d->chars()[n] = 0;
-    d->nDataLength = n;
+    Data* d = allocate(_nLength);
+    std::memmove(d->chars(), _pch, static_cast<std::size_t>(_nLength) * sizeof(wchar_t));
+    d->chars()[_nLength] = 0;
+    d->nDataLength = _nLength;
     release(header());
     m_pszData = d->chars();
 }
 
-void CString::append(PCXSTR pch, int n) {
-    if (n <= 0)
+void CString::append(PCXSTR _pch, int _nLength) {
+    if (_nLength <= 0)
         return;
-    const int old = GetLength();
-    if (pch >= m_pszData && pch <= m_pszData + old) {
-        // Appending a part of ourselves: the reallocation must not free it first.
-        const CString part(pch, n);
-        makeUnique(old + n);
-        std::memcpy(m_pszData + old, part.m_pszData, static_cast<std::size_t>(n) * sizeof(wchar_t));
-        setLength(old + n);
+    if (hasUnitsBeyondBmp(_pch, _nLength)) {
+        const std::wstring units = asUtf16(_pch, _nLength);
+        append(units.data(), static_cast<int>(units.size()));
         return;
     }
-    makeUnique(old + n);
-    std::memmove(m_pszData + old, pch, static_cast<std::size_t>(n) * sizeof(wchar_t));
-    setLength(old + n);
+    const int old = GetLength();
+    if (_pch >= m_pszData && _pch <= m_pszData + old) {
+        // Appending a part of ourselves: the reallocation must not free it first.
+        const CString part(_pch, _nLength);
+        makeUnique(old + _nLength);
+        std::memcpy(m_pszData + old, part.m_pszData, static_cast<std::size_t>(_nLength) * sizeof(wchar_t));
+        setLength(old + _nLength);
+        return;
+    }
+    makeUnique(old + _nLength);
+    std::memmove(m_pszData + old, _pch, static_cast<std::size_t>(_nLength) * sizeof(wchar_t));
+    setLength(old + _nLength);
 }
 
-void CString::makeUnique(int nMin) {
+void CString::makeUnique(int _nMinLength) {
     Data* d = header();
     const bool shared = d->nRefs.load(std::memory_order_acquire) != 1;
-    if (!shared && d->nAllocLength >= nMin)
+    if (!shared && d->nAllocLength >= _nMinLength)
         return;
-    int cap = nMin;
-    if (!shared && nMin > d->nAllocLength)
-        cap = std::max(nMin, d->nAllocLength + d->nAllocLength / 2);
+    int cap = _nMinLength;
+    if (!shared && _nMinLength > d->nAllocLength)
+        cap = std::max(_nMinLength, d->nAllocLength + d->nAllocLength / 2);
     Data* n = allocate(cap);
     const int len = std::min(d->nDataLength, cap);
     std::memcpy(n->chars(), d->chars(), static_cast<std::size_t>(len) * sizeof(wchar_t));
@@ -264,12 +267,12 @@ void CString::makeUnique(int nMin) {
     m_pszData = n->chars();
 }
 
-void CString::setLength(int n) noexcept {
+void CString::setLength(int _nLength) noexcept {
     Data* d = header();
     if (d->nRefs.load(std::memory_order_relaxed) < 0)
         return;
-    d->nDataLength = n;
-    d->chars()[n] = 0;
+    d->nDataLength = _nLength;
+    d->chars()[_nLength] = 0;
 }
 
 void CString::Empty() noexcept {
@@ -277,27 +280,27 @@ void CString::Empty() noexcept {
     m_pszData = emptyChars();
 }
 
-wchar_t CString::GetAt(int i) const {
-    if (i < 0 || i > GetLength())
+wchar_t CString::GetAt(int _nIndex) const {
+    if (_nIndex < 0 || _nIndex > GetLength())
         AfxThrowInvalidArgException();
-    return m_pszData[i];
+    return m_pszData[_nIndex];
 }
 
-void CString::SetAt(int i, wchar_t ch) {
-    if (i < 0 || i >= GetLength())
+void CString::SetAt(int _nIndex, wchar_t _ch) {
+    if (_nIndex < 0 || _nIndex >= GetLength())
         AfxThrowInvalidArgException();
     makeUnique(GetLength());
-    m_pszData[i] = ch;
+    m_pszData[_nIndex] = _ch;
 }
 
 CString::PXSTR CString::GetBuffer() {
     return GetBuffer(0);
 }
 
-CString::PXSTR CString::GetBuffer(int nMin) {
-    if (nMin < 0)
+CString::PXSTR CString::GetBuffer(int _nMinBufferLength) {
+    if (_nMinBufferLength < 0)
         AfxThrowInvalidArgException();
-    makeUnique(std::max(nMin, GetLength()));
+    makeUnique(std::max(_nMinBufferLength, GetLength()));
     if (header()->nRefs.load(std::memory_order_relaxed) < 0) {
         // The shared empty string has no room: give it a real buffer.
         Data* d = allocate(0);
@@ -306,34 +309,34 @@ CString::PXSTR CString::GetBuffer(int nMin) {
     return m_pszData;
 }
 
-CString::PXSTR CString::GetBufferSetLength(int n) {
-    PXSTR p = GetBuffer(n);
-    setLength(n);
+CString::PXSTR CString::GetBufferSetLength(int _nLength) {
+    PXSTR p = GetBuffer(_nLength);
+    setLength(_nLength);
     return p;
 }
 
-void CString::ReleaseBuffer(int n) {
+void CString::ReleaseBuffer(int _nNewLength) {
     Data* d = header();
     if (d->nRefs.load(std::memory_order_relaxed) < 0)
         return;
-    if (n < 0) {
-        n = 0;
-        while (n < d->nAllocLength && d->chars()[n] != 0)
-            ++n;
+    if (_nNewLength < 0) {
+        _nNewLength = 0;
+        while (_nNewLength < d->nAllocLength && d->chars()[_nNewLength] != 0)
+            ++_nNewLength;
     }
-    if (n > d->nAllocLength)
+    if (_nNewLength > d->nAllocLength)
         AfxThrowInvalidArgException();
-    setLength(n);
+    setLength(_nNewLength);
 }
 
-void CString::Preallocate(int n) {
-    if (n > GetLength())
-        makeUnique(n);
+void CString::Preallocate(int _nLength) {
+    if (_nLength > GetLength())
+        makeUnique(_nLength);
 }
 
-int CString::Compare(PCXSTR psz) const noexcept {
+int CString::Compare(PCXSTR _psz) const noexcept {
     const wchar_t* a = m_pszData;
-    const wchar_t* b = psz != nullptr ? psz : L"";
+    const wchar_t* b = _psz != nullptr ? _psz : L"";
     for (;; ++a, ++b) {
         const unsigned ca = static_cast<unsigned>(*a) & 0xFFFFFFFFu;
         const unsigned cb = static_cast<unsigned>(*b) & 0xFFFFFFFFu;
@@ -344,9 +347,9 @@ int CString::Compare(PCXSTR psz) const noexcept {
     }
 }
 
-int CString::CompareNoCase(PCXSTR psz) const noexcept {
+int CString::CompareNoCase(PCXSTR _psz) const noexcept {
     const wchar_t* a = m_pszData;
-    const wchar_t* b = psz != nullptr ? psz : L"";
+    const wchar_t* b = _psz != nullptr ? _psz : L"";
     for (;; ++a, ++b) {
         unsigned ca = static_cast<unsigned>(*a);
         unsigned cb = static_cast<unsigned>(*b);
@@ -357,11 +360,11 @@ int CString::CompareNoCase(PCXSTR psz) const noexcept {
             continue;
         }
         if ((ca | cb) < 0x80) {
-            ca = foldAsciiLower(ca);
-            cb = foldAsciiLower(cb);
+            ca = foldAsciiUpper(ca);
+            cb = foldAsciiUpper(cb);
         } else {
-            ca = static_cast<unsigned>(AfxFoldLower(*a));
-            cb = static_cast<unsigned>(AfxFoldLower(*b));
+            ca = static_cast<unsigned>(AfxFoldUpper(*a));
+            cb = static_cast<unsigned>(AfxFoldUpper(*b));
         }
         if (ca != cb)
             return ca < cb ? -1 : 1;
@@ -410,18 +413,18 @@ CString& CString::TrimLeft() {
     return *this;
 }
 
-CString& CString::TrimLeft(wchar_t ch) {
+CString& CString::TrimLeft(wchar_t _chTarget) {
     int i = 0;
-    while (i < GetLength() && m_pszData[i] == ch)
+    while (i < GetLength() && m_pszData[i] == _chTarget)
         ++i;
     if (i > 0)
         Delete(0, i);
     return *this;
 }
 
-CString& CString::TrimLeft(PCXSTR set) {
+CString& CString::TrimLeft(PCXSTR _pszTargets) {
     int i = 0;
-    while (i < GetLength() && inSet(m_pszData[i], set))
+    while (i < GetLength() && inSet(m_pszData[i], _pszTargets))
         ++i;
     if (i > 0)
         Delete(0, i);
@@ -437,18 +440,18 @@ CString& CString::TrimRight() {
     return *this;
 }
 
-CString& CString::TrimRight(wchar_t ch) {
+CString& CString::TrimRight(wchar_t _chTarget) {
     int n = GetLength();
-    while (n > 0 && m_pszData[n - 1] == ch)
+    while (n > 0 && m_pszData[n - 1] == _chTarget)
         --n;
     if (n < GetLength())
         *this = Left(n);
     return *this;
 }
 
-CString& CString::TrimRight(PCXSTR set) {
+CString& CString::TrimRight(PCXSTR _pszTargets) {
     int n = GetLength();
-    while (n > 0 && inSet(m_pszData[n - 1], set))
+    while (n > 0 && inSet(m_pszData[n - 1], _pszTargets))
         --n;
     if (n < GetLength())
         *this = Left(n);
@@ -458,101 +461,101 @@ CString& CString::TrimRight(PCXSTR set) {
 CString& CString::Trim() {
     return TrimRight().TrimLeft();
 }
-CString& CString::Trim(wchar_t ch) {
-    return TrimRight(ch).TrimLeft(ch);
+CString& CString::Trim(wchar_t _chTarget) {
+    return TrimRight(_chTarget).TrimLeft(_chTarget);
 }
-CString& CString::Trim(PCXSTR set) {
-    return TrimRight(set).TrimLeft(set);
+CString& CString::Trim(PCXSTR _pszTargets) {
+    return TrimRight(_pszTargets).TrimLeft(_pszTargets);
 }
 
-int CString::Find(wchar_t ch, int start) const noexcept {
-    if (start < 0 || start >= GetLength())
+int CString::Find(wchar_t _ch, int _iStart) const noexcept {
+    if (_iStart < 0 || _iStart >= GetLength())
         return -1;
-    for (int i = start; i < GetLength(); ++i)
-        if (m_pszData[i] == ch)
+    for (int i = _iStart; i < GetLength(); ++i)
+        if (m_pszData[i] == _ch)
             return i;
     return -1;
 }
 
-int CString::Find(PCXSTR sub, int start) const noexcept {
+int CString::Find(PCXSTR _pszSub, int _iStart) const noexcept {
     const int n = GetLength();
-    const int m = lengthOf(sub);
-    if (sub == nullptr || start < 0 || start > n)
+    const int m = lengthOf(_pszSub);
+    if (_pszSub == nullptr || _iStart < 0 || _iStart > n)
         return -1;
     if (m == 0)
-        return start;
-    for (int i = start; i + m <= n; ++i)
-        if (std::equal(sub, sub + m, m_pszData + i))
+        return _iStart;
+    for (int i = _iStart; i + m <= n; ++i)
+        if (std::equal(_pszSub, _pszSub + m, m_pszData + i))
             return i;
     return -1;
 }
 
-int CString::FindOneOf(PCXSTR set) const noexcept {
+int CString::FindOneOf(PCXSTR _pszCharSet) const noexcept {
     for (int i = 0; i < GetLength(); ++i)
-        if (inSet(m_pszData[i], set))
+        if (inSet(m_pszData[i], _pszCharSet))
             return i;
     return -1;
 }
 
-int CString::ReverseFind(wchar_t ch) const noexcept {
+int CString::ReverseFind(wchar_t _ch) const noexcept {
     for (int i = GetLength() - 1; i >= 0; --i)
-        if (m_pszData[i] == ch)
+        if (m_pszData[i] == _ch)
             return i;
     return -1;
 }
 
-CString CString::Left(int n) const {
-    if (n < 0)
-        n = 0;
-    if (n >= GetLength())
+CString CString::Left(int _nCount) const {
+    if (_nCount < 0)
+        _nCount = 0;
+    if (_nCount >= GetLength())
         return *this;
-    return CString(m_pszData, n);
+    return CString(m_pszData, _nCount);
 }
 
-CString CString::Mid(int first) const {
-    return Mid(first, GetLength());
+CString CString::Mid(int _iFirst) const {
+    return Mid(_iFirst, GetLength());
 }
 
-CString CString::Mid(int first, int count) const {
-    if (first < 0)
-        first = 0;
-    if (count < 0)
-        count = 0;
+CString CString::Mid(int _iFirst, int _nCount) const {
+    if (_iFirst < 0)
+        _iFirst = 0;
+    if (_nCount < 0)
+        _nCount = 0;
     const int n = GetLength();
-    if (first > n)
-        first = n;
-    if (count > n - first)
-        count = n - first;
-    if (first == 0 && count == n)
+    if (_iFirst > n)
+        _iFirst = n;
+    if (_nCount > n - _iFirst)
+        _nCount = n - _iFirst;
+    if (_iFirst == 0 && _nCount == n)
         return *this;
-    return CString(m_pszData + first, count);
+    return CString(m_pszData + _iFirst, _nCount);
 }
 
-CString CString::Right(int n) const {
-    if (n < 0)
-        n = 0;
-    if (n >= GetLength())
+CString CString::Right(int _nCount) const {
+    if (_nCount < 0)
+        _nCount = 0;
+    if (_nCount >= GetLength())
         return *this;
-    return CString(m_pszData + GetLength() - n, n);
+    return CString(m_pszData + GetLength() - _nCount, _nCount);
 }
 
-int CString::Replace(wchar_t from, wchar_t to) {
-    if (from == to)
+int CString::Replace(wchar_t _chOld, wchar_t _chNew) {
+    if (_chOld == _chNew)
         return 0; // MFC answers 0 without counting
     int count = 0;
     const int n = GetLength();
     for (int i = 0; i < n; ++i) {
-        if (m_pszData[i] == from) {
+        if (m_pszData[i] == _chOld) {
             makeUnique(n);
-            m_pszData[i] = to;
+            m_pszData[i] = _chNew;
             ++count;
         }
     }
     return count;
 }
 
-int CString::Replace(PCXSTR from, PCXSTR to) {
-    const int m = lengthOf(from);
+int CString::Replace(PCXSTR _pszOld, PCXSTR _pszNew) {
+    const int m = lengthOf(_pszOld);
     if (m == 0)
         return 0;
     std::wstring out;
@@ -560,8 +563,8 @@ int CString::Replace(PCXSTR from, PCXSTR to) {
     int i = 0;
     const int n = GetLength();
     while (i < n) {
-        if (i + m <= n && std::equal(from, from + m, m_pszData + i)) {
-            out += (to != nullptr ? to : L"");
+        if (i + m <= n && std::equal(_pszOld, _pszOld + m, m_pszData + i)) {
+            out += (_pszNew != nullptr ? _pszNew : L"");
             i += m;
             ++count;
         } else {
@@ -573,74 +576,74 @@ int CString::Replace(PCXSTR from, PCXSTR to) {
     return count;
 }
 
-int CString::Remove(wchar_t ch) {
+int CString::Remove(wchar_t _ch) {
     const int n = GetLength();
     int w = 0;
-    if (Find(ch) < 0)
+    if (Find(_ch) < 0)
         return 0;
     makeUnique(n);
     for (int r = 0; r < n; ++r)
-        if (m_pszData[r] != ch)
+        if (m_pszData[r] != _ch)
             m_pszData[w++] = m_pszData[r];
     setLength(w);
     return n - w;
 }
 
-int CString::Insert(int i, wchar_t ch) {
-    return Insert(i, CString(ch, 1));
+int CString::Insert(int _iIndex, wchar_t _ch) {
+    return Insert(_iIndex, CString(_ch, 1));
 }
 
-int CString::Insert(int i, PCXSTR psz) {
+int CString::Insert(int _iIndex, PCXSTR _psz) {
     const int n = GetLength();
-    if (i < 0)
-        i = 0;
-    if (i > n)
-        i = n;
-    const CString tail = Mid(i);
-    const CString ins(psz);
-    *this = Left(i) + ins + tail;
+    if (_iIndex < 0)
+        _iIndex = 0;
+    if (_iIndex > n)
+        _iIndex = n;
+    const CString tail = Mid(_iIndex);
+    const CString ins(_psz);
+    *this = Left(_iIndex) + ins + tail;
     return GetLength();
 }
 
-int CString::Delete(int i, int count) {
+int CString::Delete(int _iIndex, int _nCount) {
     const int n = GetLength();
-    if (i < 0)
-        i = 0;
-    if (count <= 0 || i >= n)
+    if (_iIndex < 0)
+        _iIndex = 0;
+    if (_nCount <= 0 || _iIndex >= n)
         return n;
-    if (count > n - i)
-        count = n - i;
+    if (_nCount > n - _iIndex)
+        _nCount = n - _iIndex;
     makeUnique(n);
-    std::memmove(m_pszData + i, m_pszData + i + count,
-                 static_cast<std::size_t>(n - i - count) * sizeof(wchar_t));
-    setLength(n - count);
+    std::memmove(m_pszData + _iIndex, m_pszData + _iIndex + _nCount,
+                 static_cast<std::size_t>(n - _iIndex - _nCount) * sizeof(wchar_t));
+    setLength(n - _nCount);
     return GetLength();
 }
 
-CString operator+(const CString& a, const CString& b) {
+CString operator+(const CString& _a, const CString& _b) {
     CString r;
-    r.Preallocate(a.GetLength() + b.GetLength());
-    r += a;
-    r += b;
+    r.Preallocate(_a.GetLength() + _b.GetLength());
+    r += _a;
+    r += _b;
     return r;
 }
-CString operator+(const CString& a, CString::PCXSTR b) {
-    return a + CString(b);
+CString operator+(const CString& _a, CString::PCXSTR _b) {
+    return _a + CString(_b);
 }
-CString operator+(CString::PCXSTR a, const CString& b) {
-    return CString(a) + b;
+CString operator+(CString::PCXSTR _a, const CString& _b) {
+    return CString(_a) + _b;
 }
-CString operator+(const CString& a, wchar_t b) {
-    return a + CString(b, 1);
+CString operator+(const CString& _a, wchar_t _b) {
+    return _a + CString(_b, 1);
 }
-CString operator+(wchar_t a, const CString& b) {
-    return CString(a, 1) + b;
+CString operator+(wchar_t _a, const CString& _b) {
+    return CString(_a, 1) + _b;
 }
 
 std::string CString::ToUtf8() const {
     return uqfmt::wideToUtf8(m_pszData, static_cast<std::size_t>(GetLength()));
 }
 
-CString CString::FromUtf8(const std::string& s) {
-    return CString(uqfmt::utf8ToWide(s.data(), s.size()));
+CString CString::FromUtf8(const std::string& _s) {
+    return CString(uqfmt::utf8ToWide(_s.data(), _s.size()));
 }

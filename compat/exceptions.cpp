@@ -1,4 +1,4 @@
-#include "afxtempl.h"
+#include "compat/afxtempl.h"
 
 CException::~CException() = default;
 void CException::Delete() {}

@@ -1,4 +1,4 @@
-#include "uqformat.h"
+#include "compat/uqformat.h"
 
 #include "utf8.h"
 
@@ -25,107 +25,107 @@ const Arg* nextArg(const Arg* _pArgs, std::size_t _nArgs, std::size_t& _rIndex) 
 
 // A floating-point value given to an integer conversion: cut toward zero, saturated at the 64-bit limits, NaN
 // as 0 (a plain cast would be undefined out of range).
-long long truncated(double d) {
-    if (d != d)
+long long truncated(double _fD) {
+    if (_fD != _fD)
         return 0;
-    if (d >= 9223372036854775807.0)
+    if (_fD >= 9223372036854775807.0)
         return LLONG_MAX;
-    if (d <= -9223372036854775808.0)
+    if (_fD <= -9223372036854775808.0)
         return LLONG_MIN;
-    return static_cast<long long>(d);
+    return static_cast<long long>(_fD);
 }
 
-long long signedValue(const Arg& a, int bits) {
+long long signedValue(const Arg& _a, int _nBits) {
     unsigned long long raw = 0;
-    switch (a.kind) {
+    switch (_a.kind) {
     case Arg::SIGNED:
-        raw = static_cast<unsigned long long>(a.i);
+        raw = static_cast<unsigned long long>(_a.i);
         break;
     case Arg::UNSIGNED:
     case Arg::WIDE_CHAR:
-        raw = a.u;
+        raw = _a.u;
         break;
     case Arg::POINTER:
-        raw = reinterpret_cast<std::uintptr_t>(a.p);
+        raw = reinterpret_cast<std::uintptr_t>(_a.p);
         break;
     case Arg::FLOAT:
-        raw = static_cast<unsigned long long>(truncated(a.d));
+        raw = static_cast<unsigned long long>(truncated(_a.d));
         break;
     default:
         raw = 0;
         break;
     }
-    if (bits == 8)
+    if (_nBits == 8)
         return static_cast<signed char>(raw & 0xFFu);
-    if (bits == 16)
+    if (_nBits == 16)
         return static_cast<short>(raw & 0xFFFFu);
-    if (bits == 32)
+    if (_nBits == 32)
         return static_cast<int>(raw & 0xFFFFFFFFu);
     return static_cast<long long>(raw);
 }
 
-unsigned long long unsignedValue(const Arg& a, int bits) {
-    const unsigned long long raw = static_cast<unsigned long long>(signedValue(a, 64));
-    if (bits == 8)
+unsigned long long unsignedValue(const Arg& _a, int _nBits) {
+    const unsigned long long raw = static_cast<unsigned long long>(signedValue(_a, 64));
+    if (_nBits == 8)
         return raw & 0xFFu;
-    if (bits == 16)
+    if (_nBits == 16)
         return raw & 0xFFFFu;
-    if (bits == 32)
+    if (_nBits == 32)
         return raw & 0xFFFFFFFFu;
     return raw;
 }
 
-void pad(std::wstring& out, int n, wchar_t c) {
-    if (n > 0)
-        out.append(static_cast<std::size_t>(n), c);
+void pad(std::wstring& _rsOut, int _nN, wchar_t _cC) {
+    if (_nN > 0)
+        _rsOut.append(static_cast<std::size_t>(_nN), _cC);
 }
 
 // Places a body (digits or text) with sign/prefix into its field.
-void emitField(std::wstring& out, const Conversion& s, const std::wstring& prefix, const std::wstring& body,
-               bool zeroPadAllowed) {
-    const int len = static_cast<int>(prefix.size() + body.size());
-    const int fill = s.width > len ? s.width - len : 0;
-    if (s.left) {
-        out += prefix;
-        out += body;
-        pad(out, fill, L' ');
-    } else if (s.zero && zeroPadAllowed) {
-        out += prefix;
-        pad(out, fill, L'0');
-        out += body;
+void emitField(std::wstring& _rsOut, const Conversion& _s, const std::wstring& _sPrefix,
+               const std::wstring& _sBody, bool _bZeroPadAllowed) {
+    const int len = static_cast<int>(_sPrefix.size() + _sBody.size());
+    const int fill = _s.width > len ? _s.width - len : 0;
+    if (_s.left) {
+        _rsOut += _sPrefix;
+        _rsOut += _sBody;
+        pad(_rsOut, fill, L' ');
+    } else if (_s.zero && _bZeroPadAllowed) {
+        _rsOut += _sPrefix;
+        pad(_rsOut, fill, L'0');
+        _rsOut += _sBody;
     } else {
-        pad(out, fill, L' ');
-        out += prefix;
-        out += body;
+        pad(_rsOut, fill, L' ');
+        _rsOut += _sPrefix;
+        _rsOut += _sBody;
     }
 }
 
-void emitInteger(std::wstring& out, const Conversion& s, const Arg* a) {
-    const int bits = s.bits;
+void emitInteger(std::wstring& _rsOut, const Conversion& _s, const Arg* _pA) {
+    const int bits = _s.bits;
     std::wstring prefix;
     unsigned long long mag = 0;
     unsigned base = 10;
     bool upper = false;
-    if (s.conv == L'd' || s.conv == L'i') {
-        const long long v = a ? signedValue(*a, bits) : 0;
+    if (_s.conv == L'd' || _s.conv == L'i') {
+        const long long v = _pA ? signedValue(*_pA, bits) : 0;
         if (v < 0) {
             prefix = L"-";
             mag = 0ull - static_cast<unsigned long long>(v);
         } else {
             mag = static_cast<unsigned long long>(v);
-            if (s.plus)
+            if (_s.plus)
                 prefix = L"+";
-            else if (s.space)
+            else if (_s.space)
                 prefix = L" ";
         }
     } else {
-        mag = a ? unsignedValue(*a, bits) : 0;
-        if (s.conv == L'x' || s.conv == L'X') {
+        mag = _pA ? unsignedValue(*_pA, bits) : 0;
+        if (_s.conv == L'x' || _s.conv == L'X') {
             base = 16;
-            upper = s.conv == L'X';
-            if (s.alt && mag != 0)
+            upper = _s.conv == L'X';
+            if (_s.alt && mag != 0)
                 prefix = upper ? L"0X" : L"0x";
-        } else if (s.conv == L'o') {
+        } else if (_s.conv == L'o') {
             base = 8;
         }
     }
@@ -137,156 +137,156 @@ void emitInteger(std::wstring& out, const Conversion& s, const Arg* a) {
         mag /= base;
     }
     std::wstring body;
-    const int minDigits = s.precision >= 0 ? s.precision : 1;
-    if (s.conv == L'o' && s.alt && (n == 0 || minDigits > n) == false)
+    const int minDigits = _s.precision >= 0 ? _s.precision : 1;
+    if (_s.conv == L'o' && _s.alt && (n == 0 || minDigits > n) == false)
         body += L'0';
     for (int i = n; i < minDigits; ++i)
         body += L'0';
     while (n > 0)
         body += buf[--n];
-    emitField(out, s, prefix, body, s.precision < 0);
+    emitField(_rsOut, _s, prefix, body, _s.precision < 0);
 }
 
-void emitText(std::wstring& out, const Conversion& s, const Arg* a) {
+void emitText(std::wstring& _rsOut, const Conversion& _s, const Arg* _pA) {
     std::wstring text;
-    if (a == nullptr) {
+    if (_pA == nullptr) {
         text.clear();
-    } else if (a->kind == Arg::WIDE_TEXT) {
-        if (a->ws == nullptr) {
+    } else if (_pA->kind == Arg::WIDE_TEXT) {
+        if (_pA->ws == nullptr) {
             text = L"(null)";
-        } else if (s.precision >= 0) {
-            const wchar_t* p = a->ws;
+        } else if (_s.precision >= 0) {
+            const wchar_t* p = _pA->ws;
             std::size_t n = 0;
-            while (static_cast<int>(n) < s.precision && p[n] != 0)
+            while (static_cast<int>(n) < _s.precision && p[n] != 0)
                 ++n;
             text.assign(p, n);
         } else {
-            text = a->ws;
+            text = _pA->ws;
         }
-    } else if (a->kind == Arg::NARROW_TEXT) {
-        text = a->s == nullptr ? std::wstring(L"(null)") : utf8ToWide(a->s, std::strlen(a->s));
-    } else if (a->kind == Arg::WIDE_CHAR) {
-        text.assign(1, static_cast<wchar_t>(a->u));
-    } else if (a->kind == Arg::POINTER && a->p == nullptr) {
+    } else if (_pA->kind == Arg::NARROW_TEXT) {
+        text = _pA->s == nullptr ? std::wstring(L"(null)") : utf8ToWide(_pA->s, std::strlen(_pA->s));
+    } else if (_pA->kind == Arg::WIDE_CHAR) {
+        text.assign(1, static_cast<wchar_t>(_pA->u));
+    } else if (_pA->kind == Arg::POINTER && _pA->p == nullptr) {
         text = L"(null)";
     } else {
         // A number given for a string conversion is shown as the number.
-        Conversion num = s;
-        num.conv = a->kind == Arg::UNSIGNED ? L'u' : L'd';
+        Conversion num = _s;
+        num.conv = _pA->kind == Arg::UNSIGNED ? L'u' : L'd';
         num.precision = -1;
         num.bits = 64;
-        emitInteger(out, num, a);
+        emitInteger(_rsOut, num, _pA);
         return;
     }
-    if (s.precision >= 0 && static_cast<int>(text.size()) > s.precision)
-        text.resize(static_cast<std::size_t>(s.precision));
-    emitField(out, s, std::wstring(), text, false);
+    if (_s.precision >= 0 && static_cast<int>(text.size()) > _s.precision)
+        text.resize(static_cast<std::size_t>(_s.precision));
+    emitField(_rsOut, _s, std::wstring(), text, false);
 }
 
-void emitChar(std::wstring& out, const Conversion& s, const Arg* a) {
+void emitChar(std::wstring& _rsOut, const Conversion& _s, const Arg* _pA) {
     // %C and %hc take a narrow character, %c and %lc a wide one.
-    const bool narrow = s.conv == L'C' || s.narrowText;
+    const bool narrow = _s.conv == L'C' || _s.narrowText;
     wchar_t c = 0;
-    if (a != nullptr) {
-        if (a->kind == Arg::WIDE_TEXT)
-            c = a->ws != nullptr ? a->ws[0] : 0;
-        else if (a->kind == Arg::NARROW_TEXT)
-            c = a->s != nullptr ? static_cast<wchar_t>(static_cast<unsigned char>(a->s[0])) : 0;
+    if (_pA != nullptr) {
+        if (_pA->kind == Arg::WIDE_TEXT)
+            c = _pA->ws != nullptr ? _pA->ws[0] : 0;
+        else if (_pA->kind == Arg::NARROW_TEXT)
+            c = _pA->s != nullptr ? static_cast<wchar_t>(static_cast<unsigned char>(_pA->s[0])) : 0;
         else if (narrow)
-            c = static_cast<wchar_t>(unsignedValue(*a, 8));
-        else if (a->kind == Arg::WIDE_CHAR)
-            c = static_cast<wchar_t>(a->u); // already a wchar_t of this platform
+            c = static_cast<wchar_t>(unsignedValue(*_pA, 8));
+        else if (_pA->kind == Arg::WIDE_CHAR)
+            c = static_cast<wchar_t>(_pA->u); // already a wchar_t of this platform
         else
-            c = static_cast<wchar_t>(unsignedValue(*a, 16)); // a number is cut to a Windows wchar_t
+            c = static_cast<wchar_t>(unsignedValue(*_pA, 16)); // a number is cut to a Windows wchar_t
     }
     const std::wstring body(1, c);
-    emitField(out, s, std::wstring(), body, false);
+    emitField(_rsOut, _s, std::wstring(), body, false);
 }
 
-void emitPointer(std::wstring& out, const Conversion& s, const Arg* a) {
+void emitPointer(std::wstring& _rsOut, const Conversion& _s, const Arg* _pA) {
     unsigned long long v = 0;
-    if (a != nullptr && a->kind == Arg::WIDE_TEXT)
-        v = reinterpret_cast<std::uintptr_t>(a->ws); // the address of the text, as Windows shows it
-    else if (a != nullptr && a->kind == Arg::NARROW_TEXT)
-        v = reinterpret_cast<std::uintptr_t>(a->s);
-    else if (a != nullptr)
-        v = unsignedValue(*a, 64);
+    if (_pA != nullptr && _pA->kind == Arg::WIDE_TEXT)
+        v = reinterpret_cast<std::uintptr_t>(_pA->ws); // the address of the text, as Windows shows it
+    else if (_pA != nullptr && _pA->kind == Arg::NARROW_TEXT)
+        v = reinterpret_cast<std::uintptr_t>(_pA->s);
+    else if (_pA != nullptr)
+        v = unsignedValue(*_pA, 64);
     wchar_t buf[24];
     std::swprintf(buf, 24, L"%016llX", v);
-    emitField(out, s, std::wstring(), buf, false);
+    emitField(_rsOut, _s, std::wstring(), buf, false);
 }
 
-void emitFloat(std::wstring& out, const Conversion& s, const Arg* a) {
+void emitFloat(std::wstring& _rsOut, const Conversion& _s, const Arg* _pA) {
     double v = 0.0;
-    if (a != nullptr) {
-        if (a->kind == Arg::FLOAT)
-            v = a->d;
-        else if (a->kind == Arg::UNSIGNED || a->kind == Arg::WIDE_CHAR)
-            v = static_cast<double>(a->u);
-        else if (a->kind == Arg::SIGNED)
-            v = static_cast<double>(a->i);
+    if (_pA != nullptr) {
+        if (_pA->kind == Arg::FLOAT)
+            v = _pA->d;
+        else if (_pA->kind == Arg::UNSIGNED || _pA->kind == Arg::WIDE_CHAR)
+            v = static_cast<double>(_pA->u);
+        else if (_pA->kind == Arg::SIGNED)
+            v = static_cast<double>(_pA->i);
     }
     char cformat[32];
     int k = 0;
     cformat[k++] = '%';
-    if (s.left)
+    if (_s.left)
         cformat[k++] = '-';
-    if (s.plus)
+    if (_s.plus)
         cformat[k++] = '+';
-    if (s.space)
+    if (_s.space)
         cformat[k++] = ' ';
-    if (s.alt)
+    if (_s.alt)
         cformat[k++] = '#';
-    if (s.zero)
+    if (_s.zero)
         cformat[k++] = '0';
     cformat[k++] = '*';
     cformat[k++] = '.';
     cformat[k++] = '*';
-    cformat[k++] = static_cast<char>(s.conv);
+    cformat[k++] = static_cast<char>(_s.conv);
     cformat[k] = 0;
     char buf[512];
-    const int width = s.width < 0 ? 0 : (s.width > 400 ? 400 : s.width);
-    const int prec = s.precision < 0 ? 6 : (s.precision > 100 ? 100 : s.precision);
+    const int width = _s.width < 0 ? 0 : (_s.width > 400 ? 400 : _s.width);
+    const int prec = _s.precision < 0 ? 6 : (_s.precision > 100 ? 100 : _s.precision);
     int n = std::snprintf(buf, sizeof buf, cformat, width, prec, v);
     if (n < 0)
         n = 0;
     if (n >= static_cast<int>(sizeof buf))
         n = static_cast<int>(sizeof buf) - 1;
     for (int i = 0; i < n; ++i)
-        out += static_cast<wchar_t>(static_cast<unsigned char>(buf[i]));
+        _rsOut += static_cast<wchar_t>(static_cast<unsigned char>(buf[i]));
 }
 
-// Widths and precisions are limited to kMaxField, written or taken from an argument alike.
-constexpr int kMaxField = 100000;
+// Widths and precisions are limited to MAX_FIELD, written or taken from an argument alike.
+constexpr int MAX_FIELD = 100000;
 
-int readNumber(const wchar_t*& p) {
+int readNumber(const wchar_t*& _pP) {
     long long n = 0;
-    while (*p >= L'0' && *p <= L'9') {
-        if (n <= kMaxField)
-            n = n * 10 + (*p - L'0');
-        ++p;
+    while (*_pP >= L'0' && *_pP <= L'9') {
+        if (n <= MAX_FIELD)
+            n = n * 10 + (*_pP - L'0');
+        ++_pP;
     }
-    return static_cast<int>(n > kMaxField ? kMaxField : n);
+    return static_cast<int>(n > MAX_FIELD ? MAX_FIELD : n);
 }
 
 } // namespace
 
-void formatInto(std::wstring& out, const wchar_t* fmt, const Arg* args, std::size_t nArgs) {
-    if (fmt == nullptr)
+void formatInto(std::wstring& _rsOut, const wchar_t* _pszFmt, const Arg* _pArgs, std::size_t _nArgs) {
+    if (_pszFmt == nullptr)
         return;
     std::size_t argIndex = 0;
-    const wchar_t* p = fmt;
+    const wchar_t* p = _pszFmt;
     while (*p != 0) {
         if (*p != L'%') {
             const wchar_t* run = p;
             while (*p != 0 && *p != L'%')
                 ++p;
-            out.append(run, static_cast<std::size_t>(p - run));
+            _rsOut.append(run, static_cast<std::size_t>(p - run));
             continue;
         }
         const wchar_t* start = p++;
         if (*p == L'%') {
-            out += L'%';
+            _rsOut += L'%';
             ++p;
             continue;
         }
@@ -307,13 +307,13 @@ void formatInto(std::wstring& out, const wchar_t* fmt, const Arg* args, std::siz
         }
         if (*p == L'*') {
             ++p;
-            const Arg* w = nextArg(args, nArgs, argIndex);
+            const Arg* w = nextArg(_pArgs, _nArgs, argIndex);
             long long v = w ? signedValue(*w, 32) : 0;
             if (v < 0) {
                 s.left = true;
                 v = -v;
             }
-            s.width = static_cast<int>(v > kMaxField ? kMaxField : v);
+            s.width = static_cast<int>(v > MAX_FIELD ? MAX_FIELD : v);
         } else {
             if (*p >= L'1' && *p <= L'9')
                 s.width = readNumber(p);
@@ -322,9 +322,9 @@ void formatInto(std::wstring& out, const wchar_t* fmt, const Arg* args, std::siz
             ++p;
             if (*p == L'*') {
                 ++p;
-                const Arg* w = nextArg(args, nArgs, argIndex);
+                const Arg* w = nextArg(_pArgs, _nArgs, argIndex);
                 const long long v = w ? signedValue(*w, 32) : 0;
-                s.precision = v < 0 ? -1 : static_cast<int>(v > kMaxField ? kMaxField : v);
+                s.precision = v < 0 ? -1 : static_cast<int>(v > MAX_FIELD ? MAX_FIELD : v);
             } else {
                 s.precision = readNumber(p);
             }
@@ -360,17 +360,18 @@ void formatInto(std::wstring& out, const wchar_t* fmt, const Arg* args, std::siz
         }
         s.conv = *p;
         if (s.conv == 0) {
-            out.append(start);
+            _rsOut.append(start);
             break;
         }
         ++p;
         const bool takesArg = std::wcschr(L"diuxXosScCpfFeEgGaAn", s.conv) != nullptr;
         if (!takesArg) {
-            out.append(start,
-                       static_cast<std::size_t>(p - start)); // an unknown conversion is written as it stands
+            _rsOut.append(
+                start,
+                static_cast<std::size_t>(p - start)); // an unknown conversion is written as it stands
             continue;
         }
-        const Arg* a = nextArg(args, nArgs, argIndex);
+        const Arg* a = nextArg(_pArgs, _nArgs, argIndex);
         if (a == nullptr)
             continue; // a missing argument renders as nothing
         switch (s.conv) {
@@ -380,23 +381,23 @@ void formatInto(std::wstring& out, const wchar_t* fmt, const Arg* args, std::siz
         case L'x':
         case L'X':
         case L'o':
-            emitInteger(out, s, a);
+            emitInteger(_rsOut, s, a);
             break;
         case L's':
         case L'S':
-            emitText(out, s, a);
+            emitText(_rsOut, s, a);
             break;
         case L'c':
         case L'C':
-            emitChar(out, s, a);
+            emitChar(_rsOut, s, a);
             break;
         case L'p':
-            emitPointer(out, s, a);
+            emitPointer(_rsOut, s, a);
             break;
         case L'n':
             break; // never writes through an argument
         default:
-            emitFloat(out, s, a);
+            emitFloat(_rsOut, s, a);
             break;
         }
     }

@@ -5,7 +5,7 @@
 // passed as an argument, never as the format.
 #pragma once
 
-#include "compat_api.h"
+#include "compat/compat_api.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -30,34 +30,34 @@ struct Arg {
     Arg() : u(0) {}
 };
 
-inline Arg makeArg(const wchar_t* s) {
+inline Arg makeArg(const wchar_t* _pszS) {
     Arg a;
     a.kind = Arg::WIDE_TEXT;
-    a.ws = s;
+    a.ws = _pszS;
     return a;
 }
-inline Arg makeArg(wchar_t* s) {
-    return makeArg(static_cast<const wchar_t*>(s));
+inline Arg makeArg(wchar_t* _pszS) {
+    return makeArg(static_cast<const wchar_t*>(_pszS));
 }
-inline Arg makeArg(const char* s) {
+inline Arg makeArg(const char* _pszS) {
     Arg a;
     a.kind = Arg::NARROW_TEXT;
-    a.s = s;
+    a.s = _pszS;
     return a;
 }
-inline Arg makeArg(char* s) {
-    return makeArg(static_cast<const char*>(s));
+inline Arg makeArg(char* _pszS) {
+    return makeArg(static_cast<const char*>(_pszS));
 }
-inline Arg makeArg(const std::wstring& s) {
-    return makeArg(s.c_str());
+inline Arg makeArg(const std::wstring& _sS) {
+    return makeArg(_sS.c_str());
 }
-inline Arg makeArg(const std::string& s) {
-    return makeArg(s.c_str());
+inline Arg makeArg(const std::string& _sS) {
+    return makeArg(_sS.c_str());
 }
-inline Arg makeArg(wchar_t c) {
+inline Arg makeArg(wchar_t _cC) {
     Arg a;
     a.kind = Arg::WIDE_CHAR;
-    a.u = static_cast<unsigned long long>(c);
+    a.u = static_cast<unsigned long long>(_cC);
     return a;
 }
 inline Arg makeArg(std::nullptr_t) {
@@ -66,31 +66,31 @@ inline Arg makeArg(std::nullptr_t) {
     a.p = nullptr;
     return a;
 }
-KORCOMPAT_API Arg makeArg(const CString& s);
+KORCOMPAT_API Arg makeArg(const CString& _sS);
 
-template <class T> Arg makeArg(const T& v) {
+template <class T> Arg makeArg(const T& _v) {
     Arg a;
     if constexpr (std::is_array_v<T>) {
-        return makeArg(static_cast<const std::remove_extent_t<T>*>(v));
+        return makeArg(static_cast<const std::remove_extent_t<T>*>(_v));
     } else if constexpr (std::is_enum_v<T>) {
-        return makeArg(static_cast<std::underlying_type_t<T>>(v));
+        return makeArg(static_cast<std::underlying_type_t<T>>(_v));
     } else if constexpr (std::is_class_v<T> && std::is_convertible_v<const T&, const wchar_t*>) {
-        return makeArg(static_cast<const wchar_t*>(v));
+        return makeArg(static_cast<const wchar_t*>(_v));
     } else if constexpr (std::is_same_v<T, bool>) {
         a.kind = Arg::SIGNED;
-        a.i = v ? 1 : 0;
+        a.i = _v ? 1 : 0;
     } else if constexpr (std::is_integral_v<T> && std::is_signed_v<T>) {
         a.kind = Arg::SIGNED;
-        a.i = static_cast<long long>(v);
+        a.i = static_cast<long long>(_v);
     } else if constexpr (std::is_integral_v<T>) {
         a.kind = Arg::UNSIGNED;
-        a.u = static_cast<unsigned long long>(v);
+        a.u = static_cast<unsigned long long>(_v);
     } else if constexpr (std::is_floating_point_v<T>) {
         a.kind = Arg::FLOAT;
-        a.d = static_cast<double>(v);
+        a.d = static_cast<double>(_v);
     } else if constexpr (std::is_pointer_v<T>) {
         a.kind = Arg::POINTER;
-        a.p = static_cast<const void*>(v);
+        a.p = static_cast<const void*>(_v);
     } else {
         static_assert(std::is_pointer_v<T>, "type cannot be a format argument");
     }

@@ -3,16 +3,15 @@
 #pragma once
 
 #if defined(_WIN32)
+// Not WIN32_LEAN_AND_MEAN: consumers of the shell, the common dialogs and COM get the whole of
+// <windows.h>; one that wants less defines it before the first include.
 #ifndef NOMINMAX
 #define NOMINMAX
-#endif
-#ifndef WIN32_LEAN_AND_MEAN
-#define WIN32_LEAN_AND_MEAN
 #endif
 #include <windows.h>
 #else
 
-#include "compat_api.h"
+#include "compat/compat_api.h"
 
 #include <cstdint>
 

@@ -2,8 +2,8 @@
 // events, the listing reader, and the history search with its query data.
 #pragma once
 
-#include "korbase.h"
-#include "korutil.h"
+#include "interfaces/korbase.h"
+#include "interfaces/korutil.h"
 
 #include <cstddef>
 #include <string>
@@ -241,7 +241,8 @@ public:
     static Result mf_searchText(const std::string& _utf8Text, const CString& _sName,
                                 const UQHistoryQuery& _query, UVQueryDataSink& _rSink,
                                 const UQCancelSwitch* _pCancel = nullptr);
-    // One record as a store line, without the line end.
+    // One record as a store line, without the line end. A path that a line cannot carry (a control
+    // character, an unpaired surrogate) is logged and thrown as _E_::Parameter, naming the path.
     static std::string mf_formatRecord(const UQQueryData& _data);
 
 private:
@@ -266,7 +267,7 @@ public:
 
 private:
     struct Impl;
-    Impl* m_pImpl;
+    std::unique_ptr<Impl> m_pImpl;
 };
 
 // Makes large, realistic histories: _uFiles files of 1 to 5 versions (3 on average), paths of 60 to 130

@@ -3,13 +3,15 @@
 // threads and timer threads, events and their listeners, linked lists.
 #pragma once
 
-#include "../compat/afxtempl.h"
-#include "../compat/win32.h"
-#include "korguibase_api.h"
+#include "compat/afxtempl.h"
+#include "compat/win32.h"
+#include "interfaces/korguibase_api.h"
 
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <new>
+#include <utility>
 #include <vector>
 
 #if defined(_WIN32)
@@ -283,34 +285,8 @@ public:
 
 private:
     struct Impl;
-    Impl* m_pImpl;
+    std::unique_ptr<Impl> m_pImpl;
     CString m_sPath;
-};
-
-// Keeps every record in memory; installed for its lifetime. Used by tests.
-class KORBASE_API UQLogCapture : public UVLogSink {
-public:
-    struct Entry {
-        wchar_t cLevel;
-        CString sFunction;
-        CString sText;
-        DWORD dwThreadId;
-        int bLanguageSelected;
-    };
-
-    UQLogCapture();
-    UQLogCapture(const UQLogCapture&) = delete;
-    UQLogCapture& operator=(const UQLogCapture&) = delete;
-    ~UQLogCapture() override;
-
-    void mf_write(const UQLogRecord& _record) noexcept override;
-    std::vector<Entry> mf_getEntries() const;
-    void mf_clear();
-
-private:
-    struct Impl;
-    Impl* m_pImpl;
-    UVLogSink* m_pPrevious;
 };
 
 // ---------------------------------------------------------------------------------------------------------
@@ -510,13 +486,7 @@ public:
     static void mf_setUserKey(const CString& _sKey);
     static CString mf_getUserKey();
 
-    // Test seam: of the calling thread's next operations that touch the store (all of the above but
-    // mf_getRegistryRoot), the ones numbered _nAfter + 1 to _nAfter + _nCount fail as a store failure
-    // would: logged, and thrown as UQErrno::_E_::Registry with the detail "Injected failure (...)". Other
-    // threads are not affected. A new injection replaces the previous one.
-    static void mf_injectFailure(int _nAfter, int _nCount = 1) noexcept;
-    // Cancels whatever was injected on this thread.
-    static void mf_clearInjection() noexcept;
+    // Its failure injection for tests: UQRegistryInjection (interfaces/korbase_testing.h).
 
 private:
     friend class UQRegistryUpdate;
@@ -544,7 +514,7 @@ public:
 // the whole store waits: the update is one write transaction). Natively the update's writes last only once
 // mf_commit has succeeded, and are rolled back when the object goes without it; on Windows every write
 // lands when made and the object holds a named mutex that every write of the value takes too. The
-// constructor counts for no injected failure (UQRegistry::mf_injectFailure).
+// constructor counts for no injected failure (UQRegistryInjection::mf_injectFailure).
 class KORBASE_API UQRegistryUpdate {
 public:
     // Waits as long as a write waits for another process (docs/registry.md). A failure is logged under
@@ -923,20 +893,43 @@ public:
     static int mf_getListenerCount(UQEVENT_ID _id);
 };
 
-// Allocation that tests can make fail: the library allocates its list items, versions and sort buffers
-// through it.
+// Allocation that tests can make fail (UQAllocationInjection): the library allocates its list items,
+// versions and sort buffers through it.
 class KORBASE_API UQAllocation {
 public:
     // malloc; null when it fails or when an injected failure comes due on this thread. An injected error
     // comes out as a thrown UQErrno of its category instead.
     static void* mf_allocate(std::size_t _nBytes);
     static void mf_free(void* _p) noexcept;
-    // The calling thread's allocation number _nAfter + 1, counted from now, yields null; once.
-    static void mf_injectFailure(int _nAfter) noexcept;
-    // The same, but that allocation throws UQErrno(_value).
-    static void mf_injectError(int _nAfter, const UQErrnoValue& _value) noexcept;
-    // Cancels whatever was injected on this thread.
-    static void mf_clearInjection() noexcept;
+    // The class-specific operator new of the classes allocated through mf_allocate: std::bad_alloc for
+    // null.
+    static void* mf_allocateOrThrow(std::size_t _nBytes);
+
+    // A TYPE made in memory from mf_allocate; null when mf_allocate gives none. When the constructor
+    // throws, the memory is freed and the exception goes on.
+    template <class TYPE, class... A> static TYPE* mf_create(A&&... _args) {
+        void* pMemory = mf_allocate(sizeof(TYPE));
+        if (pMemory == nullptr)
+            return nullptr;
+        try {
+            return ::new (pMemory) TYPE(std::forward<A>(_args)...);
+        } catch (...) {
+            mf_free(pMemory);
+            throw;
+        }
+    }
+
+    // Appends _pObject to an array of owned pointers; when the append throws, the object is deleted
+    // and the exception goes on.
+    template <class ARRAY, class TYPE> static void mf_appendOrDelete(ARRAY& _array, TYPE* _pObject) {
+        try {
+            _array.Add(_pObject);
+        } catch (...) {
+            delete _pObject;
+            throw;
+        }
+    }
+    // Its failure injection for tests: UQAllocationInjection (interfaces/korbase_testing.h).
 };
 
 // ---------------------------------------------------------------------------------------------------------

@@ -1,7 +1,7 @@
 // What korguibase calls of korutil, the product family's utility library: events about files.
 #pragma once
 
-#include "korbase.h"
+#include "interfaces/korbase.h"
 
 #include <cstdint>
 #include <string>

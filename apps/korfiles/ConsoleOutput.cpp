@@ -6,21 +6,21 @@
 #include <unistd.h>
 #endif
 
-ConsoleOutput::ConsoleOutput(Stream stream) noexcept : m_pFile(stream == STANDARD_ERROR ? stderr : stdout) {
+ConsoleOutput::ConsoleOutput(Stream _stream) noexcept : m_pFile(_stream == STANDARD_ERROR ? stderr : stdout) {
 #if defined(_WIN32)
     m_hConsole = nullptr;
-    const HANDLE handle = GetStdHandle(stream == STANDARD_ERROR ? STD_ERROR_HANDLE : STD_OUTPUT_HANDLE);
+    const HANDLE handle = GetStdHandle(_stream == STANDARD_ERROR ? STD_ERROR_HANDLE : STD_OUTPUT_HANDLE);
     DWORD mode = 0;
     if (handle != nullptr && handle != INVALID_HANDLE_VALUE && GetConsoleMode(handle, &mode))
         m_hConsole = handle;
 #endif
 }
 
-void ConsoleOutput::mf_write(const std::string& text) noexcept {
+void ConsoleOutput::mf_write(const std::string& _sText) noexcept {
 #if defined(_WIN32)
     if (m_hConsole != nullptr) {
         try {
-            const std::wstring wide = uqfmt::utf8ToWide(text.data(), text.size());
+            const std::wstring wide = uqfmt::utf8ToWide(_sText.data(), _sText.size());
             std::size_t done = 0;
             while (done < wide.size()) {
                 // Bounded pieces, as large console writes can fail; a surrogate pair is never split.
@@ -44,7 +44,7 @@ void ConsoleOutput::mf_write(const std::string& text) noexcept {
         return;
     }
 #endif
-    std::fwrite(text.data(), 1, text.size(), m_pFile);
+    std::fwrite(_sText.data(), 1, _sText.size(), m_pFile);
     std::fflush(m_pFile);
 }
 

@@ -1,11 +1,11 @@
 #include "FileListOrder.h"
 
-void FileListOrder::mf_sort(UQFileListItem::Array& items, Key key, int bAscending) {
+void FileListOrder::mf_sort(UQFileListItem::Array& _rItems, Key _key, int _bAscending) {
     // An empty array would only earn a warning in the log.
-    if (items.IsEmpty())
+    if (_rItems.IsEmpty())
         return;
-    if (key == BY_RESULT)
-        UQFileListItem::mf_sortByResult(items, bAscending);
+    if (_key == BY_RESULT)
+        UQFileListItem::mf_sortByResult(_rItems, _bAscending);
     else
-        UQFileListItem::mf_sortByPath(items, bAscending);
+        UQFileListItem::mf_sortByPath(_rItems, _bAscending);
 }

@@ -25,7 +25,7 @@ int FileVersionList::mf_add(const FileVersionRecord& _record, std::string& _rPro
                                                                    _record.size, _record.lastWriteTime,
                                                                    _record.sResult, _record.severity));
         m_items.emplace(_record.sPath, Entry{created.get(), true});
-        created.release();
+        static_cast<void>(created.release()); // the map owns the item now
     }
     m_firstLines.emplace(key, _record.nLine);
     return 1;

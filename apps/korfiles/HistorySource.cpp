@@ -10,12 +10,12 @@
 namespace {
 
 std::string sampleText() {
-    return std::string(reinterpret_cast<const char*>(kSampleHistory), kSampleHistory_SIZE);
+    return std::string(reinterpret_cast<const char*>(SAMPLE_HISTORY), SAMPLE_HISTORY_SIZE);
 }
 
 // The sample's search on its own thread, as UQHistorySearch runs a file's: whatever it throws is kept
 // and thrown again on the waiting thread, nothing leaves the worker.
-UQHistoryStore::Result searchSampleOnWorker(const UQHistoryQuery& query, UVQueryDataSink& sink) {
+UQHistoryStore::Result searchSampleOnWorker(const UQHistoryQuery& _query, UVQueryDataSink& _rSink) {
     const std::string text = sampleText();
     const CString name(HistorySource::SAMPLE_NAME);
     UQHistoryStore::Result result;
@@ -23,7 +23,7 @@ UQHistoryStore::Result searchSampleOnWorker(const UQHistoryQuery& query, UVQuery
     auto run = [&]() noexcept {
         try {
             try {
-                result = UQHistoryStore::mf_searchText(text, name, query, sink);
+                result = UQHistoryStore::mf_searchText(text, name, _query, _rSink);
             } catch (const UQErrno& e) {
                 error.emplace(e);
             } catch (const std::bad_alloc&) {
@@ -60,13 +60,13 @@ HistorySource HistorySource::mf_sample() {
     return HistorySource(SAMPLE_NAME, 1);
 }
 
-HistorySource HistorySource::mf_file(const CString& file) {
-    return HistorySource(file, 0);
+HistorySource HistorySource::mf_file(const CString& _sFile) {
+    return HistorySource(_sFile, 0);
 }
 
-UQHistoryStore::Result HistorySource::mf_search(const UQHistoryQuery& query, UVQueryDataSink& sink) const {
+UQHistoryStore::Result HistorySource::mf_search(const UQHistoryQuery& _query, UVQueryDataSink& _rSink) const {
     if (m_bSample)
-        return searchSampleOnWorker(query, sink);
-    UQHistorySearch search(UQHistoryStore(m_sName), query, sink);
+        return searchSampleOnWorker(_query, _rSink);
+    UQHistorySearch search(UQHistoryStore(m_sName), _query, _rSink);
     return search.mf_wait();
 }

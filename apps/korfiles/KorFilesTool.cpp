@@ -8,6 +8,7 @@
 #include "ProgressLine.h"
 #include "SearchCommand.h"
 #include "SettingsCommand.h"
+#include "compat/UQHandle.h"
 
 #include "compat/utf8.h"
 
@@ -23,7 +24,7 @@
 
 namespace {
 
-const char* const kUsage =
+const char* const USAGE =
     "Usage: korfiles [--sort=path|result] [--descending] [FILE]\n"
     "       korfiles --listing[=FILE] [--no-stubs] [--skip=info,warning,error] [--sort=path|result]\n"
     "                [--descending]\n";
@@ -43,27 +44,27 @@ struct Options {
 };
 
 // Answers an empty string when the input is taken, else what is wrong.
-std::string takeInput(const CString& input, Options& options) {
-    if (options.bHasInput)
-        return "only one file may be given, not both '" + options.sInput.ToUtf8() + "' and '" +
-               input.ToUtf8() + "'";
-    options.sInput = input;
-    options.bHasInput = true;
+std::string takeInput(const CString& _sInput, Options& _rOptions) {
+    if (_rOptions.bHasInput)
+        return "only one file may be given, not both '" + _rOptions.sInput.ToUtf8() + "' and '" +
+               _sInput.ToUtf8() + "'";
+    _rOptions.sInput = _sInput;
+    _rOptions.bHasInput = true;
     return std::string();
 }
 
 // The severities of a --skip option: one or more of info, warning and error, separated by commas.
-int parseSkip(const CString& list, MigrationListing::Filter& filter) {
+int parseSkip(const CString& _sList, MigrationListing::Filter& _rFilter) {
     int start = 0;
     for (;;) {
-        const int comma = list.Find(L',', start);
-        const CString word = comma < 0 ? list.Mid(start) : list.Mid(start, comma - start);
+        const int comma = _sList.Find(L',', start);
+        const CString word = comma < 0 ? _sList.Mid(start) : _sList.Mid(start, comma - start);
         if (word == L"info")
-            filter.bSkipInformation = 1;
+            _rFilter.bSkipInformation = 1;
         else if (word == L"warning")
-            filter.bSkipWarning = 1;
+            _rFilter.bSkipWarning = 1;
         else if (word == L"error")
-            filter.bSkipError = 1;
+            _rFilter.bSkipError = 1;
         else
             return 0;
         if (comma < 0)
@@ -73,48 +74,48 @@ int parseSkip(const CString& list, MigrationListing::Filter& filter) {
 }
 
 // Answers an empty string when the arguments are good, else the one line that says what is wrong.
-std::string parseOptions(const std::vector<CString>& args, Options& options) {
+std::string parseOptions(const std::vector<CString>& _args, Options& _rOptions) {
     bool optionsEnded = false;
-    for (const CString& arg : args) {
+    for (const CString& arg : _args) {
         if (!optionsEnded && arg.GetLength() > 1 && arg[0] == L'-') {
             if (arg == L"--") {
                 optionsEnded = true;
             } else if (arg == L"--help" || arg == L"-h") {
-                options.bHelp = true;
+                _rOptions.bHelp = true;
             } else if (arg == L"--version") {
-                options.bVersion = true;
+                _rOptions.bVersion = true;
             } else if (arg == L"--format" || arg.Left(9) == L"--format=") {
-                if (arg.GetLength() <= 9 || !FileListTable::mf_parseFormat(arg.Mid(9), options.format))
+                if (arg.GetLength() <= 9 || !FileListTable::mf_parseFormat(arg.Mid(9), _rOptions.format))
                     return "--format needs table, csv or json, as in --format=csv, not '" + arg.ToUtf8() +
                            "'";
             } else if (arg == L"--descending") {
-                options.bAscending = 0;
+                _rOptions.bAscending = 0;
             } else if (arg == L"--sort=path") {
-                options.key = FileListOrder::BY_PATH;
+                _rOptions.key = FileListOrder::BY_PATH;
             } else if (arg == L"--sort=result") {
-                options.key = FileListOrder::BY_RESULT;
+                _rOptions.key = FileListOrder::BY_RESULT;
             } else if (arg == L"--sort" || arg.Left(7) == L"--sort=") {
                 return "--sort needs path or result, as in --sort=result, not '" + arg.ToUtf8() + "'";
             } else if (arg == L"--listing") {
-                options.bListing = true;
+                _rOptions.bListing = true;
             } else if (arg.Left(10) == L"--listing=") {
                 if (arg.GetLength() == 10)
                     return "--listing= needs a file name, as in --listing=listing.txt";
-                options.bListing = true;
-                const std::string problem = takeInput(arg.Mid(10), options);
+                _rOptions.bListing = true;
+                const std::string problem = takeInput(arg.Mid(10), _rOptions);
                 if (!problem.empty())
                     return problem;
             } else if (arg == L"--no-stubs") {
-                options.filter.bSkipStubFiles = 1;
-                if (options.sFilterOption.IsEmpty())
-                    options.sFilterOption = arg;
+                _rOptions.filter.bSkipStubFiles = 1;
+                if (_rOptions.sFilterOption.IsEmpty())
+                    _rOptions.sFilterOption = arg;
             } else if (arg == L"--skip" || arg.Left(7) == L"--skip=") {
-                if (arg.GetLength() <= 7 || !parseSkip(arg.Mid(7), options.filter))
+                if (arg.GetLength() <= 7 || !parseSkip(arg.Mid(7), _rOptions.filter))
                     return "--skip needs info, warning or error, several separated by commas, as in "
                            "--skip=info,warning, not '" +
                            arg.ToUtf8() + "'";
-                if (options.sFilterOption.IsEmpty())
-                    options.sFilterOption = arg;
+                if (_rOptions.sFilterOption.IsEmpty())
+                    _rOptions.sFilterOption = arg;
             } else if (arg == L"--store" || arg.Left(8) == L"--store=") {
                 return "--store is an option of search, as in korfiles search --store=...";
             } else if (arg == L"--registry" || arg.Left(11) == L"--registry=") {
@@ -124,28 +125,28 @@ std::string parseOptions(const std::vector<CString>& args, Options& options) {
             }
             continue;
         }
-        const std::string problem = takeInput(arg, options);
+        const std::string problem = takeInput(arg, _rOptions);
         if (!problem.empty())
             return problem;
     }
-    if (!options.bListing && !options.sFilterOption.IsEmpty())
-        return "'" + options.sFilterOption.ToUtf8() + "' filters a listing and needs --listing";
+    if (!_rOptions.bListing && !_rOptions.sFilterOption.IsEmpty())
+        return "'" + _rOptions.sFilterOption.ToUtf8() + "' filters a listing and needs --listing";
     return std::string();
 }
 
-long long versionCount(const UQFileListItem::Array& items) {
+long long versionCount(const UQFileListItem::Array& _items) {
     long long n = 0;
-    for (INT_PTR i = 0; i < items.GetSize(); ++i)
-        n += items[i]->mf_getVersionCount();
+    for (INT_PTR i = 0; i < _items.GetSize(); ++i)
+        n += _items[i]->mf_getVersionCount();
     return n;
 }
 
-int runFileVersions(const std::string& text, const Options& options, const std::string& inputName,
-                    TextOutput& out, TextOutput& err) {
+int runFileVersions(const std::string& _sText, const Options& _options, const std::string& _sInputName,
+                    TextOutput& _rOut, TextOutput& _rErr) {
     MalformedLines problems;
     std::vector<FileVersionRecord> records;
-    ProgressLine progress(err, text.size());
-    FileVersionReader::mf_read(text, records, problems, &progress);
+    ProgressLine progress(_rErr, _sText.size());
+    FileVersionReader::mf_read(_sText, records, problems, &progress);
     progress.mf_finish();
     FileVersionList list;
     for (const FileVersionRecord& record : records) {
@@ -153,67 +154,67 @@ int runFileVersions(const std::string& text, const Options& options, const std::
         if (!list.mf_add(record, problem))
             problems.mf_onProblem(record.nLine, problem);
     }
-    problems.mf_report(inputName, err);
+    problems.mf_report(_sInputName, _rErr);
 
     UQFileListItem::Array items;
-    list.mf_getSorted(items, options.key, options.bAscending);
-    out.mf_write(FileListTable::mf_format(items, options.format));
-    err.mf_write(KorFilesTool::mf_countLine(items.GetSize(), versionCount(items), problems.mf_getCount(),
-                                            "malformed line"));
+    list.mf_getSorted(items, _options.key, _options.bAscending);
+    _rOut.mf_write(FileListTable::mf_format(items, _options.format));
+    _rErr.mf_write(KorFilesTool::mf_countLine(items.GetSize(), versionCount(items), problems.mf_getCount(),
+                                              "malformed line"));
     return problems.mf_getCount() > 0 ? KorFilesTool::EXIT_LINES_SKIPPED : KorFilesTool::EXIT_ALL_READ;
 }
 
-int runListing(const std::string& text, const Options& options, const CString& input, TextOutput& out,
-               TextOutput& err) {
+int runListing(const std::string& _sText, const Options& _options, const CString& _sInput, TextOutput& _rOut,
+               TextOutput& _rErr) {
     MigrationListing listing;
-    const std::vector<UQErrno> skipped = listing.mf_read(text, input);
+    const std::vector<UQErrno> skipped = listing.mf_read(_sText, _sInput);
     // The reader's own words, which already name the file and the line.
     for (const UQErrno& e : skipped)
-        err.mf_write(e.mf_getDetail().ToUtf8() + "\n");
+        _rErr.mf_write(e.mf_getDetail().ToUtf8() + "\n");
 
     UQFileListItem::Array items;
-    listing.mf_getItems(items, options.filter, options.key, options.bAscending);
-    out.mf_write(FileListTable::mf_formatListing(items, options.format));
-    err.mf_write(KorFilesTool::mf_countLine(items.GetSize(), versionCount(items),
-                                            static_cast<long long>(skipped.size()), "malformed line"));
+    listing.mf_getItems(items, _options.filter, _options.key, _options.bAscending);
+    _rOut.mf_write(FileListTable::mf_formatListing(items, _options.format));
+    _rErr.mf_write(KorFilesTool::mf_countLine(items.GetSize(), versionCount(items),
+                                              static_cast<long long>(skipped.size()), "malformed line"));
     return skipped.empty() ? KorFilesTool::EXIT_ALL_READ : KorFilesTool::EXIT_LINES_SKIPPED;
 }
 
-int run(const std::vector<CString>& args, const CString& defaultInput, const CString& defaultListing,
-        TextOutput& out, TextOutput& err) {
-    if (!args.empty() && args[0] == L"settings")
-        return SettingsCommand::mf_run(std::vector<CString>(args.begin() + 1, args.end()), out, err);
-    if (!args.empty() && args[0] == L"search")
-        return SearchCommand::mf_run(std::vector<CString>(args.begin() + 1, args.end()),
-                                     HistorySource::mf_sample(), out, err);
+int run(const std::vector<CString>& _args, const CString& _sDefaultInput, const CString& _sDefaultListing,
+        TextOutput& _rOut, TextOutput& _rErr) {
+    if (!_args.empty() && _args[0] == L"settings")
+        return SettingsCommand::mf_run(std::vector<CString>(_args.begin() + 1, _args.end()), _rOut, _rErr);
+    if (!_args.empty() && _args[0] == L"search")
+        return SearchCommand::mf_run(std::vector<CString>(_args.begin() + 1, _args.end()),
+                                     HistorySource::mf_sample(), _rOut, _rErr);
     Options options;
-    const std::string usageError = parseOptions(args, options);
+    const std::string usageError = parseOptions(_args, options);
     if (!usageError.empty()) {
-        err.mf_write("korfiles: " + usageError + "\n" + KorFilesTool::mf_getUsage());
+        _rErr.mf_write("korfiles: " + usageError + "\n" + KorFilesTool::mf_getUsage());
         return KorFilesTool::EXIT_BAD_USAGE;
     }
     if (options.bHelp) {
-        out.mf_write(KorFilesTool::mf_getHelp(defaultInput, defaultListing));
+        _rOut.mf_write(KorFilesTool::mf_getHelp(_sDefaultInput, _sDefaultListing));
         return KorFilesTool::EXIT_ALL_READ;
     }
     if (options.bVersion) {
-        out.mf_write(std::string("korfiles ") + KorFilesTool::VERSION + "\n");
+        _rOut.mf_write(std::string("korfiles ") + KorFilesTool::VERSION + "\n");
         return KorFilesTool::EXIT_ALL_READ;
     }
 
     const CString input = options.bHasInput  ? options.sInput
-                          : options.bListing ? defaultListing
-                                             : defaultInput;
+                          : options.bListing ? _sDefaultListing
+                                             : _sDefaultInput;
     const std::string inputName = input == KorFilesTool::STANDARD_INPUT ? "(standard input)" : input.ToUtf8();
     std::string text;
     std::string reason;
     if (!KorFilesTool::mf_readFile(input, text, reason)) {
-        err.mf_write("korfiles: cannot read '" + inputName + "': " + reason + "\n");
+        _rErr.mf_write("korfiles: cannot read '" + inputName + "': " + reason + "\n");
         return KorFilesTool::EXIT_UNREADABLE;
     }
     if (options.bListing)
-        return runListing(text, options, CString::FromUtf8(inputName), out, err);
-    return runFileVersions(text, options, inputName, out, err);
+        return runListing(text, options, CString::FromUtf8(inputName), _rOut, _rErr);
+    return runFileVersions(text, options, inputName, _rOut, _rErr);
 }
 
 } // namespace
@@ -221,44 +222,43 @@ int run(const std::vector<CString>& args, const CString& defaultInput, const CSt
 const char* const KorFilesTool::VERSION = KORFILES_VERSION;
 const wchar_t* const KorFilesTool::STANDARD_INPUT = L"-";
 
-int KorFilesTool::mf_run(const std::vector<CString>& args, const CString& defaultInput,
-                         const CString& defaultListing, TextOutput& out, TextOutput& err) noexcept {
+int KorFilesTool::mf_run(const std::vector<CString>& _args, const CString& _sDefaultInput,
+                         const CString& _sDefaultListing, TextOutput& _rOut, TextOutput& _rErr) noexcept {
     try {
-        return run(args, defaultInput, defaultListing, out, err);
+        return run(_args, _sDefaultInput, _sDefaultListing, _rOut, _rErr);
     } catch (const UQErrno& e) {
-        err.mf_write("korfiles: " + e.mf_toString().ToUtf8() + "\n");
+        _rErr.mf_write("korfiles: " + e.mf_toString().ToUtf8() + "\n");
     } catch (const std::bad_alloc&) {
-        err.mf_write("korfiles: out of memory\n");
+        _rErr.mf_write("korfiles: out of memory\n");
     } catch (CException* e) {
         e->Delete();
-        err.mf_write("korfiles: internal error: invalid argument\n");
+        _rErr.mf_write("korfiles: internal error: invalid argument\n");
     } catch (...) {
-        err.mf_write("korfiles: internal error\n");
+        _rErr.mf_write("korfiles: internal error\n");
     }
     return EXIT_INTERNAL_ERROR;
 }
 
-int KorFilesTool::mf_readFile(const CString& path, std::string& text, std::string& reason) {
+int KorFilesTool::mf_readFile(const CString& _sPath, std::string& _rText, std::string& _rReason) {
     errno = 0;
-    if (path == STANDARD_INPUT) {
+    if (_sPath == STANDARD_INPUT) {
 #if defined(_WIN32)
         // Bytes as they come: text mode would drop CRs and stop at a Ctrl-Z.
         _setmode(_fileno(stdin), _O_BINARY);
 #endif
-        return mf_implReadStream(stdin, text, reason);
+        return mf_implReadStream(stdin, _rText, _rReason);
     }
 #if defined(_WIN32)
-    std::FILE* file = _wfopen(path, L"rb");
+    const UQStdFile file(_wfopen(_sPath, L"rb"));
 #else
-    std::FILE* file = std::fopen(uqfmt::wideToNative(path.GetString(), path.GetLength()).c_str(), "rb");
+    const UQStdFile file(
+        std::fopen(uqfmt::wideToNative(_sPath.GetString(), _sPath.GetLength()).c_str(), "rb"));
 #endif
-    if (file == nullptr) {
-        reason = std::strerror(errno);
+    if (!file) {
+        _rReason = std::strerror(errno);
         return 0;
     }
-    const int done = mf_implReadStream(file, text, reason);
-    std::fclose(file);
-    return done;
+    return mf_implReadStream(file.mf_get(), _rText, _rReason);
 }
 
 int KorFilesTool::mf_implReadStream(std::FILE* _pFile, std::string& _rText, std::string& _rReason) {
@@ -279,19 +279,19 @@ int KorFilesTool::mf_implReadStream(std::FILE* _pFile, std::string& _rText, std:
 
 std::string KorFilesTool::mf_countLine(long long _nFiles, long long _nVersions, long long _nSkipped,
                                        const char* _pszSkipped) {
-    const auto counted = [](long long n, const std::string& what) {
-        return std::to_string(n) + " " + what + (n == 1 ? "" : "s");
+    const auto counted = [](long long _nN, const std::string& _sWhat) {
+        return std::to_string(_nN) + " " + _sWhat + (_nN == 1 ? "" : "s");
     };
     return counted(_nFiles, "file") + ", " + counted(_nVersions, "version") + ", " +
            counted(_nSkipped, _pszSkipped) + " skipped\n";
 }
 
 std::string KorFilesTool::mf_getUsage() {
-    return std::string(kUsage) + "       " + SearchCommand::SYNOPSIS + "\n       " +
+    return std::string(USAGE) + "       " + SearchCommand::SYNOPSIS + "\n       " +
            SettingsCommand::SYNOPSIS + "\n";
 }
 
-std::string KorFilesTool::mf_getHelp(const CString& defaultInput, const CString& defaultListing) {
+std::string KorFilesTool::mf_getHelp(const CString& _sDefaultInput, const CString& _sDefaultListing) {
     return mf_getUsage() +
            "\n"
            "Lists the file versions in FILE, one line per file: its path, the ranges of its version\n"
@@ -303,7 +303,7 @@ std::string KorFilesTool::mf_getHelp(const CString& defaultInput, const CString&
            "FILE:LINE: PROBLEM on standard error and skipped.\n"
            "Without FILE, korfiles reads the sample beside it:\n"
            "  " +
-           defaultInput.ToUtf8() +
+           _sDefaultInput.ToUtf8() +
            "\n"
            "\n"
            "With --listing, FILE is a migration listing instead: UTF-8 text with one migrated version per\n"
@@ -313,7 +313,7 @@ std::string KorFilesTool::mf_getHelp(const CString& defaultInput, const CString&
            "reader does not take are reported on standard error in its words (FILE:LINE: PROBLEM) and\n"
            "skipped. Without FILE, korfiles reads the sample listing beside it:\n"
            "  " +
-           defaultListing.ToUtf8() +
+           _sDefaultListing.ToUtf8() +
            "\n"
            "\n"
            "Options:\n"

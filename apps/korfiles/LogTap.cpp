@@ -5,13 +5,13 @@ namespace {
 // Whether a registry operation's record tells of a missing key or value, in the words of UQRegistry's
 // failures (docs/registry.md): "Value 'Name' not found in 'HKLM\Key'", "Key 'HKLM\Key' not found (value
 // 'Name')".
-bool isMissing(const CString& text) {
-    return (text.Left(7) == L"Value '" && text.Find(L"' not found in '") > 0) ||
-           (text.Left(5) == L"Key '" && text.Find(L"' not found (") > 0);
+bool isMissing(const CString& _sText) {
+    return (_sText.Left(7) == L"Value '" && _sText.Find(L"' not found in '") > 0) ||
+           (_sText.Left(5) == L"Key '" && _sText.Find(L"' not found (") > 0);
 }
 
-bool isRegistryOperation(const wchar_t* function) {
-    return function != nullptr && CString(function).Left(12) == L"UQRegistry::";
+bool isRegistryOperation(const wchar_t* _pszFunction) {
+    return _pszFunction != nullptr && CString(_pszFunction).Left(12) == L"UQRegistry::";
 }
 
 } // namespace
@@ -27,23 +27,24 @@ LogTap::~LogTap() {
     UQLog::mf_setSink(m_pPrevious);
 }
 
-void LogTap::mf_write(const UQLogRecord& record) noexcept {
+void LogTap::mf_write(const UQLogRecord& _record) noexcept {
     if (m_pPrevious != nullptr)
-        m_pPrevious->mf_write(record);
+        m_pPrevious->mf_write(_record);
     else if (m_pProductLog)
-        m_pProductLog->mf_write(record);
-    if (record.pLevel == nullptr || record.pLevel->mf_getLetter() != L'E')
+        m_pProductLog->mf_write(_record);
+    if (_record.pLevel == nullptr || _record.pLevel->mf_getLetter() != L'E')
         return;
     try {
         std::lock_guard<std::mutex> lock(m_mutex);
         m_bFailure = true;
         m_sFailure.Empty();
-        CString line = record.sText.Mid(record.sText.ReverseFind(L'\n') + 1);
+        CString line = _record.sText.Mid(_record.sText.ReverseFind(L'\n') + 1);
         line.TrimLeft();
         line.TrimRight();
         m_sFailure = line;
-        if (m_sStoreFailure.IsEmpty() && isRegistryOperation(record.pszFunction) && !isMissing(record.sText))
-            m_sStoreFailure = record.sText;
+        if (m_sStoreFailure.IsEmpty() && isRegistryOperation(_record.pszFunction) &&
+            !isMissing(_record.sText))
+            m_sStoreFailure = _record.sText;
     } catch (...) {
         // Out of memory: the failure has counted, only its words are lost.
     }

@@ -2,20 +2,20 @@
 
 #include <algorithm>
 
-void MalformedLines::mf_onProblem(int line, const std::string& problem) noexcept {
+void MalformedLines::mf_onProblem(int _nLine, const std::string& _sProblem) noexcept {
     try {
-        m_problems.emplace_back(line, problem);
+        m_problems.emplace_back(_nLine, _sProblem);
     } catch (...) {
         ++m_nLost;
     }
 }
 
-void MalformedLines::mf_report(const std::string& file, TextOutput& err) {
+void MalformedLines::mf_report(const std::string& _sFile, TextOutput& _rErr) {
     std::stable_sort(m_problems.begin(), m_problems.end(),
-                     [](const auto& a, const auto& b) { return a.first < b.first; });
+                     [](const auto& _a, const auto& _b) { return _a.first < _b.first; });
     for (const auto& p : m_problems)
-        err.mf_write(file + ":" + std::to_string(p.first) + ": " + p.second + "\n");
+        _rErr.mf_write(_sFile + ":" + std::to_string(p.first) + ": " + p.second + "\n");
     if (m_nLost > 0)
-        err.mf_write("korfiles: out of memory: " + std::to_string(m_nLost) +
-                     " malformed lines not reported\n");
+        _rErr.mf_write("korfiles: out of memory: " + std::to_string(m_nLost) +
+                       " malformed lines not reported\n");
 }

@@ -11,40 +11,37 @@ std::string systemReason(LONG rc) {
     return s.ToUtf8();
 }
 
-LONG createKey(HKEY parent, const CString& path, HKEY& key) {
-    return RegCreateKeyExW(parent, path, 0, nullptr, REG_OPTION_NON_VOLATILE, KEY_ALL_ACCESS, nullptr, &key,
-                           nullptr);
+LONG createKey(HKEY _hParent, const CString& _sPath, UQRegistryKey& _rKey) {
+    return RegCreateKeyExW(_hParent, _sPath, 0, nullptr, REG_OPTION_NON_VOLATILE, KEY_ALL_ACCESS, nullptr,
+                           _rKey.mf_put(), nullptr);
 }
 
 } // namespace
 
-RegistryChoice::RegistryChoice() noexcept : m_bChosen(false), m_hMachine(nullptr), m_hUser(nullptr) {}
+RegistryChoice::RegistryChoice() noexcept : m_bChosen(false) {}
 
 RegistryChoice::~RegistryChoice() {
     if (m_bChosen) {
         RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
         RegOverridePredefKey(HKEY_CURRENT_USER, nullptr);
     }
-    for (HKEY h : {m_hMachine, m_hUser}) {
-        if (h != nullptr)
-            RegCloseKey(h);
-    }
+    // The stand-in keys close with their owners.
 }
 
 int RegistryChoice::mf_choose(const CString& store, std::string& reason) {
-    HKEY hRoot = nullptr;
+    UQRegistryKey root;
     // Both stand-ins are opened before HKEY_CURRENT_USER is redirected, as the key is the user's own.
-    LONG rc = createKey(HKEY_CURRENT_USER, store, hRoot);
+    LONG rc = createKey(HKEY_CURRENT_USER, store, root);
     if (rc == ERROR_SUCCESS) {
-        rc = createKey(hRoot, L"HKLM", m_hMachine);
+        rc = createKey(root.mf_get(), L"HKLM", m_hMachine);
         if (rc == ERROR_SUCCESS)
-            rc = createKey(hRoot, L"HKCU", m_hUser);
-        RegCloseKey(hRoot);
+            rc = createKey(root.mf_get(), L"HKCU", m_hUser);
+        root.mf_reset();
     }
     if (rc == ERROR_SUCCESS) {
-        rc = RegOverridePredefKey(HKEY_LOCAL_MACHINE, m_hMachine);
+        rc = RegOverridePredefKey(HKEY_LOCAL_MACHINE, m_hMachine.mf_get());
         if (rc == ERROR_SUCCESS) {
-            rc = RegOverridePredefKey(HKEY_CURRENT_USER, m_hUser);
+            rc = RegOverridePredefKey(HKEY_CURRENT_USER, m_hUser.mf_get());
             if (rc != ERROR_SUCCESS)
                 RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
         }
@@ -72,9 +69,9 @@ RegistryChoice::~RegistryChoice() {
     }
 }
 
-int RegistryChoice::mf_choose(const CString& store, std::string&) {
+int RegistryChoice::mf_choose(const CString& _sStore, std::string&) {
     m_sPreviousFile = UQRegistry::mf_getStoreFile();
-    UQRegistry::mf_setStoreFile(store);
+    UQRegistry::mf_setStoreFile(_sStore);
     m_bChosen = true;
     return 1;
 }

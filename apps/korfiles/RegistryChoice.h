@@ -1,5 +1,6 @@
 #pragma once
 
+#include "compat/UQHandle.h"
 #include "interfaces/korbase.h"
 
 #include <string>
@@ -26,8 +27,8 @@ public:
 private:
     bool m_bChosen;
 #if defined(_WIN32)
-    HKEY m_hMachine;
-    HKEY m_hUser;
+    UQRegistryKey m_hMachine;
+    UQRegistryKey m_hUser;
 #else
     CString m_sPreviousFile;
 #endif

@@ -13,9 +13,9 @@ namespace {
 enum SortKey { BY_PATH, BY_STATUS, BY_SECURITY, BY_STREAMS };
 
 // The words of --exclude in the order of UQSearchList::mf_getFileList's flags.
-const wchar_t* const kExclusions[6] = {L"available", L"available-protected",
-                                       L"expiring",  L"expiring-protected",
-                                       L"deleted",   L"deleted-protected"};
+const wchar_t* const EXCLUSIONS[6] = {L"available", L"available-protected",
+                                      L"expiring",  L"expiring-protected",
+                                      L"deleted",   L"deleted-protected"};
 
 struct Options {
     CString sPattern = L"*";
@@ -39,58 +39,58 @@ struct Options {
 
 // Days from 0000-03-01 of the proleptic Gregorian calendar to the date, which must exist; counted from
 // March so that the leap day ends a year.
-std::int64_t civilDays(int year, int month, int day) {
-    const int y = year - (month <= 2 ? 1 : 0);
+std::int64_t civilDays(int _nYear, int _nMonth, int _nDay) {
+    const int y = _nYear - (_nMonth <= 2 ? 1 : 0);
     const int era = y / 400;
     const int yearOfEra = y - era * 400;
-    const int dayOfYear = (153 * (month > 2 ? month - 3 : month + 9) + 2) / 5 + day - 1;
+    const int dayOfYear = (153 * (_nMonth > 2 ? _nMonth - 3 : _nMonth + 9) + 2) / 5 + _nDay - 1;
     const int dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
     return static_cast<std::int64_t>(era) * 146097 + dayOfEra;
 }
 
 // Days from 1601-01-01, where file times start.
-std::int64_t daysSince1601(int year, int month, int day) {
-    return civilDays(year, month, day) - civilDays(1601, 1, 1);
+std::int64_t daysSince1601(int _nYear, int _nMonth, int _nDay) {
+    return civilDays(_nYear, _nMonth, _nDay) - civilDays(1601, 1, 1);
 }
 
 // "YYYY-MM-DD" from 1601 to 9999, a date that exists; answers 0 otherwise.
-int parseDate(const CString& text, int& year, int& month, int& day) {
-    if (text.GetLength() != 10 || text[4] != L'-' || text[7] != L'-')
+int parseDate(const CString& _sText, int& _rnYear, int& _rnMonth, int& _rnDay) {
+    if (_sText.GetLength() != 10 || _sText[4] != L'-' || _sText[7] != L'-')
         return 0;
     int values[3] = {0, 0, 0};
     const int starts[3] = {0, 5, 8};
     const int lengths[3] = {4, 2, 2};
     for (int f = 0; f < 3; ++f) {
         for (int i = starts[f]; i < starts[f] + lengths[f]; ++i) {
-            if (text[i] < L'0' || text[i] > L'9')
+            if (_sText[i] < L'0' || _sText[i] > L'9')
                 return 0;
-            values[f] = values[f] * 10 + (text[i] - L'0');
+            values[f] = values[f] * 10 + (_sText[i] - L'0');
         }
     }
-    year = values[0];
-    month = values[1];
-    day = values[2];
-    if (year < 1601 || month < 1 || month > 12 || day < 1)
+    _rnYear = values[0];
+    _rnMonth = values[1];
+    _rnDay = values[2];
+    if (_rnYear < 1601 || _rnMonth < 1 || _rnMonth > 12 || _rnDay < 1)
         return 0;
-    static const int kDays[12] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    const bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
-    return day <= kDays[month - 1] + (month == 2 && leap ? 1 : 0) ? 1 : 0;
+    static const int DAYS[12] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    const bool leap = (_rnYear % 4 == 0 && _rnYear % 100 != 0) || _rnYear % 400 == 0;
+    return _rnDay <= DAYS[_rnMonth - 1] + (_rnMonth == 2 && leap ? 1 : 0) ? 1 : 0;
 }
 
 // The words of one --exclude option, separated by commas; answers 0 for an empty or unknown word.
-int parseExclusions(const CString& list, int (&exclude)[6]) {
+int parseExclusions(const CString& _sList, int (&_rExclude)[6]) {
     int start = 0;
     for (;;) {
-        const int comma = list.Find(L',', start);
-        const CString word = comma < 0 ? list.Mid(start) : list.Mid(start, comma - start);
+        const int comma = _sList.Find(L',', start);
+        const CString word = comma < 0 ? _sList.Mid(start) : _sList.Mid(start, comma - start);
         int found = -1;
         for (int i = 0; i < 6; ++i) {
-            if (word == kExclusions[i])
+            if (word == EXCLUSIONS[i])
                 found = i;
         }
         if (found < 0)
             return 0;
-        exclude[found] = 1;
+        _rExclude[found] = 1;
         if (comma < 0)
             return 1;
         start = comma + 1;
@@ -99,80 +99,81 @@ int parseExclusions(const CString& list, int (&exclude)[6]) {
 
 std::string exclusionWords() {
     std::string words;
-    for (const wchar_t* w : kExclusions)
+    for (const wchar_t* w : EXCLUSIONS)
         words += (words.empty() ? "" : ", ") + CString(w).ToUtf8();
     return words;
 }
 
 // Answers an empty string when the date is taken, else what is wrong.
-std::string takeDate(const CString& arg, int prefix, bool endOfDay, CString& text, UQFileTime& time) {
-    const CString name = arg.Left(prefix - 1);
-    if (!text.IsEmpty())
+std::string takeDate(const CString& _sArg, int _nPrefix, bool _bEndOfDay, CString& _rsText,
+                     UQFileTime& _rTime) {
+    const CString name = _sArg.Left(_nPrefix - 1);
+    if (!_rsText.IsEmpty())
         return "only one " + name.ToUtf8() + " may be given";
     int year = 0, month = 0, day = 0;
-    if (!parseDate(arg.Mid(prefix), year, month, day))
+    if (!parseDate(_sArg.Mid(_nPrefix), year, month, day))
         return name.ToUtf8() + " needs a date YYYY-MM-DD from 1601-01-01 on, as in " + name.ToUtf8() +
-               "=2023-01-31, not '" + arg.ToUtf8() + "'";
+               "=2023-01-31, not '" + _sArg.ToUtf8() + "'";
     const std::uint64_t days = static_cast<std::uint64_t>(daysSince1601(year, month, day));
     // The whole day: --to takes its last tick, so that a record written during that day is in range.
-    time = UQFileTime((days + (endOfDay ? 1u : 0u)) * UQFileTime::TICKS_PER_DAY - (endOfDay ? 1u : 0u));
-    text = arg.Mid(prefix);
+    _rTime = UQFileTime((days + (_bEndOfDay ? 1u : 0u)) * UQFileTime::TICKS_PER_DAY - (_bEndOfDay ? 1u : 0u));
+    _rsText = _sArg.Mid(_nPrefix);
     return std::string();
 }
 
 // Answers an empty string when the arguments are good, else the one line that says what is wrong.
-std::string parseOptions(const std::vector<CString>& args, Options& options) {
+std::string parseOptions(const std::vector<CString>& _args, Options& _rOptions) {
     bool optionsEnded = false;
-    for (const CString& arg : args) {
+    for (const CString& arg : _args) {
         if (!optionsEnded && arg.GetLength() > 1 && arg[0] == L'-') {
             if (arg == L"--") {
                 optionsEnded = true;
             } else if (arg == L"--help" || arg == L"-h") {
-                options.bHelp = true;
+                _rOptions.bHelp = true;
             } else if (arg == L"--descending") {
-                options.bAscending = 0;
-                if (options.sOrderOption.IsEmpty())
-                    options.sOrderOption = arg;
+                _rOptions.bAscending = 0;
+                if (_rOptions.sOrderOption.IsEmpty())
+                    _rOptions.sOrderOption = arg;
             } else if (arg.Left(7) == L"--sort=" || arg == L"--sort") {
                 const CString key = arg.Mid(7);
                 if (arg == L"--sort=path")
-                    options.key = BY_PATH;
+                    _rOptions.key = BY_PATH;
                 else if (key == L"status")
-                    options.key = BY_STATUS;
+                    _rOptions.key = BY_STATUS;
                 else if (key == L"security")
-                    options.key = BY_SECURITY;
+                    _rOptions.key = BY_SECURITY;
                 else if (key == L"streams")
-                    options.key = BY_STREAMS;
+                    _rOptions.key = BY_STREAMS;
                 else
                     return "--sort needs path, status, security or streams, as in --sort=status, not '" +
                            arg.ToUtf8() + "'";
-                if (options.sOrderOption.IsEmpty())
-                    options.sOrderOption = arg;
+                if (_rOptions.sOrderOption.IsEmpty())
+                    _rOptions.sOrderOption = arg;
             } else if (arg.Left(10) == L"--exclude=" || arg == L"--exclude") {
-                if (arg.GetLength() <= 10 || !parseExclusions(arg.Mid(10), options.abExclude))
+                if (arg.GetLength() <= 10 || !parseExclusions(arg.Mid(10), _rOptions.abExclude))
                     return "--exclude needs one or more of " + exclusionWords() +
                            ", separated by commas, not '" + arg.ToUtf8() + "'";
             } else if (arg == L"--format" || arg.Left(9) == L"--format=") {
-                if (arg.GetLength() <= 9 || !FileListTable::mf_parseFormat(arg.Mid(9), options.format))
+                if (arg.GetLength() <= 9 || !FileListTable::mf_parseFormat(arg.Mid(9), _rOptions.format))
                     return "--format needs table, csv or json, as in --format=csv, not '" + arg.ToUtf8() +
                            "'";
             } else if (arg == L"--latest-only") {
-                options.bLatestOnly = true;
+                _rOptions.bLatestOnly = true;
             } else if (arg == L"--retrieval-order") {
-                options.bRetrievalOrder = true;
+                _rOptions.bRetrievalOrder = true;
             } else if (arg.Left(8) == L"--store=" || arg == L"--store") {
                 if (arg.GetLength() <= 8)
                     return "--store needs a file name, as in --store=history.txt";
-                if (options.bHasStore)
+                if (_rOptions.bHasStore)
                     return "only one --store may be given";
-                options.sStore = arg.Mid(8);
-                options.bHasStore = true;
+                _rOptions.sStore = arg.Mid(8);
+                _rOptions.bHasStore = true;
             } else if (arg.Left(7) == L"--from=" || arg == L"--from") {
-                const std::string problem = takeDate(arg, 7, false, options.sFrom, options.fromTime);
+                const std::string problem = takeDate(arg, 7, false, _rOptions.sFrom, _rOptions.fromTime);
                 if (!problem.empty())
                     return problem;
             } else if (arg.Left(5) == L"--to=" || arg == L"--to") {
-                const std::string problem = takeDate(arg, 5, true, options.sTo, options.toTime);
+                const std::string problem = takeDate(arg, 5, true, _rOptions.sTo, _rOptions.toTime);
                 if (!problem.empty())
                     return problem;
             } else {
@@ -180,39 +181,39 @@ std::string parseOptions(const std::vector<CString>& args, Options& options) {
             }
             continue;
         }
-        if (options.bHasPattern)
-            return "only one PATTERN may be given, not both '" + options.sPattern.ToUtf8() + "' and '" +
+        if (_rOptions.bHasPattern)
+            return "only one PATTERN may be given, not both '" + _rOptions.sPattern.ToUtf8() + "' and '" +
                    arg.ToUtf8() + "'";
         if (arg.IsEmpty())
             return "PATTERN may not be empty: leave it out, or give '*', to find every file";
-        options.sPattern = arg;
-        options.bHasPattern = true;
+        _rOptions.sPattern = arg;
+        _rOptions.bHasPattern = true;
     }
-    if (options.bRetrievalOrder && !options.sOrderOption.IsEmpty())
+    if (_rOptions.bRetrievalOrder && !_rOptions.sOrderOption.IsEmpty())
         return "--retrieval-order prints in the backend's access order and takes no '" +
-               options.sOrderOption.ToUtf8() + "'";
-    if (!options.sFrom.IsEmpty() && !options.sTo.IsEmpty() &&
-        options.toTime.mf_getValue() < options.fromTime.mf_getValue())
-        return "--from=" + options.sFrom.ToUtf8() + " is after --to=" + options.sTo.ToUtf8();
+               _rOptions.sOrderOption.ToUtf8() + "'";
+    if (!_rOptions.sFrom.IsEmpty() && !_rOptions.sTo.IsEmpty() &&
+        _rOptions.toTime.mf_getValue() < _rOptions.fromTime.mf_getValue())
+        return "--from=" + _rOptions.sFrom.ToUtf8() + " is after --to=" + _rOptions.sTo.ToUtf8();
     return std::string();
 }
 
-void sortItems(UQSearchFileItem::Array& items, SortKey key, int bAscending) {
+void sortItems(UQSearchFileItem::Array& _rItems, SortKey _key, int _bAscending) {
     // An empty array is left alone: the sorts warn about it in the log.
-    if (items.GetSize() == 0)
+    if (_rItems.GetSize() == 0)
         return;
-    switch (key) {
+    switch (_key) {
     case BY_PATH:
-        UQSearchFileItem::mf_sortByPath(items, bAscending);
+        UQSearchFileItem::mf_sortByPath(_rItems, _bAscending);
         break;
     case BY_STATUS:
-        UQSearchFileItem::mf_sortByStatus(items, bAscending);
+        UQSearchFileItem::mf_sortByStatus(_rItems, _bAscending);
         break;
     case BY_SECURITY:
-        UQSearchFileItem::mf_sortBySecurity(items, bAscending);
+        UQSearchFileItem::mf_sortBySecurity(_rItems, _bAscending);
         break;
     case BY_STREAMS:
-        UQSearchFileItem::mf_sortByADStreams(items, bAscending);
+        UQSearchFileItem::mf_sortByADStreams(_rItems, _bAscending);
         break;
     }
 }
@@ -224,21 +225,21 @@ const char* const SearchCommand::SYNOPSIS =
     "                [--sort=path|status|security|streams] [--descending] [--latest-only]\n"
     "                [--retrieval-order]";
 
-int SearchCommand::mf_run(const std::vector<CString>& args, const HistorySource& sample, TextOutput& out,
-                          TextOutput& err) {
+int SearchCommand::mf_run(const std::vector<CString>& _args, const HistorySource& _sample, TextOutput& _rOut,
+                          TextOutput& _rErr) {
     Options options;
-    const std::string usageError = parseOptions(args, options);
+    const std::string usageError = parseOptions(_args, options);
     if (!usageError.empty()) {
         // One line: the search's usage is long, and --help has it.
-        err.mf_write("korfiles search: " + usageError + "\n");
+        _rErr.mf_write("korfiles search: " + usageError + "\n");
         return KorFilesTool::EXIT_BAD_USAGE;
     }
     if (options.bHelp) {
-        out.mf_write("Usage: " + std::string(SYNOPSIS) + "\n\n" + mf_getHelp());
+        _rOut.mf_write("Usage: " + std::string(SYNOPSIS) + "\n\n" + mf_getHelp());
         return KorFilesTool::EXIT_ALL_READ;
     }
 
-    const HistorySource source = options.bHasStore ? HistorySource::mf_file(options.sStore) : sample;
+    const HistorySource source = options.bHasStore ? HistorySource::mf_file(options.sStore) : _sample;
     UQHistoryQuery query;
     query.sPattern = options.sPattern;
     query.fromTime = options.fromTime;
@@ -253,11 +254,11 @@ int SearchCommand::mf_run(const std::vector<CString>& args, const HistorySource&
         if (!e.mf_getData().mf_is(UQErrno::_E_::File))
             throw;
         // The store's own words, which name the file.
-        err.mf_write("korfiles: cannot read the history store " + e.mf_getDetail().ToUtf8() + "\n");
+        _rErr.mf_write("korfiles: cannot read the history store " + e.mf_getDetail().ToUtf8() + "\n");
         return KorFilesTool::EXIT_UNREADABLE;
     }
     for (const UQErrno& e : result.errors)
-        err.mf_write(e.mf_getDetail().ToUtf8() + "\n");
+        _rErr.mf_write(e.mf_getDetail().ToUtf8() + "\n");
     list.mf_close();
 
     UQSearchFileItem::Array files;
@@ -284,11 +285,11 @@ int SearchCommand::mf_run(const std::vector<CString>& args, const HistorySource&
     }
     if (!options.bRetrievalOrder)
         sortItems(shown, options.key, options.bAscending);
-    out.mf_write(FileListTable::mf_formatSearch(shown, options.bLatestOnly ? 1 : 0, options.format));
+    _rOut.mf_write(FileListTable::mf_formatSearch(shown, options.bLatestOnly ? 1 : 0, options.format));
     long long versions = 0;
     for (INT_PTR i = 0; i < shown.GetSize(); ++i)
         versions += shown[i]->mf_getVersionCount();
-    err.mf_write(KorFilesTool::mf_countLine(
+    _rErr.mf_write(KorFilesTool::mf_countLine(
         shown.GetSize(), versions, static_cast<long long>(result.errors.size()), "malformed record"));
     return result.errors.empty() ? KorFilesTool::EXIT_ALL_READ : KorFilesTool::EXIT_LINES_SKIPPED;
 }

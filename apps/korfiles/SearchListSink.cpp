@@ -1,5 +1,5 @@
 #include "SearchListSink.h"
 
-void SearchListSink::mf_onQueryData(const UQQueryData& queryData) {
-    m_rList.mf_add(queryData);
+void SearchListSink::mf_onQueryData(const UQQueryData& _queryData) {
+    m_rList.mf_add(_queryData);
 }

@@ -10,11 +10,11 @@ namespace {
 
 // The placeholders as the registry holds them, and the word that the GUI shows for them
 // (docs/registry.md).
-const wchar_t* const kServerMgmtClass = L"<VRS server default mgmt class>";
-const wchar_t* const kDynamicOptionFile = L"<B/A client chooses options file>";
-const wchar_t* const kDefault = L"DEFAULT";
+const wchar_t* const SERVER_MGMT_CLASS = L"<VRS server default mgmt class>";
+const wchar_t* const DYNAMIC_OPTION_FILE = L"<B/A client chooses options file>";
+const wchar_t* const DEFAULT = L"DEFAULT";
 // Catalogue text: the display name of the dynamic option file.
-const unsigned kDynamicOptionFileText = 3144;
+const unsigned DYNAMIC_OPTION_FILE_TEXT = 3144;
 
 enum Kind { FLAG, MGMT_CLASS, OPTION_FILE, OPTION_FILE_MRU, SEARCH_ROOT };
 
@@ -27,7 +27,7 @@ struct Setting {
 };
 
 // In the order they are shown.
-const Setting kSettings[] = {
+const Setting SETTINGS[] = {
     {L"management-class", MGMT_CLASS, nullptr, nullptr},
     {L"backup-before-migrate", FLAG, &UQGuiRegistry::mf_isDefaultBackupBeforeMigrate,
      &UQGuiRegistry::mf_setDefaultBackupBeforeMigrate},
@@ -44,13 +44,13 @@ const Setting kSettings[] = {
     {L"history-search-root", SEARCH_ROOT, nullptr, nullptr},
 };
 
-std::string utf8(const wchar_t* s) {
-    return CString(s).ToUtf8();
+std::string utf8(const wchar_t* _pszS) {
+    return CString(_pszS).ToUtf8();
 }
 
-const Setting* findSetting(const CString& name) {
-    for (const Setting& s : kSettings) {
-        if (name == s.name)
+const Setting* findSetting(const CString& _sName) {
+    for (const Setting& s : SETTINGS) {
+        if (_sName == s.name)
             return &s;
     }
     return nullptr;
@@ -58,7 +58,7 @@ const Setting* findSetting(const CString& name) {
 
 std::string settingNames() {
     std::string names;
-    for (const Setting& s : kSettings)
+    for (const Setting& s : SETTINGS)
         names += (names.empty() ? "" : ", ") + utf8(s.name);
     return names;
 }
@@ -66,19 +66,19 @@ std::string settingNames() {
 // "DEFAULT <display name>": the dynamic option file as the GUI shows it.
 CString translatedDynamicOptionFile() {
     CString s;
-    s.Format(L"%s <%s>", kDefault, UQString(kDynamicOptionFileText).mf_getText());
+    s.Format(L"%s <%s>", DEFAULT, UQString(DYNAMIC_OPTION_FILE_TEXT).mf_getText());
     return s;
 }
 
 // DEFAULT, or a text that names the dynamic option file as the MRU recognises it.
-bool meansDynamicOptionFile(const CString& value) {
-    return value == kDefault || value.Find(kDynamicOptionFile) >= 0 ||
-           value.Find(UQString(kDynamicOptionFileText).mf_getText()) >= 0;
+bool meansDynamicOptionFile(const CString& _sValue) {
+    return _sValue == DEFAULT || _sValue.Find(DYNAMIC_OPTION_FILE) >= 0 ||
+           _sValue.Find(UQString(DYNAMIC_OPTION_FILE_TEXT).mf_getText()) >= 0;
 }
 
-bool hasControlCharacter(const CString& value) {
-    for (int i = 0; i < value.GetLength(); ++i) {
-        if (value[i] < 0x20 || value[i] == 0x7F)
+bool hasControlCharacter(const CString& _sValue) {
+    for (int i = 0; i < _sValue.GetLength(); ++i) {
+        if (_sValue[i] < 0x20 || _sValue[i] == 0x7F)
             return true;
     }
     return false;
@@ -87,14 +87,14 @@ bool hasControlCharacter(const CString& value) {
 // Whether the text holds a lone surrogate: an argument keeps the bytes that are not UTF-8 as such
 // characters (main.cpp). No setting can hold them, and U+FFFD in their place would store another text than
 // the one given.
-bool hasInvalidText(const CString& value) {
-    for (int i = 0; i < value.GetLength(); ++i) {
-        const unsigned long c = static_cast<unsigned long>(value[i]);
+bool hasInvalidText(const CString& _sValue) {
+    for (int i = 0; i < _sValue.GetLength(); ++i) {
+        const unsigned long c = static_cast<unsigned long>(_sValue[i]);
         if (c < 0xD800 || c > 0xDFFF)
             continue;
-        const bool pairStart = sizeof(wchar_t) == 2 && c <= 0xDBFF && i + 1 < value.GetLength() &&
-                               static_cast<unsigned long>(value[i + 1]) >= 0xDC00 &&
-                               static_cast<unsigned long>(value[i + 1]) <= 0xDFFF;
+        const bool pairStart = sizeof(wchar_t) == 2 && c <= 0xDBFF && i + 1 < _sValue.GetLength() &&
+                               static_cast<unsigned long>(_sValue[i + 1]) >= 0xDC00 &&
+                               static_cast<unsigned long>(_sValue[i + 1]) <= 0xDFFF;
         if (!pairStart)
             return true;
         ++i;
@@ -104,80 +104,80 @@ bool hasInvalidText(const CString& value) {
 
 // One "name: value" line; a stored value with line breaks or other control characters still makes one
 // line, with U+FFFD in their place, and an empty value leaves nothing after the colon.
-std::string line(const wchar_t* name, const CString& value) {
-    CString shown = value;
+std::string line(const wchar_t* _pszName, const CString& _sValue) {
+    CString shown = _sValue;
     for (int i = 0; i < shown.GetLength(); ++i) {
         if (shown[i] < 0x20 || shown[i] == 0x7F)
             shown.SetAt(i, 0xFFFD);
     }
-    return utf8(name) + (shown.IsEmpty() ? ":" : ": " + shown.ToUtf8()) + "\n";
+    return utf8(_pszName) + (shown.IsEmpty() ? ":" : ": " + shown.ToUtf8()) + "\n";
 }
 
-std::string show(const Setting& s) {
-    switch (s.kind) {
+std::string show(const Setting& _s) {
+    switch (_s.kind) {
     case FLAG:
-        return line(s.name, s.isSet() ? L"yes" : L"no");
+        return line(_s.name, _s.isSet() ? L"yes" : L"no");
     case MGMT_CLASS:
-        return line(s.name, UQGuiRegistry::mf_getDefaultMgmtClass());
+        return line(_s.name, UQGuiRegistry::mf_getDefaultMgmtClass());
     case OPTION_FILE: {
         // An empty default is the dynamic option file.
         const CString path = UQGuiRegistry::mf_getDefaultBackupOptionFilePath();
-        return line(s.name, path.IsEmpty() ? translatedDynamicOptionFile() : path);
+        return line(_s.name, path.IsEmpty() ? translatedDynamicOptionFile() : path);
     }
     case OPTION_FILE_MRU: {
         UQArray<CString> paths;
         UQGuiRegistry::mf_getTranslatedBackupOptionFilePathMRU(paths);
         if (paths.GetSize() == 0)
-            return line(s.name, CString());
+            return line(_s.name, CString());
         std::string lines;
         for (INT_PTR i = 0; i < paths.GetSize(); ++i)
-            lines += line(s.name, paths[i]);
+            lines += line(_s.name, paths[i]);
         return lines;
     }
     case SEARCH_ROOT:
-        return line(s.name, UQGuiRegistry::mf_getHistorySearchRoot());
+        return line(_s.name, UQGuiRegistry::mf_getHistorySearchRoot());
     }
     return std::string();
 }
 
 std::string showAll() {
     std::string lines;
-    for (const Setting& s : kSettings)
+    for (const Setting& s : SETTINGS)
         lines += show(s);
     return lines;
 }
 
 // Answers 0 when the value is not one of the words for a flag.
-int parseFlag(const CString& value, int& flag) {
-    if (value == L"yes" || value == L"true" || value == L"1")
-        flag = 1;
-    else if (value == L"no" || value == L"false" || value == L"0")
-        flag = 0;
+int parseFlag(const CString& _sValue, int& _rnFlag) {
+    if (_sValue == L"yes" || _sValue == L"true" || _sValue == L"1")
+        _rnFlag = 1;
+    else if (_sValue == L"no" || _sValue == L"false" || _sValue == L"0")
+        _rnFlag = 0;
     else
         return 0;
     return 1;
 }
 
 // Answers an empty string when the value suits the setting, else the one line that says what is wrong.
-std::string checkValue(const Setting& s, const CString& value) {
-    const std::string name = utf8(s.name);
-    if (hasControlCharacter(value))
+std::string checkValue(const Setting& _s, const CString& _sValue) {
+    const std::string name = utf8(_s.name);
+    if (hasControlCharacter(_sValue))
         return "the value for " + name + " holds a control character";
-    if (hasInvalidText(value))
+    if (hasInvalidText(_sValue))
         return "the value for " + name + " is not valid UTF-8";
-    switch (s.kind) {
+    switch (_s.kind) {
     case FLAG: {
         int flag = 0;
-        if (!parseFlag(value, flag))
-            return name + " takes yes or no (or true, false, 1, 0), not '" + value.ToUtf8() + "'";
+        if (!parseFlag(_sValue, flag))
+            return name + " takes yes or no (or true, false, 1, 0), not '" + _sValue.ToUtf8() + "'";
         return std::string();
     }
     case MGMT_CLASS:
-        if (value.IsEmpty())
+        if (_sValue.IsEmpty())
             return "management-class needs a class name, or DEFAULT for the server's default class";
         return std::string();
     case OPTION_FILE:
-        if (value.IsEmpty())
+        if (_sValue.IsEmpty())
             return "backup-option-file needs a file path, or DEFAULT for the option file the backup client "
                    "chooses";
         return std::string();
@@ -190,37 +190,38 @@ std::string checkValue(const Setting& s, const CString& value) {
 }
 
 // A change that the registry did not take, in the words of the error that the GUI registry logged.
-std::string refused(const std::string& what, const CString& reason) {
-    return "korfiles: " + what + ": " +
-           (reason.IsEmpty() ? std::string("the registry refused it; see the product log")
-                             : reason.ToUtf8()) +
+std::string refused(const std::string& _sWhat, const CString& _sReason) {
+    return "korfiles: " + _sWhat + ": " +
+           (_sReason.IsEmpty() ? std::string("the registry refused it; see the product log")
+                               : _sReason.ToUtf8()) +
            "\n";
 }
 
-int setOne(const Setting& s, const CString& value, LogTap& tap, TextOutput& out, TextOutput& err) {
-    const std::string problem = checkValue(s, value);
+int setOne(const Setting& _s, const CString& _sValue, LogTap& _rTap, TextOutput& _rOut, TextOutput& _rErr) {
+    const std::string problem = checkValue(_s, _sValue);
     if (!problem.empty()) {
-        err.mf_write("korfiles: " + problem + "\n");
+        _rErr.mf_write("korfiles: " + problem + "\n");
         return KorFilesTool::EXIT_BAD_USAGE;
     }
-    tap.mf_mark();
+    _rTap.mf_mark();
     int done = 0;
     CString reason;
-    switch (s.kind) {
+    switch (_s.kind) {
     case FLAG: {
         int flag = 0;
-        parseFlag(value, flag);
-        done = s.set(flag);
+        parseFlag(_sValue, flag);
+        done = _s.set(flag);
         break;
     }
     case MGMT_CLASS:
         // What is shown as DEFAULT is stored as the placeholder, so that the shown value can be set again.
-        done = UQGuiRegistry::mf_setDefaultMgmtClass(value == kDefault ? CString(kServerMgmtClass) : value);
+        done =
+            UQGuiRegistry::mf_setDefaultMgmtClass(_sValue == DEFAULT ? CString(SERVER_MGMT_CLASS) : _sValue);
         break;
     case OPTION_FILE:
         try {
-            done = UQGuiRegistry::mf_setDefaultBackupOptionFilePath(meansDynamicOptionFile(value) ? CString()
-                                                                                                  : value);
+            done = UQGuiRegistry::mf_setDefaultBackupOptionFilePath(
+                meansDynamicOptionFile(_sValue) ? CString() : _sValue);
         } catch (const UQErrno& e) {
             // Its log record names another value, so the error itself tells what went wrong.
             done = 0;
@@ -228,51 +229,53 @@ int setOne(const Setting& s, const CString& value, LogTap& tap, TextOutput& out,
         }
         break;
     case SEARCH_ROOT:
-        done = UQGuiRegistry::mf_setHistorySearchRoot(value);
+        done = UQGuiRegistry::mf_setHistorySearchRoot(_sValue);
         break;
     case OPTION_FILE_MRU:
         break;
     }
-    if (!done || tap.mf_hasFailure()) {
-        err.mf_write(refused("cannot set " + utf8(s.name), reason.IsEmpty() ? tap.mf_getFailure() : reason));
+    if (!done || _rTap.mf_hasFailure()) {
+        _rErr.mf_write(
+            refused("cannot set " + utf8(_s.name), reason.IsEmpty() ? _rTap.mf_getFailure() : reason));
         return KorFilesTool::EXIT_NOT_CHANGED;
     }
-    out.mf_write(show(s));
+    _rOut.mf_write(show(_s));
     return KorFilesTool::EXIT_ALL_READ;
 }
 
-int updateMru(const CString& path, bool remove, LogTap& tap, TextOutput& out, TextOutput& err) {
-    if (path.IsEmpty()) {
-        err.mf_write("korfiles: an option file path cannot be empty\n");
+int updateMru(const CString& _sPath, bool _bRemove, LogTap& _rTap, TextOutput& _rOut, TextOutput& _rErr) {
+    if (_sPath.IsEmpty()) {
+        _rErr.mf_write("korfiles: an option file path cannot be empty\n");
         return KorFilesTool::EXIT_BAD_USAGE;
     }
-    if (hasControlCharacter(path)) {
-        err.mf_write("korfiles: the option file path holds a control character\n");
+    if (hasControlCharacter(_sPath)) {
+        _rErr.mf_write("korfiles: the option file path holds a control character\n");
         return KorFilesTool::EXIT_BAD_USAGE;
     }
-    if (hasInvalidText(path)) {
-        err.mf_write("korfiles: the option file path is not valid UTF-8\n");
+    if (hasInvalidText(_sPath)) {
+        _rErr.mf_write("korfiles: the option file path is not valid UTF-8\n");
         return KorFilesTool::EXIT_BAD_USAGE;
     }
-    const std::string quoted = "'" + path.ToUtf8() + "'";
-    tap.mf_mark();
+    const std::string quoted = "'" + _sPath.ToUtf8() + "'";
+    _rTap.mf_mark();
     // DEFAULT is the dynamic option file here as everywhere; the update itself recognises the other ways
     // of naming it.
     const int changed = UQGuiRegistry::mf_updateTranslatedBackupOptionFilePathMRU(
-        path == kDefault ? CString(kDynamicOptionFile) : path, remove ? 1 : 0);
+        _sPath == DEFAULT ? CString(DYNAMIC_OPTION_FILE) : _sPath, _bRemove ? 1 : 0);
     // A failed write is logged at E even where the update answers 1.
-    if (tap.mf_hasFailure()) {
-        err.mf_write(refused(remove ? "cannot remove " + quoted + " from the option-file MRU"
-                                    : "cannot add " + quoted + " to the option-file MRU",
-                             tap.mf_getFailure()));
+    if (_rTap.mf_hasFailure()) {
+        _rErr.mf_write(refused(_bRemove ? "cannot remove " + quoted + " from the option-file MRU"
+                                        : "cannot add " + quoted + " to the option-file MRU",
+                               _rTap.mf_getFailure()));
         return KorFilesTool::EXIT_NOT_CHANGED;
     }
     if (!changed) {
-        err.mf_write("korfiles: " + quoted +
-                     (remove ? " is not in the option-file MRU\n" : " is in the option-file MRU already\n"));
+        _rErr.mf_write(
+            "korfiles: " + quoted +
+            (_bRemove ? " is not in the option-file MRU\n" : " is in the option-file MRU already\n"));
         return KorFilesTool::EXIT_NOT_CHANGED;
     }
-    out.mf_write(show(*findSetting(L"option-file-mru")));
+    _rOut.mf_write(show(*findSetting(L"option-file-mru")));
     return KorFilesTool::EXIT_ALL_READ;
 }
 
@@ -284,9 +287,9 @@ struct Options {
 };
 
 #if defined(_WIN32)
-const char* const kStoreWord = "KEY";
+const char* const STORE_WORD = "KEY";
 #else
-const char* const kStoreWord = "FILE";
+const char* const STORE_WORD = "FILE";
 #endif
 
 // The store read, as a failure names it.
@@ -300,30 +303,30 @@ std::string storeName() {
 }
 
 // Answers an empty string when the arguments are good, else the one line that says what is wrong.
-std::string parseOptions(const std::vector<CString>& args, Options& options) {
+std::string parseOptions(const std::vector<CString>& _args, Options& _rOptions) {
     bool optionsEnded = false;
-    for (const CString& arg : args) {
+    for (const CString& arg : _args) {
         if (!optionsEnded && arg.GetLength() > 1 && arg[0] == L'-') {
             if (arg == L"--") {
                 optionsEnded = true;
             } else if (arg == L"--help" || arg == L"-h") {
-                options.bHelp = true;
+                _rOptions.bHelp = true;
             } else if (arg == L"--registry" || arg.Left(11) == L"--registry=") {
                 if (arg.GetLength() <= 11)
-                    return "--registry needs a " + std::string(kStoreWord) +
-                           ", as in --registry=" + kStoreWord;
-                if (options.bRegistry)
+                    return "--registry needs a " + std::string(STORE_WORD) +
+                           ", as in --registry=" + STORE_WORD;
+                if (_rOptions.bRegistry)
                     return "only one --registry may be given";
-                options.bRegistry = true;
-                options.sRegistry = arg.Mid(11);
+                _rOptions.bRegistry = true;
+                _rOptions.sRegistry = arg.Mid(11);
             } else {
                 return "unknown option '" + arg.ToUtf8() + "'";
             }
             continue;
         }
-        options.words.push_back(arg);
+        _rOptions.words.push_back(arg);
     }
-    const std::vector<CString>& w = options.words;
+    const std::vector<CString>& w = _rOptions.words;
     if (w.empty())
         return std::string();
     if (w[0] == L"set") {
@@ -343,15 +346,15 @@ std::string parseOptions(const std::vector<CString>& args, Options& options) {
 const char* const SettingsCommand::SYNOPSIS =
     "korfiles settings [--registry=STORE] [set NAME VALUE | mru add PATH | mru remove PATH]";
 
-int SettingsCommand::mf_run(const std::vector<CString>& args, TextOutput& out, TextOutput& err) {
+int SettingsCommand::mf_run(const std::vector<CString>& _args, TextOutput& _rOut, TextOutput& _rErr) {
     Options options;
-    const std::string usageError = parseOptions(args, options);
+    const std::string usageError = parseOptions(_args, options);
     if (!usageError.empty()) {
-        err.mf_write("korfiles: " + usageError + "\n" + KorFilesTool::mf_getUsage());
+        _rErr.mf_write("korfiles: " + usageError + "\n" + KorFilesTool::mf_getUsage());
         return KorFilesTool::EXIT_BAD_USAGE;
     }
     if (options.bHelp) {
-        out.mf_write("Usage: " + std::string(SYNOPSIS) + "\n\n" + mf_getHelp());
+        _rOut.mf_write("Usage: " + std::string(SYNOPSIS) + "\n\n" + mf_getHelp());
         return KorFilesTool::EXIT_ALL_READ;
     }
     const std::vector<CString>& w = options.words;
@@ -360,8 +363,8 @@ int SettingsCommand::mf_run(const std::vector<CString>& args, TextOutput& out, T
         setting = findSetting(w[1]);
         // Checked before the registry is touched.
         if (setting == nullptr) {
-            err.mf_write("korfiles: unknown setting '" + w[1].ToUtf8() + "'; the settings are " +
-                         settingNames() + "\n");
+            _rErr.mf_write("korfiles: unknown setting '" + w[1].ToUtf8() + "'; the settings are " +
+                           settingNames() + "\n");
             return KorFilesTool::EXIT_BAD_USAGE;
         }
     }
@@ -370,7 +373,7 @@ int SettingsCommand::mf_run(const std::vector<CString>& args, TextOutput& out, T
     RegistryChoice registry;
     std::string reason;
     if (options.bRegistry && !registry.mf_choose(options.sRegistry, reason)) {
-        err.mf_write("korfiles: " + reason + "\n");
+        _rErr.mf_write("korfiles: " + reason + "\n");
         return KorFilesTool::EXIT_NOT_CHANGED;
     }
     if (w.empty()) {
@@ -381,16 +384,16 @@ int SettingsCommand::mf_run(const std::vector<CString>& args, TextOutput& out, T
         // value: shown, those would pass for the settings.
         const CString broken = tap.mf_getStoreFailure();
         if (!broken.IsEmpty()) {
-            err.mf_write("korfiles: cannot read the settings from " + storeName() + ": " + broken.ToUtf8() +
-                         "\n");
+            _rErr.mf_write("korfiles: cannot read the settings from " + storeName() + ": " + broken.ToUtf8() +
+                           "\n");
             return KorFilesTool::EXIT_UNREADABLE;
         }
-        out.mf_write(shown);
+        _rOut.mf_write(shown);
         return KorFilesTool::EXIT_ALL_READ;
     }
     if (setting != nullptr)
-        return setOne(*setting, w[2], tap, out, err);
-    return updateMru(w[2], w[1] == L"remove", tap, out, err);
+        return setOne(*setting, w[2], tap, _rOut, _rErr);
+    return updateMru(w[2], w[1] == L"remove", tap, _rOut, _rErr);
 }
 
 std::string SettingsCommand::mf_getHelp() {

@@ -18,8 +18,8 @@
 namespace {
 
 // Copied beside the program by the build.
-const wchar_t* const kSampleName = L"korfiles-sample.txt";
-const wchar_t* const kListingName = L"korfiles-listing.txt";
+const wchar_t* const SAMPLE_NAME = L"korfiles-sample.txt";
+const wchar_t* const LISTING_NAME = L"korfiles-listing.txt";
 
 // The directory of the running program, with its trailing separator; empty if it cannot be found.
 CString programDirectory() {
@@ -46,12 +46,12 @@ CString programDirectory() {
 #endif
 }
 
-int runTool(const std::vector<CString>& args) {
+int runTool(const std::vector<CString>& _args) {
     ConsoleOutput out(ConsoleOutput::STANDARD_OUTPUT);
     ConsoleOutput err(ConsoleOutput::STANDARD_ERROR);
     try {
         const CString directory = programDirectory();
-        return KorFilesTool::mf_run(args, directory + kSampleName, directory + kListingName, out, err);
+        return KorFilesTool::mf_run(_args, directory + SAMPLE_NAME, directory + LISTING_NAME, out, err);
     } catch (...) {
         err.mf_write("korfiles: out of memory\n");
         return KorFilesTool::EXIT_INTERNAL_ERROR;

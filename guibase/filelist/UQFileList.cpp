@@ -6,42 +6,42 @@ UQFileList::UQFileList() = default;
 UQFileList::~UQFileList() = default;
 
 template <class Describe>
-void UQFileList::mf_implAddOpen(const wchar_t* function, const CString& path, std::uint32_t version,
-                                const UQFileSize& size, const UQFileTime& time, const CString& result,
-                                const wchar_t* failureFormat, Describe&& describe) {
-    mf_implLocked([&](UQErrnoData& error) {
+void UQFileList::mf_implAddOpen(const wchar_t* _pszFunction, const CString& _sPath, std::uint32_t _uVersion,
+                                const UQFileSize& _size, const UQFileTime& _time, const CString& _sResult,
+                                const wchar_t* _pszFailureFormat, Describe&& _describe) {
+    mf_implLocked([&](UQErrnoData& _rError) {
         if (mf_implIsClosedUnlocked()) {
-            error = UQReport::mf_collect(UQErrno::_E_::AlreadyInitialized, function,
-                                         L"File item list has already been closed");
+            _rError = UQReport::mf_collect(UQErrno::_E_::AlreadyInitialized, _pszFunction,
+                                           L"File item list has already been closed");
             return;
         }
         try {
-            mf_implAddItem(path, version, size, time, result, UQSeverity());
+            mf_implAddItem(_sPath, _uVersion, _size, _time, _sResult, UQSeverity());
         } catch (const UQErrno& e) {
-            UQReport::mf_log(UQLogData::LEVEL_E, function, failureFormat, e.mf_toString(), UQLog::TAB,
-                             describe());
-            error = e.mf_getData();
+            _rError = UQReport::mf_collectWrappedInline(e, _pszFunction, _pszFailureFormat, UQLog::TAB,
+                                                        _describe());
         }
     });
 }
 
-void UQFileList::mf_add(const UQCMEntry& entry, const CString& result) {
+void UQFileList::mf_add(const UQCMEntry& _entry, const CString& _sResult) {
     static const wchar_t* const _sFunction_ = L"UQFileList::mf_add::2";
-    mf_implAddOpen(_sFunction_, entry.mf_getUNCPath(), entry.mf_getVersion(), entry.mf_getSize(),
-                   entry.mf_getLastWriteTime(), result, L"Failure adding file item: %s\r\n%sCMEntry: %s",
-                   [&] { return entry.mf_toShortString(); });
+    mf_implAddOpen(_sFunction_, _entry.mf_getUNCPath(), _entry.mf_getVersion(), _entry.mf_getSize(),
+                   _entry.mf_getLastWriteTime(), _sResult, L"Failure adding file item: %s\r\n%sCMEntry: %s",
+                   [&] { return _entry.mf_toShortString(); });
 }
 
-void UQFileList::mf_add(const UQBackupEvent& event) {
+void UQFileList::mf_add(const UQBackupEvent& _event) {
     static const wchar_t* const _sFunction_ = L"UQFileList::mf_add::3";
-    mf_implAddOpen(_sFunction_, event.mf_getPath(), 0, UQFileSize(0), UQFileTime(0),
-                   event.mf_getOutcomeText(), L"Failure adding file item: %s\r\n%sBackupEvent: %s",
-                   [&] { return event.mf_toString(); });
+    mf_implAddOpen(_sFunction_, _event.mf_getPath(), 0, UQFileSize(0), UQFileTime(0),
+                   _event.mf_getOutcomeText(), L"Failure adding file item: %s\r\n%sBackupEvent: %s",
+                   [&] { return _event.mf_toString(); });
 }
 
-void UQFileList::mf_add(const UQSourceEvent& event) {
+void UQFileList::mf_add(const UQSourceEvent& _event) {
     static const wchar_t* const _sFunction_ = L"UQFileList::mf_add::4";
-    mf_implAddOpen(_sFunction_, UQPath::mf_appendFile(event.mf_getDirectory(), event.mf_getFileName()), 0,
-                   UQFileSize(0), UQFileTime(0), event.mf_getOutcomeText(),
-                   L"Failure adding file item: %s\r\n%sSourceEvent: %s", [&] { return event.mf_toString(); });
+    mf_implAddOpen(_sFunction_, UQPath::mf_appendFile(_event.mf_getDirectory(), _event.mf_getFileName()), 0,
+                   UQFileSize(0), UQFileTime(0), _event.mf_getOutcomeText(),
+                   L"Failure adding file item: %s\r\n%sSourceEvent: %s",
+                   [&] { return _event.mf_toString(); });
 }

@@ -29,9 +29,6 @@ public:
     // Deletes every item and opens the list again.
     void mf_clear();
 
-    void mf_implLock() { m_lock.mf_enter(); }
-    void mf_implUnlock() { m_lock.mf_leave(); }
-
 protected:
     // Finds the item of the path (by halving search, so only paths added in ascending order merge) and adds
     // the version to it, or appends a new item. Takes the lock itself; throws after logging.

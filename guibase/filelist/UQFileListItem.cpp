@@ -7,98 +7,94 @@
 
 namespace {
 
-const UQFileListItem* itemAt(const void* p) {
-    return *static_cast<const UQFileListItem* const*>(p);
+const UQFileListItem* itemAt(const void* _pP) {
+    return *static_cast<const UQFileListItem* const*>(_pP);
 }
 
-int pathAscending(const void* a, const void* b) {
-    return itemAt(a)->mf_getPath().Compare(itemAt(b)->mf_getPath());
+int pathAscending(const void* _pA, const void* _pB) {
+    return itemAt(_pA)->mf_getPath().Compare(itemAt(_pB)->mf_getPath());
 }
-int pathDescending(const void* a, const void* b) {
-    return itemAt(b)->mf_getPath().Compare(itemAt(a)->mf_getPath());
+int pathDescending(const void* _pA, const void* _pB) {
+    return itemAt(_pB)->mf_getPath().Compare(itemAt(_pA)->mf_getPath());
 }
 
-int resultAscending(const void* a, const void* b) {
-    const int r = itemAt(a)->mf_getResult().Compare(itemAt(b)->mf_getResult());
-    return r != 0 ? r : pathAscending(a, b);
+int resultAscending(const void* _pA, const void* _pB) {
+    const int r = itemAt(_pA)->mf_getResult().Compare(itemAt(_pB)->mf_getResult());
+    return r != 0 ? r : pathAscending(_pA, _pB);
 }
 
 // Equal results stay in ascending path order in both directions.
-int resultDescending(const void* a, const void* b) {
-    const int r = itemAt(b)->mf_getResult().Compare(itemAt(a)->mf_getResult());
-    return r != 0 ? r : pathAscending(a, b);
+int resultDescending(const void* _pA, const void* _pB) {
+    const int r = itemAt(_pB)->mf_getResult().Compare(itemAt(_pA)->mf_getResult());
+    return r != 0 ? r : pathAscending(_pA, _pB);
 }
 
-void sortItems(UQFileListItem::Array& items, int (*compare)(const void*, const void*),
-               const wchar_t* function) {
-    if (items.GetData() == nullptr) {
-        UQReport::mf_log(UQLogData::LEVEL_W, function, L"No file list items to sort");
+void sortItems(UQFileListItem::Array& _rItems, int (*_pCompare)(const void*, const void*),
+               const wchar_t* _pszFunction) {
+    if (_rItems.GetData() == nullptr) {
+        UQReport::mf_log(UQLogData::LEVEL_W, _pszFunction, L"No file list items to sort");
         return;
     }
-    std::qsort(items.GetData(), static_cast<std::size_t>(items.GetSize()), sizeof(UQFileListItem*), compare);
+    std::qsort(_rItems.GetData(), static_cast<std::size_t>(_rItems.GetSize()), sizeof(UQFileListItem*),
+               _pCompare);
 }
 
 } // namespace
 
-void* UQFileListItem::operator new(std::size_t bytes) {
-    void* memory = UQAllocation::mf_allocate(bytes);
-    if (memory == nullptr)
-        throw std::bad_alloc();
-    return memory;
+void* UQFileListItem::operator new(std::size_t _nBytes) {
+    return UQAllocation::mf_allocateOrThrow(_nBytes);
 }
 
-void UQFileListItem::operator delete(void* p) noexcept {
-    UQAllocation::mf_free(p);
+void UQFileListItem::operator delete(void* _p) noexcept {
+    UQAllocation::mf_free(_p);
 }
 
-UQFileListItem::UQFileListItem(const CString& path, std::uint32_t version, const UQFileSize& size,
-                               const UQFileTime& lastWriteTime, const CString& result,
-                               const UQSeverity& severity)
-    : m_sPath(path), m_sResult(result), m_severity(severity), m_bSelected(0), m_nSelectedVersion(-1) {
+UQFileListItem::UQFileListItem(const CString& _sPath, std::uint32_t _uVersion, const UQFileSize& _size,
+                               const UQFileTime& _lastWriteTime, const CString& _sResult,
+                               const UQSeverity& _severity)
+    : m_sPath(_sPath), m_sResult(_sResult), m_severity(_severity), m_bSelected(0), m_nSelectedVersion(-1) {
     static const wchar_t* const _sFunction_ = L"UQFileListItem::UQFileListItem::1";
     try {
-        mf_implAddVersion(version, size, lastWriteTime);
+        mf_implAddVersion(_uVersion, _size, _lastWriteTime);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                         L"Failure adding version to file list: %s\r\n%sFile-version=%lu, file-size=%s, "
-                         L"last-write-time=%s",
-                         e.mf_toString(), UQLog::TAB, version, size.mf_toString(),
-                         lastWriteTime.mf_toString());
+        UQReport::mf_logWrappedInline(
+            e, _sFunction_,
+            L"Failure adding version to file list: %s\r\n%sFile-version=%lu, file-size=%s, "
+            L"last-write-time=%s",
+            UQLog::TAB, _uVersion, _size.mf_toString(), _lastWriteTime.mf_toString());
         mf_implDeleteVersions();
         throw UQErrno(e);
     }
 }
 
-UQFileListItem::UQFileListItem(const CString& path, int bCompleteUsingFilesystem, const CString& result,
-                               const UQSeverity& severity)
-    : m_sPath(path), m_sResult(result), m_severity(severity), m_bSelected(0), m_nSelectedVersion(-1) {
+UQFileListItem::UQFileListItem(const CString& _sPath, int _bCompleteUsingFilesystem, const CString& _sResult,
+                               const UQSeverity& _severity)
+    : m_sPath(_sPath), m_sResult(_sResult), m_severity(_severity), m_bSelected(0), m_nSelectedVersion(-1) {
     static const wchar_t* const _sFunction_ = L"UQFileListItem::UQFileListItem::2";
-    if (bCompleteUsingFilesystem != 0)
+    if (_bCompleteUsingFilesystem != 0)
         UQReport::mf_fail(UQErrno::_E_::NotImplemented, _sFunction_,
                           L"Option _bCompleteUsingFilesystem not yet implemented");
 }
 
-UQFileListItem::UQFileListItem(const UQFileListItem& other)
-    : m_sPath(other.m_sPath), m_sResult(other.m_sResult), m_severity(other.m_severity), m_bSelected(0),
+UQFileListItem::UQFileListItem(const UQFileListItem& _other)
+    : m_sPath(_other.m_sPath), m_sResult(_other.m_sResult), m_severity(_other.m_severity), m_bSelected(0),
       m_nSelectedVersion(-1) {
     static const wchar_t* const _sFunction_ = L"UQFileListItem::UQFileListItem::3";
     UQErrnoData error;
     try {
-        for (INT_PTR i = 0; i < other.m_versions.GetSize(); ++i) {
-            const UQFileListItemVersion* v = other.m_versions[i];
+        for (INT_PTR i = 0; i < _other.m_versions.GetSize(); ++i) {
+            const UQFileListItemVersion* v = _other.m_versions[i];
             mf_implAddVersion(v->mf_getVersion(), v->mf_getSize(), v->mf_getLastWriteTime());
         }
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure adding file list item version: %s",
-                         e.mf_toString());
-        error = e.mf_getData();
+        error =
+            UQReport::mf_collectWrappedInline(e, _sFunction_, L"Failure adding file list item version: %s");
     }
     if (error) {
         try {
             mf_implDeleteVersions();
         } catch (const UQErrno& e) {
-            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                             L"Failure cleaning up file list item versions: %s", e.mf_toString());
+            UQReport::mf_logWrappedInline(e, _sFunction_, L"Failure cleaning up file list item versions: %s");
         }
         throw UQErrno(error);
     }
@@ -109,8 +105,7 @@ UQFileListItem::~UQFileListItem() {
     try {
         mf_implDeleteVersions();
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure deleting file item versions: %s",
-                         e.mf_toString());
+        UQReport::mf_logWrappedInline(e, _sFunction_, L"Failure deleting file item versions: %s");
     }
 }
 
@@ -121,24 +116,24 @@ void UQFileListItem::mf_implDeleteVersions() noexcept {
     m_nSelectedVersion = -1;
 }
 
-void UQFileListItem::mf_implAddVersion(std::uint32_t version, const UQFileSize& size,
-                                       const UQFileTime& lastWriteTime) {
+void UQFileListItem::mf_implAddVersion(std::uint32_t _uVersion, const UQFileSize& _size,
+                                       const UQFileTime& _lastWriteTime) {
     static const wchar_t* const _sFunction_ = L"UQFileListItem::mf_implAddVersion";
     UQFileListItemVersion* pVersion = nullptr;
     try {
-        pVersion = UQFileListItemVersion::mf_implCreate(version, size, lastWriteTime);
+        pVersion = UQFileListItemVersion::mf_implCreate(_uVersion, _size, _lastWriteTime);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(
-            UQLogData::LEVEL_E, _sFunction_,
-            L"Failure adding file item version: %s\r\n%sVersion=%lu, size=%s, last write time=%s",
-            e.mf_toString(), UQLog::TAB, version, size.mf_toString(), lastWriteTime.mf_toString());
+        UQReport::mf_logWrappedInline(
+            e, _sFunction_,
+            L"Failure adding file item version: %s\r\n%sVersion=%lu, size=%s, last write time=%s", UQLog::TAB,
+            _uVersion, _size.mf_toString(), _lastWriteTime.mf_toString());
         throw;
     }
     if (pVersion == nullptr) {
         UQReport::mf_fail(
             UQErrno::_E_::Memory, _sFunction_,
             L"No memory for adding file item version\r\n%sVersion=%lu, size=%s, last write time=%s",
-            UQLog::TAB, version, size.mf_toString(), lastWriteTime.mf_toString());
+            UQLog::TAB, _uVersion, _size.mf_toString(), _lastWriteTime.mf_toString());
     }
     try {
         m_versions.Add(pVersion);
@@ -147,30 +142,30 @@ void UQFileListItem::mf_implAddVersion(std::uint32_t version, const UQFileSize& 
         throw;
     }
     // Only a greater number takes the selection: of equal numbers the first added stays selected.
-    if (m_nSelectedVersion == -1 || version > m_versions[m_nSelectedVersion]->mf_getVersion())
+    if (m_nSelectedVersion == -1 || _uVersion > m_versions[m_nSelectedVersion]->mf_getVersion())
         m_nSelectedVersion = static_cast<int>(m_versions.GetSize() - 1);
 }
 
-void UQFileListItem::mf_addVersion(std::uint32_t version, const UQFileSize& size,
-                                   const UQFileTime& lastWriteTime) {
+void UQFileListItem::mf_addVersion(std::uint32_t _uVersion, const UQFileSize& _size,
+                                   const UQFileTime& _lastWriteTime) {
     static const wchar_t* const _sFunction_ = L"UQFileListItem::mf_addVersion";
     try {
-        mf_implAddVersion(version, size, lastWriteTime);
+        mf_implAddVersion(_uVersion, _size, _lastWriteTime);
     } catch (const UQErrno& e) {
         // The record carries the second text as it stands, placeholders and all: the log readers expect
         // this shape.
         UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure adding file list entry version: %s\r\n",
-                         L"%sVersion=%lu, size=%s, last write time=%s", e.mf_toString(), UQLog::TAB, version,
-                         size.mf_toString(), lastWriteTime.mf_toString());
+                         L"%sVersion=%lu, size=%s, last write time=%s", e.mf_toString(), UQLog::TAB,
+                         _uVersion, _size.mf_toString(), _lastWriteTime.mf_toString());
         throw UQErrno(e);
     }
 }
 
-void UQFileListItem::mf_setVersionIndex(int index) {
+void UQFileListItem::mf_setVersionIndex(int _nIndex) {
     static const wchar_t* const _sFunction_ = L"UQFileListItem::mf_setVersionIndex";
-    if (index < 0 || index >= m_versions.GetSize())
-        UQReport::mf_fail(UQErrno::_E_::Range, _sFunction_, L"Index %d out of range", index);
-    m_nSelectedVersion = index;
+    if (_nIndex < 0 || _nIndex >= m_versions.GetSize())
+        UQReport::mf_fail(UQErrno::_E_::Range, _sFunction_, L"Index %d out of range", _nIndex);
+    m_nSelectedVersion = _nIndex;
 }
 
 const UQFileListItemVersion* UQFileListItem::mf_implGetSelectedVersionItem() const {
@@ -190,24 +185,23 @@ const UQFileTime& UQFileListItem::mf_getLastWriteTime() const {
     return mf_implGetSelectedVersionItem()->mf_getLastWriteTime();
 }
 
-void UQFileListItem::mf_sortVersions(int bAscending) {
+void UQFileListItem::mf_sortVersions(int _bAscending) {
     static const wchar_t* const _sFunction_ = L"UQFileListItem::mf_sortVersions";
     try {
-        UQFileListItemVersion::mf_sort(m_versions, bAscending);
+        UQFileListItemVersion::mf_sort(m_versions, _bAscending);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure sorting file list item versions: %s",
-                         e.mf_toString());
+        UQReport::mf_logWrappedInline(e, _sFunction_, L"Failure sorting file list item versions: %s");
         throw UQErrno(e);
     }
-    m_nSelectedVersion = bAscending ? static_cast<int>(m_versions.GetSize() - 1) : 0;
+    m_nSelectedVersion = _bAscending ? static_cast<int>(m_versions.GetSize() - 1) : 0;
 }
 
-void UQFileListItem::mf_getVersions(VersionArray& versions) const {
+void UQFileListItem::mf_getVersions(VersionArray& _rVersions) const {
     static const wchar_t* const _sFunction_ = L"UQFileListItem::mf_getVersions";
-    if (versions.GetSize() != 0)
+    if (_rVersions.GetSize() != 0)
         UQReport::mf_fail(UQErrno::_E_::Parameter, _sFunction_, L"Parameter list is not empty");
     for (INT_PTR i = 0; i < m_versions.GetSize(); ++i)
-        versions.Add(m_versions[i]);
+        _rVersions.Add(m_versions[i]);
 }
 
 CString UQFileListItem::mf_getRangesDisplayString() const {
@@ -254,27 +248,27 @@ void UQFileListItem::mf_reset() noexcept {
     m_bSelected = 0;
 }
 
-void UQFileListItem::mf_sortByPath(Array& items, int bAscending) {
+void UQFileListItem::mf_sortByPath(Array& _rItems, int _bAscending) {
     static const wchar_t* const _sFunction_ = L"UQFileListItem::mf_sortByPath";
-    sortItems(items, bAscending ? pathAscending : pathDescending, _sFunction_);
+    sortItems(_rItems, _bAscending ? pathAscending : pathDescending, _sFunction_);
 }
 
-void UQFileListItem::mf_sortByResult(Array& items, int bAscending) {
+void UQFileListItem::mf_sortByResult(Array& _rItems, int _bAscending) {
     static const wchar_t* const _sFunction_ = L"UQFileListItem::mf_sortByResult";
-    sortItems(items, bAscending ? resultAscending : resultDescending, _sFunction_);
+    sortItems(_rItems, _bAscending ? resultAscending : resultDescending, _sFunction_);
 }
 
-const UQFileListItem* UQFileListItem::mf_findByPath(const CString& path, Array& items, int bAscending) {
-    if (items.GetData() == nullptr)
+const UQFileListItem* UQFileListItem::mf_findByPath(const CString& _sPath, Array& _rItems, int _bAscending) {
+    if (_rItems.GetData() == nullptr)
         return nullptr;
-    const UQFileListItem key(path, 0, CString(), UQSeverity());
+    const UQFileListItem key(_sPath, 0, CString(), UQSeverity());
     const UQFileListItem* pKey = &key;
     // The C libraries' bsearch probe different elements of an unsorted array (msvcrt merges b, a, b where
     // glibc does not), so the halving is done here, the same on every platform: middle = (low + high) / 2.
-    int (*compare)(const void*, const void*) = bAscending ? pathAscending : pathDescending;
+    int (*compare)(const void*, const void*) = _bAscending ? pathAscending : pathDescending;
     std::size_t low = 0;
-    std::size_t high = static_cast<std::size_t>(items.GetSize());
-    UQFileListItem* const* data = items.GetData();
+    std::size_t high = static_cast<std::size_t>(_rItems.GetSize());
+    UQFileListItem* const* data = _rItems.GetData();
     while (low < high) {
         const std::size_t middle = (low + high) / 2;
         const int c = compare(&pKey, &data[middle]);

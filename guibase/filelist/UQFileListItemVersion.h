@@ -21,6 +21,8 @@ public:
 
 private:
     friend class UQFileListItem;
+    // Made in memory that tests can make fail (mf_implCreate).
+    friend class UQAllocation;
 
     UQFileListItemVersion(std::uint32_t _uVersion, const UQFileSize& _size, const UQFileTime& _lastWriteTime);
     virtual ~UQFileListItemVersion();

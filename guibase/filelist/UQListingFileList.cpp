@@ -19,36 +19,34 @@ const UQFileTime& emptyTime() {
 UQListingFileList::UQListingFileList() = default;
 UQListingFileList::~UQListingFileList() = default;
 
-void UQListingFileList::mf_onMigrationEntry(std::uint32_t, const UQFileTime&, const CString& path,
-                                            std::uint32_t version, const CString& result,
-                                            const UQSeverity& severity) {
+void UQListingFileList::mf_onMigrationEntry(std::uint32_t, const UQFileTime&, const CString& _sPath,
+                                            std::uint32_t _uVersion, const CString& _sResult,
+                                            const UQSeverity& _severity) {
     static const wchar_t* const _sFunction_ = L"UQListingFileList::mf_onMigrationEntry";
-    mf_implLocked([&](UQErrnoData& error) {
+    mf_implLocked([&](UQErrnoData& _rError) {
         if (mf_implIsClosedUnlocked()) {
-            error = UQReport::mf_collect(UQErrno::_E_::AlreadyInitialized, _sFunction_,
-                                         L"File item list has already been closed");
+            _rError = UQReport::mf_collect(UQErrno::_E_::AlreadyInitialized, _sFunction_,
+                                           L"File item list has already been closed");
             return;
         }
         try {
-            mf_implAddItem(path, version, emptySize(), emptyTime(), result, severity);
+            mf_implAddItem(_sPath, _uVersion, emptySize(), emptyTime(), _sResult, _severity);
         } catch (const UQErrno& e) {
-            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                             L"Failure adding file item '%s', version=%lu:\r\n%s%s", path, version,
-                             UQLog::TAB, e.mf_toString());
-            error = e.mf_getData();
+            _rError = UQReport::mf_collectWrapped(
+                e, _sFunction_, L"Failure adding file item '%s', version=%lu:\r\n%s%s", _sPath, _uVersion);
         }
     });
 }
 
-void UQListingFileList::mf_getList(UQFileListItem::Array& items, int bSkipStubFiles, int bSkipGreen,
-                                   int bSkipYellow, int bSkipRed) {
+void UQListingFileList::mf_getList(UQFileListItem::Array& _rItems, int _bSkipStubFiles, int _bSkipGreen,
+                                   int _bSkipYellow, int _bSkipRed) {
     static const wchar_t* const _sFunction_ = L"UQListingFileList::mf_getList";
     int closed = 0;
     mf_implLocked([&](UQErrnoData&) { closed = mf_implIsClosedUnlocked(); });
     if (!closed)
         UQReport::mf_fail(UQErrno::_E_::Initialization, _sFunction_, L"File item list must be closed");
-    if (!bSkipStubFiles && !bSkipGreen && !bSkipYellow && !bSkipRed) {
-        UQFileListBase::mf_getList(items);
+    if (!_bSkipStubFiles && !_bSkipGreen && !_bSkipYellow && !_bSkipRed) {
+        UQFileListBase::mf_getList(_rItems);
         return;
     }
     const CString stubFile = UQString(UQErrno::_I_::StubFile.mf_getMessageNumber());
@@ -57,15 +55,15 @@ void UQListingFileList::mf_getList(UQFileListItem::Array& items, int bSkipStubFi
         for (INT_PTR i = 0; i < all.GetSize(); ++i) {
             UQFileListItem* item = all[i];
             const UQSeverity& severity = item->mf_getSeverity();
-            if (bSkipStubFiles && item->mf_getResult().Compare(stubFile) == 0)
+            if (_bSkipStubFiles && item->mf_getResult().Compare(stubFile) == 0)
                 continue;
-            if (bSkipGreen && severity.mf_isGreen())
+            if (_bSkipGreen && severity.mf_isGreen())
                 continue;
-            if (bSkipYellow && severity.mf_isYellow())
+            if (_bSkipYellow && severity.mf_isYellow())
                 continue;
-            if (bSkipRed && severity.mf_isRed())
+            if (_bSkipRed && severity.mf_isRed())
                 continue;
-            items.Add(item);
+            _rItems.Add(item);
         }
     });
 }

@@ -4,9 +4,9 @@
 
 namespace {
 
-int compareNoCase(const void* a, const void* b) {
-    const CString* sa = *static_cast<const CString* const*>(a);
-    const CString* sb = *static_cast<const CString* const*>(b);
+int compareNoCase(const void* _pA, const void* _pB) {
+    const CString* sa = *static_cast<const CString* const*>(_pA);
+    const CString* sb = *static_cast<const CString* const*>(_pB);
     return sa->CompareNoCase(*sb);
 }
 

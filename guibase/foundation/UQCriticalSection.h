@@ -1,5 +1,6 @@
 #pragma once
 
+#include "compat/UQHandle.h"
 #include "interfaces/korbase.h"
 
 // The re-entrant lock of a data model object, and the collected-failure shape that goes with it:
@@ -20,16 +21,15 @@ public:
     // exception also leaves the lock before it goes on.
     template <class Body> void mf_runCollected(Body&& _body) {
         UQErrnoData error;
-        mf_enter();
-        try {
-            _body(error);
-        } catch (const UQErrno& e) {
-            error = e.mf_getData();
-        } catch (...) {
-            mf_leave();
-            throw;
+        {
+            mf_enter();
+            const UQScopeExit leave([this]() noexcept { mf_leave(); });
+            try {
+                _body(error);
+            } catch (const UQErrno& e) {
+                error = e.mf_getData();
+            }
         }
-        mf_leave();
         if (error)
             throw UQErrno(error);
     }

@@ -4,16 +4,15 @@
 
 namespace {
 
-const wchar_t* const kFileTimeError = L"FILETIME ERROR";
+const wchar_t* const FILE_TIME_ERROR = L"FILETIME ERROR";
 
 // Converts or logs the failure under the caller's name; a failed conversion answers false.
-bool toSystemTime(const UQFileTime& time, SYSTEMTIME& st, const wchar_t* function) {
-    const FILETIME ft = time.mf_getFileTime();
+bool toSystemTime(const UQFileTime& _time, SYSTEMTIME& _rSt, const wchar_t* _pszFunction) {
+    const FILETIME ft = _time.mf_getFileTime();
     SetLastError(0);
-    if (!FileTimeToSystemTime(&ft, &st)) {
-        const UQErrno error(UQErrno::_E_::Conversion, static_cast<std::uint32_t>(GetLastError()));
-        UQReport::mf_log(UQLogData::LEVEL_E, function, L"Failure converting FILETIME to SYSTEMTIME: %s",
-                         error.mf_toString());
+    if (!FileTimeToSystemTime(&ft, &_rSt)) {
+        UQReport::mf_logWrappedInline(UQReport::mf_systemError(UQErrno::_E_::Conversion), _pszFunction,
+                                      L"Failure converting FILETIME to SYSTEMTIME: %s");
         return false;
     }
     return true;
@@ -26,13 +25,13 @@ CString UQFileTime::mf_toString() const {
     try {
         SYSTEMTIME st;
         if (!toSystemTime(*this, st, _sFunction_))
-            return kFileTimeError;
+            return FILE_TIME_ERROR;
         CString s;
         s.Format(L"%4.4u-%2.2u-%2.2u%c%2.2u:%2.2u:%2.2u", st.wYear, st.wMonth, st.wDay, L' ', st.wHour,
                  st.wMinute, st.wSecond);
         return s;
     } catch (...) {
-        return kFileTimeError;
+        return FILE_TIME_ERROR;
     }
 }
 
@@ -41,23 +40,23 @@ CString UQFileTime::mf_toFullString() const {
     try {
         SYSTEMTIME st;
         if (!toSystemTime(*this, st, _sFunction_))
-            return kFileTimeError;
+            return FILE_TIME_ERROR;
         CString s;
         s.Format(L"%4.4u-%2.2u-%2.2u %2.2u:%2.2u:%2.2u.%3.3u", st.wYear, st.wMonth, st.wDay, st.wHour,
                  st.wMinute, st.wSecond, st.wMilliseconds);
         return s;
     } catch (...) {
-        return kFileTimeError;
+        return FILE_TIME_ERROR;
     }
 }
 
-UQFileTime UQFileTime::operator+(const UQFileTime& other) const {
+UQFileTime UQFileTime::operator+(const UQFileTime& _other) const {
     static const wchar_t* const _sFunction_ = L"UQFileTime::operator_add";
     const std::uint64_t max = 0x7FFFFFFFFFFFFFFFull;
     // Compared as signed 64-bit values, as the file times are.
     const std::int64_t headroom = static_cast<std::int64_t>(max - m_uTicks);
-    if (headroom >= static_cast<std::int64_t>(other.m_uTicks))
-        return UQFileTime(m_uTicks + other.m_uTicks);
+    if (headroom >= static_cast<std::int64_t>(_other.m_uTicks))
+        return UQFileTime(m_uTicks + _other.m_uTicks);
     UQReport::mf_fail(UQErrno::_E_::Range, _sFunction_, L"%s + %s > MAX", mf_toFullString(),
-                      other.mf_toFullString());
+                      _other.mf_toFullString());
 }

@@ -54,13 +54,8 @@ int UQMgmtClassPanel::mf_onInitDialog(HWND _hDlg, const CString& _sClassName) {
     try {
         const UQHost host;
         UQArchiverMain::mf_getMgmtClasses(m_classes, host, CString());
-        UQQueryMgmtClassData* pDefault = UQArchiverMain::mf_getMgmtClass(DEFAULT_NAME, host, CString());
-        try {
-            m_classes.Add(pDefault);
-        } catch (...) {
-            delete pDefault;
-            throw;
-        }
+        UQAllocation::mf_appendOrDelete(m_classes,
+                                        UQArchiverMain::mf_getMgmtClass(DEFAULT_NAME, host, CString()));
     } catch (const UQErrno& e) {
         UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
                          L"Failure querying management classes:\r\n%s%s\r\n%sContinuing ...", UQLog::TAB,

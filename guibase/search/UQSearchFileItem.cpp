@@ -3,123 +3,108 @@
 #include "guibase/foundation/UQReport.h"
 
 #include <cstdlib>
+#include <memory>
 #include <new>
 
 namespace {
 
-const UQSearchFileItem* itemAt(const void* p) {
-    return *static_cast<const UQSearchFileItem* const*>(p);
+const UQSearchFileItem* itemAt(const void* _pP) {
+    return *static_cast<const UQSearchFileItem* const*>(_pP);
 }
 
 // The version whose state an item is sorted by: the selected one, or the latest of an unselected item.
-const UQSearchFileVersion* shownVersion(const UQSearchFileItem* item) {
-    const UQSearchFileVersion* version = item->mf_getSelectedVersion();
-    return version != nullptr ? version : item->mf_getLatestVersion();
+const UQSearchFileVersion* shownVersion(const UQSearchFileItem* _pItem) {
+    const UQSearchFileVersion* version = _pItem->mf_getSelectedVersion();
+    return version != nullptr ? version : _pItem->mf_getLatestVersion();
 }
 
-int pathAscending(const void* a, const void* b) {
-    return UQPath::mf_compare(itemAt(a)->mf_getPath(), itemAt(b)->mf_getPath());
+int pathAscending(const void* _pA, const void* _pB) {
+    return UQPath::mf_compare(itemAt(_pA)->mf_getPath(), itemAt(_pB)->mf_getPath());
 }
 
-int pathDescending(const void* a, const void* b) {
-    return pathAscending(b, a);
+int pathDescending(const void* _pA, const void* _pB) {
+    return pathAscending(_pB, _pA);
 }
 
-int statusAscending(const void* a, const void* b) {
-    const int c =
-        shownVersion(itemAt(a))->mf_getStatusString().Compare(shownVersion(itemAt(b))->mf_getStatusString());
-    return c != 0 ? c : pathAscending(a, b);
+int statusAscending(const void* _pA, const void* _pB) {
+    const int c = shownVersion(itemAt(_pA))
+                      ->mf_getStatusString()
+                      .Compare(shownVersion(itemAt(_pB))->mf_getStatusString());
+    return c != 0 ? c : pathAscending(_pA, _pB);
 }
 
-int statusDescending(const void* a, const void* b) {
-    const int c =
-        shownVersion(itemAt(b))->mf_getStatusString().Compare(shownVersion(itemAt(a))->mf_getStatusString());
-    return c != 0 ? c : pathAscending(a, b);
+int statusDescending(const void* _pA, const void* _pB) {
+    const int c = shownVersion(itemAt(_pB))
+                      ->mf_getStatusString()
+                      .Compare(shownVersion(itemAt(_pA))->mf_getStatusString());
+    return c != 0 ? c : pathAscending(_pA, _pB);
 }
 
-int security(const void* p) {
-    return shownVersion(itemAt(p))->mf_getQueryData()->mf_hasSecurity() ? 1 : 0;
+int security(const void* _pP) {
+    return shownVersion(itemAt(_pP))->mf_getQueryData()->mf_hasSecurity() ? 1 : 0;
 }
 
-int securityAscending(const void* a, const void* b) {
-    const int c = security(a) - security(b);
-    return c != 0 ? c : pathAscending(a, b);
+// A flag of the shown version first (ascending: without before with), then the path.
+template <int (*FLAG)(const void*)> int flagAscending(const void* _pA, const void* _pB) {
+    const int c = FLAG(_pA) - FLAG(_pB);
+    return c != 0 ? c : pathAscending(_pA, _pB);
 }
 
-int securityDescending(const void* a, const void* b) {
-    const int c = security(b) - security(a);
-    return c != 0 ? c : pathAscending(a, b);
+template <int (*FLAG)(const void*)> int flagDescending(const void* _pA, const void* _pB) {
+    const int c = FLAG(_pB) - FLAG(_pA);
+    return c != 0 ? c : pathAscending(_pA, _pB);
 }
 
-int streams(const void* p) {
-    return shownVersion(itemAt(p))->mf_getQueryData()->mf_hasADStreams() ? 1 : 0;
+int streams(const void* _pP) {
+    return shownVersion(itemAt(_pP))->mf_getQueryData()->mf_hasADStreams() ? 1 : 0;
 }
 
-int streamsAscending(const void* a, const void* b) {
-    const int c = streams(a) - streams(b);
-    return c != 0 ? c : pathAscending(a, b);
-}
-
-int streamsDescending(const void* a, const void* b) {
-    const int c = streams(b) - streams(a);
-    return c != 0 ? c : pathAscending(a, b);
-}
-
-void sortItems(UQSearchFileItem::Array& items, int (*compare)(const void*, const void*),
-               const wchar_t* function) {
-    if (items.GetData() == nullptr) {
-        UQReport::mf_log(UQLogData::LEVEL_W, function, L"No file list items to sort");
+void sortItems(UQSearchFileItem::Array& _rItems, int (*_pCompare)(const void*, const void*),
+               const wchar_t* _pszFunction) {
+    if (_rItems.GetData() == nullptr) {
+        UQReport::mf_log(UQLogData::LEVEL_W, _pszFunction, L"No file list items to sort");
         return;
     }
-    std::qsort(items.GetData(), static_cast<std::size_t>(items.GetSize()), sizeof(UQSearchFileItem*),
-               compare);
+    std::qsort(_rItems.GetData(), static_cast<std::size_t>(_rItems.GetSize()), sizeof(UQSearchFileItem*),
+               _pCompare);
 }
 
 // Copies of an item's versions stand on clones of the records, so that every version owns its own.
-UQLinkedListItem* f_cloneSearchFileVersion(const UQLinkedListItem& item) {
-    const UQQueryData* record = static_cast<const UQSearchFileVersion&>(item).mf_getQueryData()->mf_clone();
-    void* memory = UQAllocation::mf_allocate(sizeof(UQSearchFileVersion));
-    if (memory == nullptr) {
-        delete record;
-        return nullptr;
-    }
-    try {
-        return new (memory) UQSearchFileVersion(record);
-    } catch (...) {
-        UQAllocation::mf_free(memory);
-        delete record;
-        throw;
-    }
+UQLinkedListItem* f_cloneSearchFileVersion(const UQLinkedListItem& _item) {
+    std::unique_ptr<const UQQueryData> record(
+        static_cast<const UQSearchFileVersion&>(_item).mf_getQueryData()->mf_clone());
+    UQSearchFileVersion* pVersion = UQAllocation::mf_create<UQSearchFileVersion>(record.get());
+    // The version owns the record from here on.
+    if (pVersion != nullptr)
+        static_cast<void>(record.release());
+    return pVersion;
 }
 
 } // namespace
 
-void* UQSearchFileItem::operator new(std::size_t bytes) {
-    void* memory = UQAllocation::mf_allocate(bytes);
-    if (memory == nullptr)
-        throw std::bad_alloc();
-    return memory;
+void* UQSearchFileItem::operator new(std::size_t _nBytes) {
+    return UQAllocation::mf_allocateOrThrow(_nBytes);
 }
 
-void UQSearchFileItem::operator delete(void* p) noexcept {
-    UQAllocation::mf_free(p);
+void UQSearchFileItem::operator delete(void* _p) noexcept {
+    UQAllocation::mf_free(_p);
 }
 
-UQSearchFileItem::UQSearchFileItem(UQSearchFileVersion* pVersion)
+UQSearchFileItem::UQSearchFileItem(UQSearchFileVersion* _pVersion)
     : m_versions(1, &f_cloneSearchFileVersion), m_pSelectedVersion(nullptr) {
-    mf_implAddVersion(pVersion);
+    mf_implAddVersion(_pVersion);
 }
 
-UQSearchFileItem::UQSearchFileItem(const UQSearchFileItem& other)
-    : UVQueryItem(other), m_versions(other.m_versions), m_pSelectedVersion(nullptr) {
-    m_pSelectedVersion = mf_implCorresponding(other, other.m_pSelectedVersion);
+UQSearchFileItem::UQSearchFileItem(const UQSearchFileItem& _other)
+    : UVQueryItem(_other), m_versions(_other.m_versions), m_pSelectedVersion(nullptr) {
+    m_pSelectedVersion = mf_implCorresponding(_other, _other.m_pSelectedVersion);
 }
 
-UQSearchFileItem& UQSearchFileItem::operator=(const UQSearchFileItem& other) {
-    if (this != &other) {
+UQSearchFileItem& UQSearchFileItem::operator=(const UQSearchFileItem& _other) {
+    if (this != &_other) {
         // The list's assignment leaves this item as it was when a clone fails.
-        m_versions = other.m_versions;
-        m_pSelectedVersion = mf_implCorresponding(other, other.m_pSelectedVersion);
+        m_versions = _other.m_versions;
+        m_pSelectedVersion = mf_implCorresponding(_other, _other.m_pSelectedVersion);
     }
     return *this;
 }
@@ -138,41 +123,41 @@ UQSearchFileVersion* UQSearchFileItem::mf_implGetLatest() const noexcept {
 }
 
 UQSearchFileVersion*
-UQSearchFileItem::mf_implCorresponding(const UQSearchFileItem& other,
-                                       const UQSearchFileVersion* version) const noexcept {
-    if (version == nullptr)
+UQSearchFileItem::mf_implCorresponding(const UQSearchFileItem& _other,
+                                       const UQSearchFileVersion* _pVersion) const noexcept {
+    if (_pVersion == nullptr)
         return nullptr;
-    const UQLinkedListItem* theirs = other.m_versions.mf_getHead();
+    const UQLinkedListItem* theirs = _other.m_versions.mf_getHead();
     UQLinkedListItem* ours = m_versions.mf_getHead();
     while (theirs != nullptr && ours != nullptr) {
-        if (theirs == version)
+        if (theirs == _pVersion)
             return static_cast<UQSearchFileVersion*>(ours);
-        theirs = other.m_versions.mf_getNext(theirs);
+        theirs = _other.m_versions.mf_getNext(theirs);
         ours = m_versions.mf_getNext(ours);
     }
     return nullptr;
 }
 
-void UQSearchFileItem::mf_implAddVersion(UQSearchFileVersion* pVersion) {
+void UQSearchFileItem::mf_implAddVersion(UQSearchFileVersion* _pVersion) {
     static const wchar_t* const _sFunction_ = L"UQSearchFileItem::mf_implAddVersion";
-    if (pVersion == nullptr)
+    if (_pVersion == nullptr)
         UQReport::mf_fail(UQErrno::_E_::Parameter, _sFunction_, L"NULL == _pVersion");
-    const std::uint32_t number = pVersion->mf_getVersion();
+    const std::uint32_t number = _pVersion->mf_getVersion();
     // The list is ascending: when the latest is not greater, no version is, and the walk is saved.
     const UQSearchFileVersion* latest = mf_implGetLatest();
     if (latest == nullptr || latest->mf_getVersion() <= number) {
-        m_versions.mf_addTail(pVersion);
+        m_versions.mf_addTail(_pVersion);
         return;
     }
     for (UQLinkedListItem* item = m_versions.mf_getHead(); item != nullptr;
          item = m_versions.mf_getNext(item)) {
         if (static_cast<UQSearchFileVersion*>(item)->mf_getVersion() > number) {
             // A null position puts it at the head.
-            m_versions.mf_insertAfter(m_versions.mf_getPrevious(item), pVersion);
+            m_versions.mf_insertAfter(m_versions.mf_getPrevious(item), _pVersion);
             return;
         }
     }
-    m_versions.mf_addTail(pVersion);
+    m_versions.mf_addTail(_pVersion);
 }
 
 const UQQueryData& UQSearchFileItem::mf_getQueryData() const {
@@ -187,12 +172,12 @@ const UQSearchFileVersion* UQSearchFileItem::mf_getLatestVersion() const noexcep
     return mf_implGetLatest();
 }
 
-void UQSearchFileItem::mf_setSelected(int bSelect, unsigned long version) {
-    if (bSelect == 0) {
+void UQSearchFileItem::mf_setSelected(int _bSelect, unsigned long _uVersion) {
+    if (_bSelect == 0) {
         m_pSelectedVersion = nullptr;
         return;
     }
-    if (version == UQQueryPatternVersion::LATEST) {
+    if (_uVersion == UQQueryPatternVersion::LATEST) {
         m_pSelectedVersion = mf_implGetLatest();
         return;
     }
@@ -203,25 +188,25 @@ void UQSearchFileItem::mf_setSelected(int bSelect, unsigned long version) {
     // later version is ever looked at. The volatile read keeps the comparison a real one on each round.
     for (;;) {
         const volatile unsigned long current = oldest->mf_getVersion();
-        if (current == version)
+        if (current == _uVersion)
             break;
     }
     m_pSelectedVersion = oldest;
 }
 
-void UQSearchFileItem::mf_getVersions(int bAscending, VersionArray& versions) const {
+void UQSearchFileItem::mf_getVersions(int _bAscending, VersionArray& _rVersions) const {
     static const wchar_t* const _sFunction_ = L"UQSearchFileItem::mf_getVersions";
-    if (versions.GetSize() != 0)
+    if (_rVersions.GetSize() != 0)
         UQReport::mf_fail(UQErrno::_E_::Parameter, _sFunction_,
                           L"Search file version list parameter is not empty");
-    if (bAscending) {
+    if (_bAscending) {
         for (UQLinkedListItem* item = m_versions.mf_getHead(); item != nullptr;
              item = m_versions.mf_getNext(item))
-            versions.Add(static_cast<UQSearchFileVersion*>(item));
+            _rVersions.Add(static_cast<UQSearchFileVersion*>(item));
     } else {
         for (UQLinkedListItem* item = m_versions.mf_getTail(); item != nullptr;
              item = m_versions.mf_getPrevious(item))
-            versions.Add(static_cast<UQSearchFileVersion*>(item));
+            _rVersions.Add(static_cast<UQSearchFileVersion*>(item));
     }
 }
 
@@ -278,24 +263,24 @@ CString UQSearchFileItem::mf_getADStreamsDisplayString() const {
     return UQString(mf_getQueryData().mf_hasADStreams() ? 4519u : 3545u).mf_getText();
 }
 
-void UQSearchFileItem::mf_sortByPath(Array& items, int bAscending) {
+void UQSearchFileItem::mf_sortByPath(Array& _rItems, int _bAscending) {
     static const wchar_t* const _sFunction_ = L"UQSearchFileItem::mf_sortByPath";
-    sortItems(items, bAscending ? pathAscending : pathDescending, _sFunction_);
+    sortItems(_rItems, _bAscending ? pathAscending : pathDescending, _sFunction_);
 }
 
-void UQSearchFileItem::mf_sortByStatus(Array& items, int bAscending) {
+void UQSearchFileItem::mf_sortByStatus(Array& _rItems, int _bAscending) {
     // The product's logs name this sort as the file list's; log readers look for that name.
     static const wchar_t* const _sFunction_ = L"UQFileListItem::mf_sortByStatus";
-    sortItems(items, bAscending ? statusAscending : statusDescending, _sFunction_);
+    sortItems(_rItems, _bAscending ? statusAscending : statusDescending, _sFunction_);
 }
 
-void UQSearchFileItem::mf_sortBySecurity(Array& items, int bAscending) {
+void UQSearchFileItem::mf_sortBySecurity(Array& _rItems, int _bAscending) {
     static const wchar_t* const _sFunction_ = L"UQFileListItem::mf_sortBySecurity";
-    sortItems(items, bAscending ? securityAscending : securityDescending, _sFunction_);
+    sortItems(_rItems, _bAscending ? flagAscending<security> : flagDescending<security>, _sFunction_);
 }
 
-void UQSearchFileItem::mf_sortByADStreams(Array& items, int bAscending) {
+void UQSearchFileItem::mf_sortByADStreams(Array& _rItems, int _bAscending) {
     // Shares the security sort's name in the log, as the product always has.
     static const wchar_t* const _sFunction_ = L"UQFileListItem::mf_sortBySecurity";
-    sortItems(items, bAscending ? streamsAscending : streamsDescending, _sFunction_);
+    sortItems(_rItems, _bAscending ? flagAscending<streams> : flagDescending<streams>, _sFunction_);
 }

@@ -7,35 +7,32 @@
 CString UQSearchFileVersion::m_asStatus[6];
 int UQSearchFileVersion::m_bStatusInitialized = 0;
 
-void* UQSearchFileVersion::operator new(std::size_t bytes) {
-    void* memory = UQAllocation::mf_allocate(bytes);
-    if (memory == nullptr)
-        throw std::bad_alloc();
-    return memory;
+void* UQSearchFileVersion::operator new(std::size_t _nBytes) {
+    return UQAllocation::mf_allocateOrThrow(_nBytes);
 }
 
-void UQSearchFileVersion::operator delete(void* p) noexcept {
-    UQAllocation::mf_free(p);
+void UQSearchFileVersion::operator delete(void* _p) noexcept {
+    UQAllocation::mf_free(_p);
 }
 
-UQSearchFileVersion::UQSearchFileVersion(const UQQueryData* pQueryData)
-    : m_pQueryData(pQueryData), m_iStatus(-1) {
+UQSearchFileVersion::UQSearchFileVersion(const UQQueryData* _pQueryData)
+    : m_pQueryData(_pQueryData), m_iStatus(-1) {
     static const wchar_t* const _sFunction_ = L"UQSearchFileVersion::UQSearchFileVersion";
-    if (pQueryData == nullptr)
+    if (_pQueryData == nullptr)
         UQReport::mf_fail(UQErrno::_E_::Parameter, _sFunction_, L"NULL == _pQueryData");
     // Loaded once, by the first version made; the first close of a search list runs on one thread before
     // any other can make versions.
     if (m_bStatusInitialized == 0) {
-        static const unsigned kNumbers[6] = {3102, 3104, 3530, 3532, 3343, 3345};
+        static const unsigned NUMBERS[6] = {3102, 3104, 3530, 3532, 3343, 3345};
         for (int i = 0; i < 6; ++i)
-            m_asStatus[i] = UQString(kNumbers[i]).mf_getText();
+            m_asStatus[i] = UQString(NUMBERS[i]).mf_getText();
         m_bStatusInitialized = 1;
     }
-    const int protectedOffset = pQueryData->mf_isProtected() ? 1 : 0;
+    const int protectedOffset = _pQueryData->mf_isProtected() ? 1 : 0;
     // In this order, so that an event-based record is never expiring.
-    if (pQueryData->mf_isEventBased() && pQueryData->mf_isDeletionStarted())
+    if (_pQueryData->mf_isEventBased() && _pQueryData->mf_isDeletionStarted())
         m_iStatus = 4 + protectedOffset;
-    else if (!pQueryData->mf_isEventBased() && pQueryData->mf_getExpiryTime().uFileTime != 0)
+    else if (!_pQueryData->mf_isEventBased() && _pQueryData->mf_getExpiryTime().uFileTime != 0)
         m_iStatus = 2 + protectedOffset;
     else
         m_iStatus = 0 + protectedOffset;

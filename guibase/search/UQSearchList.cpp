@@ -2,23 +2,39 @@
 
 #include "guibase/foundation/UQReport.h"
 
-#include <new>
+#include <memory>
 
 namespace {
 
 // Hands the items to one of the archiver's sorts, which take them as query items, and puts them back in
 // the order it chose. A failed sort leaves the items as they were.
-template <class Sort> void sortAsQueryItems(UQSearchFileItem::Array& items, const Sort& sort) {
-    const INT_PTR count = items.GetSize();
+template <class Sort> void sortAsQueryItems(UQSearchFileItem::Array& _rItems, const Sort& _sort) {
+    const INT_PTR count = _rItems.GetSize();
     if (count < 2)
         return;
     UQArray<UVQueryItem*, UVQueryItem*> queryItems;
     queryItems.SetSize(count);
     for (INT_PTR i = 0; i < count; ++i)
-        queryItems[i] = items[i];
-    sort(queryItems.GetData(), count);
+        queryItems[i] = _rItems[i];
+    _sort(queryItems.GetData(), count);
     for (INT_PTR i = 0; i < count; ++i)
-        items[i] = static_cast<UQSearchFileItem*>(queryItems[i]);
+        _rItems[i] = static_cast<UQSearchFileItem*>(queryItems[i]);
+}
+
+// Makes a part of the list (a version of a record, an item of a version) in memory from UQAllocation. A
+// failure is logged under _pszFunction, as the wrapped failure _pszFailure of query data no. _nIndex or,
+// without memory, as _pszNoMemory, and its error data is returned.
+template <class TYPE, class ARG>
+UQErrnoData createPart(TYPE*& _rpPart, ARG* _pArg, int _nIndex, const wchar_t* _pszFunction,
+                       const wchar_t* _pszFailure, const wchar_t* _pszNoMemory) {
+    try {
+        _rpPart = UQAllocation::mf_create<TYPE>(_pArg);
+    } catch (const UQErrno& e) {
+        return UQReport::mf_collectWrapped(e, _pszFunction, _pszFailure, _nIndex);
+    }
+    if (_rpPart == nullptr)
+        return UQReport::mf_collect(UQErrno::_E_::Memory, _pszFunction, _pszNoMemory);
+    return UQErrnoData();
 }
 
 } // namespace
@@ -30,8 +46,7 @@ UQSearchList::~UQSearchList() {
     try {
         mf_implDeleteItems();
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure deleting file list items: %s",
-                         e.mf_toString());
+        UQReport::mf_logWrappedInline(e, _sFunction_, L"Failure deleting file list items: %s");
     }
     // Records of a list that was never closed are the list's too.
     mf_implDeleteQueryData();
@@ -43,34 +58,27 @@ int UQSearchList::mf_implIsClosed() {
     return closed;
 }
 
-void UQSearchList::mf_add(const UQQueryData& queryData) {
+void UQSearchList::mf_add(const UQQueryData& _queryData) {
     static const wchar_t* const _sFunction_ = L"UQSearchList::mf_add";
     if (m_bClosed.load())
         UQReport::mf_fail(UQErrno::_E_::AlreadyInitialized, _sFunction_,
                           L"Search item list has already been closed");
     // Before the clone, so that the flag stays set even when cloning fails.
-    if (queryData.mf_isProtected())
+    if (_queryData.mf_isProtected())
         m_bHasProtectedItems.store(1, std::memory_order_relaxed);
-    m_lock.mf_runCollected([&](UQErrnoData& error) {
+    m_lock.mf_runCollected([&](UQErrnoData& _rError) {
         // The list may have been closed since the check; a record added now would never be grouped.
         if (m_bClosed) {
-            error = UQReport::mf_collect(UQErrno::_E_::AlreadyInitialized, _sFunction_,
-                                         L"Search item list has already been closed");
+            _rError = UQReport::mf_collect(UQErrno::_E_::AlreadyInitialized, _sFunction_,
+                                           L"Search item list has already been closed");
             return;
         }
-        UQQueryData* clone = nullptr;
         try {
-            clone = queryData.mf_clone();
-            m_queryData.Add(clone);
+            UQAllocation::mf_appendOrDelete(m_queryData, _queryData.mf_clone());
         } catch (const UQErrno& e) {
-            delete clone;
-            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                             L"Failure clone/adding query data item: %s\r\n%sQuery-data: %s", e.mf_toString(),
-                             UQLog::TAB, queryData.mf_toString());
-            error = e.mf_getData();
-        } catch (...) {
-            delete clone;
-            throw;
+            _rError = UQReport::mf_collectWrappedInline(
+                e, _sFunction_, L"Failure clone/adding query data item: %s\r\n%sQuery-data: %s", UQLog::TAB,
+                _queryData.mf_toString());
         }
     });
 }
@@ -79,9 +87,10 @@ void UQSearchList::mf_close() {
     static const wchar_t* const _sFunction_ = L"UQSearchList::mf_close";
     if (mf_implIsClosed())
         UQReport::mf_fail(UQErrno::_E_::State, _sFunction_, L"Search list is already closed");
-    m_lock.mf_runCollected([&](UQErrnoData& error) {
+    m_lock.mf_runCollected([&](UQErrnoData& _rError) {
         if (m_bClosed) {
-            error = UQReport::mf_collect(UQErrno::_E_::State, _sFunction_, L"Search list is already closed");
+            _rError =
+                UQReport::mf_collect(UQErrno::_E_::State, _sFunction_, L"Search list is already closed");
             return;
         }
         // However the grouping ends, the list is closed and the records no version took are gone.
@@ -92,7 +101,7 @@ void UQSearchList::mf_close() {
                 list.mf_implDeleteQueryData();
             }
         } finish{*this};
-        error = mf_implGroup();
+        _rError = mf_implGroup();
     });
 }
 
@@ -103,10 +112,9 @@ UQErrnoData UQSearchList::mf_implGroup() {
         try {
             UQQueryData::mf_sortByPathAndVersion(1, 1, m_queryData);
         } catch (const UQErrno& e) {
-            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                             L"Failure sorting query data list (%d items):\r\n%s%s", static_cast<int>(count),
-                             UQLog::TAB, e.mf_toString());
-            return e.mf_getData();
+            return UQReport::mf_collectWrapped(e, _sFunction_,
+                                               L"Failure sorting query data list (%d items):\r\n%s%s",
+                                               static_cast<int>(count));
         }
     }
     UQSearchFileItem* current = nullptr;
@@ -117,66 +125,30 @@ UQErrnoData UQSearchList::mf_implGroup() {
             return UQReport::mf_collect(UQErrno::_E_::DataCorrupted, _sFunction_,
                                         L"Query data no. %d is NULL", static_cast<int>(i));
         UQSearchFileVersion* version = nullptr;
-        void* memory = nullptr;
-        try {
-            memory = UQAllocation::mf_allocate(sizeof(UQSearchFileVersion));
-            if (memory == nullptr)
-                return UQReport::mf_collect(UQErrno::_E_::Memory, _sFunction_,
-                                            L"No memory to create search file version");
-            version = new (memory) UQSearchFileVersion(record);
-        } catch (const UQErrno& e) {
-            UQAllocation::mf_free(memory);
-            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                             L"Failure creating search file version of query data no. %d:\r\n%s%s",
-                             static_cast<int>(i), UQLog::TAB, e.mf_toString());
-            return e.mf_getData();
-        } catch (...) {
-            UQAllocation::mf_free(memory);
-            throw;
-        }
-        // The version owns the record from here on.
+        UQErrnoData error = createPart(version, record, static_cast<int>(i), _sFunction_,
+                                       L"Failure creating search file version of query data no. %d:\r\n%s%s",
+                                       L"No memory to create search file version");
+        if (error)
+            return error;
+        // The version owns the record from here on, and the list or an item owns the version.
         m_queryData[i] = nullptr;
+        std::unique_ptr<UQSearchFileVersion> pVersion(version);
         if (i > 0 && previous != nullptr && !(previous->mf_getObjectPath() != record->mf_getObjectPath())) {
-            if (current == nullptr) {
-                delete version;
+            if (current == nullptr)
                 return UQReport::mf_collect(UQErrno::_E_::Internal, _sFunction_,
                                             L"No current file item at query data index %d",
                                             static_cast<int>(i));
-            }
-            try {
-                current->mf_implAddVersion(version);
-            } catch (...) {
-                delete version;
-                throw;
-            }
+            current->mf_implAddVersion(pVersion.get());
+            // The item owns the version now.
+            static_cast<void>(pVersion.release());
         } else {
-            void* itemMemory = nullptr;
-            try {
-                itemMemory = UQAllocation::mf_allocate(sizeof(UQSearchFileItem));
-                if (itemMemory == nullptr) {
-                    delete version;
-                    return UQReport::mf_collect(UQErrno::_E_::Memory, _sFunction_,
-                                                L"No memory to create search file item");
-                }
-                current = new (itemMemory) UQSearchFileItem(version);
-            } catch (const UQErrno& e) {
-                UQAllocation::mf_free(itemMemory);
-                delete version;
-                UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                                 L"Failure creating search file item of query data no. %d:\r\n%s%s",
-                                 static_cast<int>(i), UQLog::TAB, e.mf_toString());
-                return e.mf_getData();
-            } catch (...) {
-                UQAllocation::mf_free(itemMemory);
-                delete version;
-                throw;
-            }
-            try {
-                m_fileItems.Add(current);
-            } catch (...) {
-                delete current;
-                throw;
-            }
+            error = createPart(current, pVersion.get(), static_cast<int>(i), _sFunction_,
+                               L"Failure creating search file item of query data no. %d:\r\n%s%s",
+                               L"No memory to create search file item");
+            if (error)
+                return error;
+            static_cast<void>(pVersion.release());
+            UQAllocation::mf_appendOrDelete(m_fileItems, current);
         }
         previous = record;
     }
@@ -219,22 +191,22 @@ std::uint32_t UQSearchList::mf_getSelectedFileItemCount() {
     return count;
 }
 
-void UQSearchList::mf_getFileList(UQSearchFileItem::Array& files, int bExcludeAvailable,
-                                  int bExcludeAvailableProtected, int bExcludeExpiring,
-                                  int bExcludeExpiringProtected, int bExcludeDeleted,
-                                  int bExcludeDeletedProtected) {
+void UQSearchList::mf_getFileList(UQSearchFileItem::Array& _rFiles, int _bExcludeAvailable,
+                                  int _bExcludeAvailableProtected, int _bExcludeExpiring,
+                                  int _bExcludeExpiringProtected, int _bExcludeDeleted,
+                                  int _bExcludeDeletedProtected) {
     static const wchar_t* const _sFunction_ = L"UQSearchList::mf_getFileList";
-    if (files.GetSize() != 0)
+    if (_rFiles.GetSize() != 0)
         UQReport::mf_fail(UQErrno::_E_::Parameter, _sFunction_, L"Parameter list is not empty");
     if (!mf_implIsClosed())
         UQReport::mf_fail(UQErrno::_E_::Initialization, _sFunction_,
                           L"File item list must be close before items can be accessed");
     // Indexed like the status texts: state (available, expiring, deleted) times two, plus one if protected.
-    const int excluded[6] = {bExcludeAvailable, bExcludeAvailableProtected,
-                             bExcludeExpiring,  bExcludeExpiringProtected,
-                             bExcludeDeleted,   bExcludeDeletedProtected};
-    const bool filtering = bExcludeAvailable || bExcludeAvailableProtected || bExcludeExpiring ||
-                           bExcludeExpiringProtected || bExcludeDeleted || bExcludeDeletedProtected;
+    const int excluded[6] = {_bExcludeAvailable, _bExcludeAvailableProtected,
+                             _bExcludeExpiring,  _bExcludeExpiringProtected,
+                             _bExcludeDeleted,   _bExcludeDeletedProtected};
+    const bool filtering = _bExcludeAvailable || _bExcludeAvailableProtected || _bExcludeExpiring ||
+                           _bExcludeExpiringProtected || _bExcludeDeleted || _bExcludeDeletedProtected;
     m_lock.mf_runCollected([&](UQErrnoData&) {
         for (INT_PTR i = 0; i < m_fileItems.GetSize(); ++i) {
             UQSearchFileItem* item = m_fileItems[i];
@@ -249,52 +221,50 @@ void UQSearchList::mf_getFileList(UQSearchFileItem::Array& files, int bExcludeAv
                 if (excluded[state + (data.mf_isProtected() ? 1 : 0)])
                     continue;
             }
-            files.Add(item);
+            _rFiles.Add(item);
         }
     });
 }
 
-void UQSearchList::mf_getSelectedFileList(UQSearchFileItem::Array& files, int bSortByAccessOrder) {
+void UQSearchList::mf_getSelectedFileList(UQSearchFileItem::Array& _rFiles, int _bSortByAccessOrder) {
     static const wchar_t* const _sFunction_ = L"UQSearchList::mf_getSelectedFileList";
-    if (files.GetSize() != 0)
+    if (_rFiles.GetSize() != 0)
         UQReport::mf_fail(UQErrno::_E_::Parameter, _sFunction_, L"Parameter list is not empty");
     if (!mf_implIsClosed())
         UQReport::mf_fail(UQErrno::_E_::Initialization, _sFunction_,
                           L"File item list must be close before items can be accessed");
-    m_lock.mf_runCollected([&](UQErrnoData& error) {
+    m_lock.mf_runCollected([&](UQErrnoData& _rError) {
         for (INT_PTR i = 0; i < m_fileItems.GetSize(); ++i)
             if (m_fileItems[i]->mf_isSelected())
-                files.Add(m_fileItems[i]);
-        if (!bSortByAccessOrder)
+                _rFiles.Add(m_fileItems[i]);
+        if (!_bSortByAccessOrder)
             return;
         try {
-            sortAsQueryItems(files, [](UVQueryItem** items, INT_PTR count) {
-                UQQueryData::mf_sortByAccessOrder(items, count);
+            sortAsQueryItems(_rFiles, [](UVQueryItem** _pItems, INT_PTR _nCount) {
+                UQQueryData::mf_sortByAccessOrder(_pItems, _nCount);
             });
         } catch (const UQErrno& e) {
-            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                             L"Failure sorting selected search file items by backend access order:\r\n%s%s",
-                             UQLog::TAB, e.mf_toString());
-            error = e.mf_getData();
+            _rError = UQReport::mf_collectWrapped(
+                e, _sFunction_,
+                L"Failure sorting selected search file items by backend access order:\r\n%s%s");
         }
     });
 }
 
-void UQSearchList::mf_sortByPath(int bAscending) {
+void UQSearchList::mf_sortByPath(int _bAscending) {
     static const wchar_t* const _sFunction_ = L"UQSearchList::mf_sortByPath";
     if (!mf_implIsClosed())
         UQReport::mf_fail(UQErrno::_E_::Initialization, _sFunction_,
                           L"File item list must be close before items can be sorted");
-    m_lock.mf_runCollected([&](UQErrnoData& error) {
+    m_lock.mf_runCollected([&](UQErrnoData& _rError) {
         try {
-            sortAsQueryItems(m_fileItems, [bAscending](UVQueryItem** items, INT_PTR count) {
-                UQQueryData::mf_sortByPathAndVersion(bAscending, 1, items, count);
+            sortAsQueryItems(m_fileItems, [_bAscending](UVQueryItem** _pItems, INT_PTR _nCount) {
+                UQQueryData::mf_sortByPathAndVersion(_bAscending, 1, _pItems, _nCount);
             });
         } catch (const UQErrno& e) {
-            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                             L"Failure sorting search list files %s:\r\n%s%s",
-                             bAscending ? L"ascending" : L"descending", UQLog::TAB, e.mf_toString());
-            error = e.mf_getData();
+            _rError =
+                UQReport::mf_collectWrapped(e, _sFunction_, L"Failure sorting search list files %s:\r\n%s%s",
+                                            _bAscending ? L"ascending" : L"descending");
         }
     });
 }
@@ -323,14 +293,13 @@ void UQSearchList::mf_clear() {
     static const wchar_t* const _sFunction_ = L"UQSearchList::mf_clear";
     if (!mf_implIsClosed())
         UQReport::mf_fail(UQErrno::_E_::Initialization, _sFunction_, L"Search item list is not closed");
-    m_lock.mf_runCollected([&](UQErrnoData& error) {
+    m_lock.mf_runCollected([&](UQErrnoData& _rError) {
         try {
             mf_implDeleteItems();
             m_bClosed = 0;
         } catch (const UQErrno& e) {
-            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure deleting search file items: %s",
-                             e.mf_toString());
-            error = e.mf_getData();
+            _rError =
+                UQReport::mf_collectWrappedInline(e, _sFunction_, L"Failure deleting search file items: %s");
         }
     });
 }

@@ -48,8 +48,6 @@ public:
     void mf_clear();
 
 private:
-    void mf_implLock() { m_lock.mf_enter(); }
-    void mf_implUnlock() { m_lock.mf_leave(); }
     int mf_implIsClosed();
     // With the lock held, or from the destructor.
     void mf_implDeleteItems();

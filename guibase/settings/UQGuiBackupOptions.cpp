@@ -21,9 +21,7 @@ void UQGuiBackupOptions::mf_initializeDefaults() {
         m_bBackupBeforeMigrate = UQGuiRegistry::mf_isDefaultBackupBeforeMigrate();
         m_sOptionsFilePath = mf_getOptionsFileDefaultPath();
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                         L"Failure initializing default backup options:\r\n%s%s", UQLog::TAB,
-                         e.mf_toString());
+        UQReport::mf_logWrapped(e, _sFunction_, L"Failure initializing default backup options:\r\n%s%s");
         throw;
     }
 }
@@ -42,9 +40,8 @@ CString UQGuiBackupOptions::mf_getOptionsFileDefaultDirectory() {
     try {
         UQRegistry::mf_getValue(BACKUP_CLIENT_PATH, sDirectory, BACKUP_CLIENT_KEY, HKEY_LOCAL_MACHINE);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                         L"Could not get B/A client installation path from registry:\r\n%s%s", UQLog::TAB,
-                         e.mf_toString());
+        UQReport::mf_logWrapped(e, _sFunction_,
+                                L"Could not get B/A client installation path from registry:\r\n%s%s");
         throw;
     }
     return sDirectory;
@@ -61,8 +58,7 @@ int UQGuiBackupOptions::mf_validateOptionsFile(const CString& _sPath, UQErrnoDat
     try {
         pInstance = UQBackup::mf_createInstance(UQBackend::VRS);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure creating backup instance:\r\n%s%s",
-                         UQLog::TAB, e.mf_toString());
+        UQReport::mf_logWrapped(e, _sFunction_, L"Failure creating backup instance:\r\n%s%s");
         _rError = e.mf_getData();
         return 0;
     }
@@ -71,16 +67,14 @@ int UQGuiBackupOptions::mf_validateOptionsFile(const CString& _sPath, UQErrnoDat
         options.mf_setOptionsFilePath(_sPath);
         bValid = UQBackup::mf_validateOptions(pInstance, options, _rError) != 0 ? 1 : 0;
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_G, _sFunction_, L"Backup options are not valid:\r\n%s%s",
-                         UQLog::TAB, e.mf_toString());
+        UQReport::mf_logError(UQLogData::LEVEL_G, e, _sFunction_, L"Backup options are not valid:\r\n%s%s");
         _rError = e.mf_getData();
         bValid = 0;
     }
     try {
         UQBackup::mf_deleteInstance(pInstance);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure deleting backup instance:\r\n%s%s",
-                         UQLog::TAB, e.mf_toString());
+        UQReport::mf_logWrapped(e, _sFunction_, L"Failure deleting backup instance:\r\n%s%s");
     }
     return bValid;
 }

@@ -72,8 +72,7 @@ UQMessageBox::RESULT UQCaptionMessageBox::mf_show(HWND _hParent, unsigned long _
         return UQMessageBox::mf_show(_hParent, _ulDefaultButton,
                                      _nTemplateId == -1 ? TEMPLATE_CAPTION : _nTemplateId);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure showing caption message box:\r\n%s%s",
-                         UQLog::TAB, e.mf_toString());
+        UQReport::mf_logWrapped(e, _sFunction_, L"Failure showing caption message box:\r\n%s%s");
         return static_cast<RESULT>(0);
     }
 }

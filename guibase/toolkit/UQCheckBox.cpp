@@ -1,6 +1,6 @@
-#include "UQCheckBox.h"
+#include "guibase/toolkit/UQCheckBox.h"
 
-#include "UQWindow.h"
+#include "guibase/toolkit/UQWindow.h"
 
 int UQCheckBox::mf_isChecked(HWND _hWnd, int& _rbChecked) {
     switch (SendMessageW(_hWnd, BM_GETCHECK, 0, 0)) {

@@ -1,7 +1,7 @@
-#include "UQComboBox.h"
+#include "guibase/toolkit/UQComboBox.h"
 
-#include "UQToolkitReport.h"
-#include "UQWindow.h"
+#include "guibase/toolkit/UQToolkitReport.h"
+#include "guibase/toolkit/UQWindow.h"
 
 #include <commctrl.h>
 #include <cstdint>
@@ -9,7 +9,7 @@
 namespace {
 
 // Item texts that a list read takes, in characters with the terminator.
-const int kListBufferChars = 512;
+const int LIST_BUFFER_CHARS = 512;
 
 // A message to the control. Without a control (an item form whose item is missing) the answer is CB_ERR,
 // as from a control that refuses the message: a window message to no window would answer 0, which reads
@@ -166,15 +166,15 @@ int UQComboBox::mf_getText(HWND _hWnd, UQArray<CString>& _rasTexts) {
         return 1;
     for (int nIndex = 0; nIndex < static_cast<int>(nCount); ++nIndex) {
         const LRESULT nLength = comboMessage(_hWnd, CB_GETLBTEXTLEN, static_cast<WPARAM>(nIndex), 0);
-        if (nLength == CB_ERR || nLength >= kListBufferChars) {
+        if (nLength == CB_ERR || nLength >= LIST_BUFFER_CHARS) {
             // The buffer's size in bytes, named characters: the record has always read so.
-            const std::uint32_t uBufferBytes = kListBufferChars * sizeof(wchar_t);
+            const std::uint32_t uBufferBytes = LIST_BUFFER_CHARS * sizeof(wchar_t);
             UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
                              L"Buffer (%lu chars) too small to catch value with index=%d", uBufferBytes,
                              nIndex);
             continue;
         }
-        wchar_t szText[kListBufferChars] = {0};
+        wchar_t szText[LIST_BUFFER_CHARS] = {0};
         comboMessage(_hWnd, CB_GETLBTEXT, static_cast<WPARAM>(nIndex), reinterpret_cast<LPARAM>(szText));
         CString sText(szText);
         sText.Trim();
@@ -246,8 +246,7 @@ int UQComboBox::mf_initFromRegistry(HWND _hWnd, const CString& _sListKey, const 
             return 0;
     } catch (const UQErrno& e) {
         // A registry that cannot tell is taken as one without the key: the control stays as it is.
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure getting registry keys '%s':\r\n%s%s",
-                         _sListKey, UQLog::TAB, e.mf_toString());
+        UQReport::mf_logWrapped(e, _sFunction_, L"Failure getting registry keys '%s':\r\n%s%s", _sListKey);
         return 0;
     }
 
@@ -255,8 +254,7 @@ int UQComboBox::mf_initFromRegistry(HWND _hWnd, const CString& _sListKey, const 
     try {
         UQRegistry::mf_getValues(_sListKey, asList, sPath, HKEY_CURRENT_USER);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure getting registry keys '%s':\r\n%s%s",
-                         _sListKey, UQLog::TAB, e.mf_toString());
+        UQReport::mf_logWrapped(e, _sFunction_, L"Failure getting registry keys '%s':\r\n%s%s", _sListKey);
     }
 
     if (asList.GetSize() == 0) {
@@ -282,9 +280,8 @@ int UQComboBox::mf_initFromRegistry(HWND _hWnd, const CString& _sListKey, const 
         comboMessage(_hWnd, CB_RESETCONTENT, 0, 0);
         mf_addText(_hWnd, asList);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                         L"Failure setting combobox text items (registry key '%s'):\r\n%s%s", _sListKey,
-                         UQLog::TAB, e.mf_toString());
+        UQReport::mf_logWrapped(
+            e, _sFunction_, L"Failure setting combobox text items (registry key '%s'):\r\n%s%s", _sListKey);
     }
 
     if (!_sSelectionKey.IsEmpty()) {
@@ -292,9 +289,8 @@ int UQComboBox::mf_initFromRegistry(HWND _hWnd, const CString& _sListKey, const 
         try {
             UQRegistry::mf_getValue(_sSelectionKey, sValue, sPath, HKEY_CURRENT_USER);
         } catch (const UQErrno& e) {
-            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                             L"Failure getting registry selection key '%s':\r\n%s%s", _sSelectionKey,
-                             UQLog::TAB, e.mf_toString());
+            UQReport::mf_logWrapped(e, _sFunction_, L"Failure getting registry selection key '%s':\r\n%s%s",
+                                    _sSelectionKey);
         }
         try {
             // Exact selection answers 1 even when nothing matched: only an empty value falls back to the
@@ -305,9 +301,9 @@ int UQComboBox::mf_initFromRegistry(HWND _hWnd, const CString& _sListKey, const 
                 mf_selectIndex(_hWnd, 0);
             }
         } catch (const UQErrno& e) {
-            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                             L"Failure selecting combobox text item '%s' (registry key '%s'):\r\n%s%s",
-                             sValue, _sSelectionKey, UQLog::TAB, e.mf_toString());
+            UQReport::mf_logWrapped(e, _sFunction_,
+                                    L"Failure selecting combobox text item '%s' (registry key '%s'):\r\n%s%s",
+                                    sValue, _sSelectionKey);
         }
     }
     return 1;
@@ -325,9 +321,8 @@ int UQComboBox::mf_saveToRegistry(HWND _hWnd, const CString& _sListKey, const CS
         mf_getText(_hWnd, asList);
         nSelection = mf_getSelection(_hWnd);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                         L"Failure getting combobox text items (registry key '%s'):\r\n%s%s", _sListKey,
-                         UQLog::TAB, e.mf_toString());
+        UQReport::mf_logWrapped(
+            e, _sFunction_, L"Failure getting combobox text items (registry key '%s'):\r\n%s%s", _sListKey);
         return 0;
     }
 
@@ -338,16 +333,15 @@ int UQComboBox::mf_saveToRegistry(HWND _hWnd, const CString& _sListKey, const CS
     try {
         UQRegistry::mf_setValues(_sListKey, asList, sPath, HKEY_CURRENT_USER);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure setting registry keys '%s':\r\n%s%s",
-                         _sListKey, UQLog::TAB, e.mf_toString());
+        UQReport::mf_logWrapped(e, _sFunction_, L"Failure setting registry keys '%s':\r\n%s%s", _sListKey);
     }
     if (!_sSelectionKey.IsEmpty()) {
         try {
             UQRegistry::mf_setValue(_sSelectionKey, sCurrent, 0, sPath, HKEY_CURRENT_USER);
         } catch (const UQErrno& e) {
             // Names the list key, as the record always has.
-            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure setting registry keys '%s':\r\n%s%s",
-                             _sListKey, UQLog::TAB, e.mf_toString());
+            UQReport::mf_logWrapped(e, _sFunction_, L"Failure setting registry keys '%s':\r\n%s%s",
+                                    _sListKey);
         }
     }
     return 1;

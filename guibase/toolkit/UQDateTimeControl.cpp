@@ -1,6 +1,6 @@
-#include "UQDateTimeControl.h"
+#include "guibase/toolkit/UQDateTimeControl.h"
 
-#include "UQWindow.h"
+#include "guibase/toolkit/UQWindow.h"
 
 #include <commctrl.h>
 

@@ -1,7 +1,7 @@
-#include "UQEdit.h"
+#include "guibase/toolkit/UQEdit.h"
 
-#include "UQToolkitReport.h"
-#include "UQWindow.h"
+#include "guibase/toolkit/UQToolkitReport.h"
+#include "guibase/toolkit/UQWindow.h"
 
 int UQEdit::mf_setReadonly(HWND _hWnd, int _bReadonly) {
     static const wchar_t* const _sFunction_ = L"UQEdit::mf_setReadonly";

@@ -62,9 +62,8 @@ void UQInformationBox::mf_implSetEnabled(int _bEnabled) {
     try {
         UQRegistry::mf_setValue(m_sRegistryValueName, _bEnabled, CString(), HKEY_CURRENT_USER);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                         L"Failure setting information dialog to '%s':\r\n%s%s",
-                         _bEnabled ? L"enabled" : L"disabled", UQLog::TAB, e.mf_toString());
+        UQReport::mf_logWrapped(e, _sFunction_, L"Failure setting information dialog to '%s':\r\n%s%s",
+                                _bEnabled ? L"enabled" : L"disabled");
     }
     if (!_bEnabled)
         UQReport::mf_log(UQLogData::LEVEL_T, _sFunction_,

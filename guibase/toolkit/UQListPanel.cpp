@@ -1,7 +1,8 @@
-#include "UQListPanel.h"
+#include "guibase/toolkit/UQListPanel.h"
 
-#include "UQWindow.h"
+#include "compat/UQHandle.h"
 #include "guibase/foundation/UQReport.h"
+#include "guibase/toolkit/UQWindow.h"
 
 #include <climits>
 #include <commctrl.h>
@@ -11,10 +12,10 @@ const wchar_t* const UQListPanel::FAILURE_TEXT = L"<Failure Getting Item>";
 namespace {
 
 // Texts are read into zeroed buffers of this many characters: at most 511 and the terminator.
-const int kTextBufferChars = 512;
+const int TEXT_BUFFER_CHARS = 512;
 
 // Allowance for a vertical scroll bar; fixed, not the system metric.
-const int kScrollBarWidth = 16;
+const int SCROLL_BAR_WIDTH = 16;
 
 // A float truncated toward zero as the processor does it: a value beyond int (or no number at all, as
 // after a division by a zero total) becomes INT_MIN instead of undefined behaviour.
@@ -145,7 +146,7 @@ void UQListPanel::mf_adjustColumnWidths(HWND _hWnd, int _bScrollBar) {
     }
     RECT rc = {0, 0, 0, 0};
     GetClientRect(_hWnd, &rc);
-    const int nAvailable = rc.right - rc.left - (_bScrollBar ? kScrollBarWidth : 0);
+    const int nAvailable = rc.right - rc.left - (_bScrollBar ? SCROLL_BAR_WIDTH : 0);
     const float fFactor = static_cast<float>(nAvailable) / static_cast<float>(nTotal);
     int nSum = 0;
     for (int nIndex = nColumns - 1; nIndex >= 1; --nIndex) {
@@ -180,12 +181,12 @@ int UQListPanel::mf_getHeaderWidth(HWND _hWnd, int _nColumn) {
 }
 
 CString UQListPanel::mf_getHeaderText(HWND _hWnd, int _nColumn) {
-    wchar_t szText[kTextBufferChars] = {0};
+    wchar_t szText[TEXT_BUFFER_CHARS] = {0};
     HDITEMW item;
     ZeroMemory(&item, sizeof item);
     item.mask = HDI_TEXT;
     item.pszText = szText;
-    item.cchTextMax = kTextBufferChars;
+    item.cchTextMax = TEXT_BUFFER_CHARS;
     if (!SendMessageW(mf_getHeader(_hWnd), HDM_GETITEMW, static_cast<WPARAM>(_nColumn),
                       reinterpret_cast<LPARAM>(&item)))
         return CString();
@@ -209,10 +210,10 @@ void UQListPanel::mf_createImageList(HWND _hWnd) {
 }
 
 void UQListPanel::mf_deleteImageList(HWND _hWnd) {
-    HIMAGELIST hList = reinterpret_cast<HIMAGELIST>(SendMessageW(_hWnd, LVM_GETIMAGELIST, LVSIL_SMALL, 0));
-    if (hList == nullptr)
+    UQImageList list(reinterpret_cast<HIMAGELIST>(SendMessageW(_hWnd, LVM_GETIMAGELIST, LVSIL_SMALL, 0)));
+    if (!list)
         return;
-    ImageList_Destroy(hList);
+    list.mf_reset();
     SendMessageW(_hWnd, LVM_SETIMAGELIST, LVSIL_SMALL, 0);
 }
 
@@ -231,17 +232,15 @@ int UQListPanel::mf_addIcon(HWND _hWnd, unsigned long _uResourceId) {
         cx = 16;
         cy = 16;
     }
-    HICON hIcon = static_cast<HICON>(LoadImageW(UQLanguage::mf_getUserLanguageHandle(),
-                                                MAKEINTRESOURCEW(static_cast<WORD>(_uResourceId)), IMAGE_ICON,
-                                                cx, cy, 0));
-    if (hIcon == nullptr) {
+    const UQIcon icon(static_cast<HICON>(LoadImageW(UQLanguage::mf_getUserLanguageHandle(),
+                                                    MAKEINTRESOURCEW(static_cast<WORD>(_uResourceId)),
+                                                    IMAGE_ICON, cx, cy, 0)));
+    if (!icon) {
         UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Could not load icon with resource-id=%lu",
                          static_cast<std::uint32_t>(_uResourceId));
         return -1;
     }
-    const int nImage = ImageList_ReplaceIcon(hList, -1, hIcon);
-    DestroyIcon(hIcon);
-    return nImage;
+    return ImageList_ReplaceIcon(hList, -1, icon.mf_get());
 }
 
 void UQListPanel::mf_setIcon(HWND _hWnd, int _nItem, int _nImage) {
@@ -293,14 +292,14 @@ void UQListPanel::mf_setText(const CString& _sText, HWND _hWnd, int _nItem, int 
 
 CString UQListPanel::mf_getText(HWND _hWnd, int _nItem, int _nSubItem) {
     static const wchar_t* const _sFunction_ = L"UQListPanel::mf_getText";
-    wchar_t szText[kTextBufferChars] = {0};
+    wchar_t szText[TEXT_BUFFER_CHARS] = {0};
     LVITEMW item;
     ZeroMemory(&item, sizeof item);
     item.mask = LVIF_TEXT;
     item.iItem = _nItem;
     item.iSubItem = _nSubItem;
     item.pszText = szText;
-    item.cchTextMax = kTextBufferChars;
+    item.cchTextMax = TEXT_BUFFER_CHARS;
     if (!SendMessageW(_hWnd, LVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&item))) {
         UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure getting item with index=%d from list",
                          _nItem);

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "UQListColumnInfos.h"
-#include "UQSortOrder.h"
+#include "guibase/toolkit/UQListColumnInfos.h"
+#include "guibase/toolkit/UQSortOrder.h"
 
 // Report-style list views: columns (a right-aligned or centred first column included), widths that fill
 // the visible width, the header's sort arrow, a small-icon image list, and item texts, data, icons and

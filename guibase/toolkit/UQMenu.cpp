@@ -1,4 +1,4 @@
-#include "UQMenu.h"
+#include "guibase/toolkit/UQMenu.h"
 
 #include <vector>
 

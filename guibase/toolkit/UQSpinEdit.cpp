@@ -1,7 +1,7 @@
-#include "UQSpinEdit.h"
+#include "guibase/toolkit/UQSpinEdit.h"
 
-#include "UQToolkitReport.h"
-#include "UQWindow.h"
+#include "guibase/toolkit/UQToolkitReport.h"
+#include "guibase/toolkit/UQWindow.h"
 
 #include <commctrl.h>
 

@@ -27,9 +27,8 @@ UQStatusBar::~UQStatusBar() {
         try {
             delete m_apItems[i];
         } catch (const UQErrno& e) {
-            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                             L"Failure deleting status bar item no %d:\r\n%s%s", static_cast<int>(i),
-                             UQLog::TAB, e.mf_toString());
+            UQReport::mf_logWrapped(e, _sFunction_, L"Failure deleting status bar item no %d:\r\n%s%s",
+                                    static_cast<int>(i));
         }
     }
     m_apItems.RemoveAll();
@@ -111,8 +110,8 @@ void UQStatusBar::mf_update() {
         try {
             m_apItems[i]->mf_update();
         } catch (const UQErrno& e) {
-            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure updating item %d (%s):\r\n%s%s",
-                             static_cast<int>(i), m_apItems[i]->mf_getName(), UQLog::TAB, e.mf_toString());
+            UQReport::mf_logWrapped(e, _sFunction_, L"Failure updating item %d (%s):\r\n%s%s",
+                                    static_cast<int>(i), m_apItems[i]->mf_getName());
         }
     }
 }

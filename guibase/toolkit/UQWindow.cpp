@@ -1,6 +1,6 @@
-#include "UQWindow.h"
+#include "guibase/toolkit/UQWindow.h"
 
-#include "UQToolkitReport.h"
+#include "guibase/toolkit/UQToolkitReport.h"
 
 #include <cstdio>
 #include <vector>
@@ -9,19 +9,16 @@ CString UQWindow::m_sRegistryRoot;
 
 namespace {
 
-const DWORD kErrorControlIdNotFound = 1421;
-
 // A handle form that makes one Win32 call: success when the call left no error behind.
 int logIfFailed(const wchar_t* _pszFunction, const UQErrnoValue& _value, const wchar_t* _pszFormat,
                 const wchar_t* _pszAction) {
     if (GetLastError() == 0)
         return 1;
-    const UQErrno error = UQToolkitReport::mf_systemError(_value);
+    const UQErrno error = UQReport::mf_systemError(_value);
     if (_pszAction != nullptr)
-        UQReport::mf_log(UQLogData::LEVEL_E, _pszFunction, _pszFormat, _pszAction, UQLog::TAB,
-                         error.mf_toString());
+        UQReport::mf_logWrapped(error, _pszFunction, _pszFormat, _pszAction);
     else
-        UQReport::mf_log(UQLogData::LEVEL_E, _pszFunction, _pszFormat, UQLog::TAB, error.mf_toString());
+        UQReport::mf_logWrapped(error, _pszFunction, _pszFormat);
     return 0;
 }
 
@@ -32,12 +29,10 @@ HWND UQWindow::mf_getItem(HWND _hDlg, int _nId) {
     SetLastError(0);
     HWND hItem = GetDlgItem(_hDlg, _nId);
     if (hItem == nullptr) {
-        const DWORD dwError = GetLastError();
-        const UQErrno error(UQErrnoData(UQErrno::_E_::ItemNotFound), static_cast<std::uint32_t>(dwError));
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure getting item with id=%d:\r\n%s%s", _nId,
-                         UQLog::TAB, error.mf_toString());
+        const UQErrno error = UQReport::mf_systemError(UQErrno::_E_::ItemNotFound);
+        UQReport::mf_logWrapped(error, _sFunction_, L"Failure getting item with id=%d:\r\n%s%s", _nId);
         // The item forms report the same error after this record.
-        SetLastError(dwError);
+        SetLastError(error.mf_getSystemError());
     }
     return hItem;
 }
@@ -51,11 +46,10 @@ int UQWindow::mf_hasItem(HWND _hDlg, int _nId) {
     const DWORD dwError = GetLastError();
     // Windows names a missing id with ERROR_CONTROL_ID_NOT_FOUND; Wine leaves the last error at 0. Both
     // mean that the dialog has no such item.
-    if (dwError == kErrorControlIdNotFound || dwError == 0)
+    if (dwError == ERROR_CONTROL_ID_NOT_FOUND || dwError == 0)
         return 0;
-    const UQErrno error(UQErrnoData(UQErrno::_E_::ItemNotFound), static_cast<std::uint32_t>(dwError));
-    UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure checking item existence, id=%d:\r\n%s%s",
-                     _nId, UQLog::TAB, error.mf_toString());
+    UQReport::mf_logWrapped(UQReport::mf_systemError(UQErrno::_E_::ItemNotFound), _sFunction_,
+                            L"Failure checking item existence, id=%d:\r\n%s%s", _nId);
     return 0;
 }
 
@@ -123,9 +117,8 @@ int UQWindow::mf_setText(HWND _hWnd, const CString& _sText) {
     SetLastError(0);
     if (SetWindowTextW(_hWnd, _sText))
         return 1;
-    const UQErrno error = UQToolkitReport::mf_systemError(UQErrno::_E_::ItemNotFound);
-    UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure setting window text:\r\n%s%s", UQLog::TAB,
-                     error.mf_toString());
+    UQReport::mf_logWrapped(UQReport::mf_systemError(UQErrno::_E_::ItemNotFound), _sFunction_,
+                            L"Failure setting window text:\r\n%s%s");
     return 0;
 }
 
@@ -145,18 +138,16 @@ void UQWindow::mf_getText(HWND _hWnd, CString& _rsText) {
     SetLastError(0);
     const int nLength = GetWindowTextLengthW(_hWnd);
     if (nLength == 0 && GetLastError() != 0) {
-        const UQErrno error = UQToolkitReport::mf_systemError(UQErrno::_W_::ItemNotFound);
-        UQReport::mf_log(UQLogData::LEVEL_D, _sFunction_, L"Window text length is 0, errno:\r\n%s%s",
-                         UQLog::TAB, error.mf_toString());
+        UQReport::mf_logError(UQLogData::LEVEL_D, UQReport::mf_systemError(UQErrno::_W_::ItemNotFound),
+                              _sFunction_, L"Window text length is 0, errno:\r\n%s%s");
         return;
     }
     std::vector<wchar_t> buffer(static_cast<std::size_t>(nLength) + 1, L'\0');
     SetLastError(0);
     const int nGot = GetWindowTextW(_hWnd, buffer.data(), nLength + 1);
     if (nGot != nLength) {
-        const UQErrno error = UQToolkitReport::mf_systemError(UQErrno::_E_::BufferTooSmall);
-        UQReport::mf_log(UQLogData::LEVEL_D, _sFunction_, L"Failure getting window text:\r\n%s%s", UQLog::TAB,
-                         error.mf_toString());
+        UQReport::mf_logError(UQLogData::LEVEL_D, UQReport::mf_systemError(UQErrno::_E_::BufferTooSmall),
+                              _sFunction_, L"Failure getting window text:\r\n%s%s");
         _rsText = L"<failure getting window text>";
         return;
     }
@@ -181,9 +172,8 @@ int UQWindow::mf_hasText(HWND _hWnd) {
         return 1;
     if (GetLastError() == 0)
         return 0;
-    const UQErrno error = UQToolkitReport::mf_systemError(UQErrno::_W_::ItemNotFound);
-    UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Window text length is 0, errno:\r\n%s%s", UQLog::TAB,
-                     error.mf_toString());
+    const UQErrno error = UQReport::mf_systemError(UQErrno::_W_::ItemNotFound);
+    UQReport::mf_logWrapped(error, _sFunction_, L"Window text length is 0, errno:\r\n%s%s");
     throw error;
 }
 
@@ -191,9 +181,8 @@ int UQWindow::mf_hasItemText(HWND _hDlg, int _nId) {
     static const wchar_t* const _sFunction_ = L"UQWindow::mf_hasItemText";
     HWND hItem = mf_getItem(_hDlg, _nId);
     if (hItem == nullptr) {
-        const UQErrno error = UQToolkitReport::mf_systemError(UQErrno::_E_::ItemNotFound);
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure getting item with id=%d:\r\n%s%s", _nId,
-                         UQLog::TAB, error.mf_toString());
+        const UQErrno error = UQReport::mf_systemError(UQErrno::_E_::ItemNotFound);
+        UQReport::mf_logWrapped(error, _sFunction_, L"Failure getting item with id=%d:\r\n%s%s", _nId);
         throw error;
     }
     return mf_hasText(hItem);
@@ -258,10 +247,8 @@ HFONT UQWindow::mf_setFontAttributes(HWND _hWnd, int _bBold, int _bUnderline) {
     HFONT hFont = reinterpret_cast<HFONT>(SendMessageW(_hWnd, WM_GETFONT, 0, 0));
     SetLastError(0);
     if (GetObjectW(hFont, sizeof lf, &lf) == 0) {
-        const UQErrno error = UQToolkitReport::mf_systemError(UQErrno::_E_::Gui);
-        UQReport::mf_log(UQLogData::LEVEL_G, _sFunction_,
-                         L"Failure getting original font information:\r\n%s%s", UQLog::TAB,
-                         error.mf_toString());
+        UQReport::mf_logError(UQLogData::LEVEL_G, UQReport::mf_systemError(UQErrno::_E_::Gui), _sFunction_,
+                              L"Failure getting original font information:\r\n%s%s");
         return nullptr;
     }
     lf.lfWeight = _bBold ? FW_BOLD : FW_NORMAL;
@@ -323,16 +310,14 @@ int UQWindow::mf_initFromRegistry(HWND _hWnd, const CString& _sValueName) {
     try {
         UQRegistry::mf_getValue(_sValueName, sText, m_sRegistryRoot, HKEY_CURRENT_USER);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure getting registry keys '%s':\r\n%s%s",
-                         _sValueName, UQLog::TAB, e.mf_toString());
+        UQReport::mf_logWrapped(e, _sFunction_, L"Failure getting registry keys '%s':\r\n%s%s", _sValueName);
     }
     // Also after a failure: a missing value empties the window.
     try {
         mf_setText(_hWnd, sText);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                         L"Failure setting text item (registry key '%s'):\r\n%s%s", _sValueName, UQLog::TAB,
-                         e.mf_toString());
+        UQReport::mf_logWrapped(e, _sFunction_, L"Failure setting text item (registry key '%s'):\r\n%s%s",
+                                _sValueName);
     }
     return 1;
 }
@@ -353,9 +338,8 @@ int UQWindow::mf_saveToRegistry(HWND _hWnd, const CString& _sValueName) {
     try {
         mf_getText(_hWnd, sText);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                         L"Failure getting text item (registry key '%s'):\r\n%s%s", _sValueName, UQLog::TAB,
-                         e.mf_toString());
+        UQReport::mf_logWrapped(e, _sFunction_, L"Failure getting text item (registry key '%s'):\r\n%s%s",
+                                _sValueName);
         return 0;
     }
     try {
@@ -363,8 +347,7 @@ int UQWindow::mf_saveToRegistry(HWND _hWnd, const CString& _sValueName) {
         // key that mf_initFromRegistry reads under m_sRegistryRoot.
         UQRegistry::mf_setValue(_sValueName, sText, 0, CString(), HKEY_CURRENT_USER);
     } catch (const UQErrno& e) {
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure setting registry key '%s':\r\n%s%s",
-                         _sValueName, UQLog::TAB, e.mf_toString());
+        UQReport::mf_logWrapped(e, _sFunction_, L"Failure setting registry key '%s':\r\n%s%s", _sValueName);
     }
     return 1;
 }

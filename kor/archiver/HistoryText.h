@@ -9,13 +9,13 @@
 
 namespace korhistory {
 
-constexpr std::uint64_t kTicksPerSecond = 10000000u;
+constexpr std::uint64_t TICKS_PER_SECOND = 10000000u;
 
 // "2024-03-07 14:05:09", with ".1234567" when the time has a fraction of a second, so that a store keeps
 // every file time exactly; "FILETIME ERROR" when the time has no calendar form.
-inline std::string formatTime(std::uint64_t ticks) {
-    const std::uint64_t fraction = ticks % kTicksPerSecond;
-    const FILETIME ft = UQFileTime(ticks - fraction).mf_getFileTime();
+inline std::string formatTime(std::uint64_t _uTicks) {
+    const std::uint64_t fraction = _uTicks % TICKS_PER_SECOND;
+    const FILETIME ft = UQFileTime(_uTicks - fraction).mf_getFileTime();
     SYSTEMTIME st;
     if (!FileTimeToSystemTime(&ft, &st))
         return "FILETIME ERROR";
@@ -30,41 +30,43 @@ inline std::string formatTime(std::uint64_t ticks) {
 }
 
 // Reads exactly _nDigits decimal digits at _rPos.
-inline bool readDigits(const std::string& text, std::size_t& pos, std::size_t digits, unsigned& value) {
-    if (pos + digits > text.size())
+inline bool readDigits(const std::string& _sText, std::size_t& _rnPos, std::size_t _nDigits,
+                       unsigned& _ruValue) {
+    if (_rnPos + _nDigits > _sText.size())
         return false;
-    value = 0;
-    for (std::size_t i = 0; i < digits; ++i) {
-        const char c = text[pos + i];
+    _ruValue = 0;
+    for (std::size_t i = 0; i < _nDigits; ++i) {
+        const char c = _sText[_rnPos + i];
         if (c < '0' || c > '9')
             return false;
-        value = value * 10 + static_cast<unsigned>(c - '0');
+        _ruValue = _ruValue * 10 + static_cast<unsigned>(c - '0');
     }
-    pos += digits;
+    _rnPos += _nDigits;
     return true;
 }
 
 // "YYYY-MM-DD HH:MM:SS" with an optional fraction of 1 to 7 digits; false for anything else or a date
 // that does not exist.
-inline bool parseTime(const std::string& text, std::uint64_t& ticks) {
+inline bool parseTime(const std::string& _sText, std::uint64_t& _ruTicks) {
     std::size_t pos = 0;
     unsigned year, month, day, hour, minute, second;
-    const auto expect = [&](char c) {
-        if (pos >= text.size() || text[pos] != c)
+    const auto expect = [&](char _cC) {
+        if (pos >= _sText.size() || _sText[pos] != _cC)
             return false;
         ++pos;
         return true;
     };
-    if (!readDigits(text, pos, 4, year) || !expect('-') || !readDigits(text, pos, 2, month) || !expect('-') ||
-        !readDigits(text, pos, 2, day) || !expect(' ') || !readDigits(text, pos, 2, hour) || !expect(':') ||
-        !readDigits(text, pos, 2, minute) || !expect(':') || !readDigits(text, pos, 2, second))
+    if (!readDigits(_sText, pos, 4, year) || !expect('-') || !readDigits(_sText, pos, 2, month) ||
+        !expect('-') || !readDigits(_sText, pos, 2, day) || !expect(' ') ||
+        !readDigits(_sText, pos, 2, hour) || !expect(':') || !readDigits(_sText, pos, 2, minute) ||
+        !expect(':') || !readDigits(_sText, pos, 2, second))
         return false;
     std::uint64_t fraction = 0;
-    if (pos < text.size() && text[pos] == '.') {
+    if (pos < _sText.size() && _sText[pos] == '.') {
         ++pos;
         std::size_t digits = 0;
-        while (pos < text.size() && digits < 7 && text[pos] >= '0' && text[pos] <= '9') {
-            fraction = fraction * 10 + static_cast<unsigned>(text[pos] - '0');
+        while (pos < _sText.size() && digits < 7 && _sText[pos] >= '0' && _sText[pos] <= '9') {
+            fraction = fraction * 10 + static_cast<unsigned>(_sText[pos] - '0');
             ++pos;
             ++digits;
         }
@@ -73,7 +75,7 @@ inline bool parseTime(const std::string& text, std::uint64_t& ticks) {
         for (; digits < 7; ++digits)
             fraction *= 10;
     }
-    if (pos != text.size())
+    if (pos != _sText.size())
         return false;
     SYSTEMTIME st = {};
     st.wYear = static_cast<WORD>(year);
@@ -91,23 +93,23 @@ inline bool parseTime(const std::string& text, std::uint64_t& ticks) {
         back.wDay != st.wDay || back.wHour != st.wHour || back.wMinute != st.wMinute ||
         back.wSecond != st.wSecond)
         return false;
-    ticks = UQFileTime(ft).mf_getValue() + fraction;
+    _ruTicks = UQFileTime(ft).mf_getValue() + fraction;
     return true;
 }
 
 // The flags as letters in a fixed order: S security, A alternate data streams, E event based, P protected,
 // D deletion started; "-" for none.
-inline std::string formatFlags(std::uint32_t flags) {
+inline std::string formatFlags(std::uint32_t _uFlags) {
     std::string text;
-    if (flags & UQQueryData::FLAG_SECURITY)
+    if (_uFlags & UQQueryData::FLAG_SECURITY)
         text += 'S';
-    if (flags & UQQueryData::FLAG_AD_STREAMS)
+    if (_uFlags & UQQueryData::FLAG_AD_STREAMS)
         text += 'A';
-    if (flags & UQQueryData::FLAG_EVENT_BASED)
+    if (_uFlags & UQQueryData::FLAG_EVENT_BASED)
         text += 'E';
-    if (flags & UQQueryData::FLAG_PROTECTED)
+    if (_uFlags & UQQueryData::FLAG_PROTECTED)
         text += 'P';
-    if (flags & UQQueryData::FLAG_DELETION_STARTED)
+    if (_uFlags & UQQueryData::FLAG_DELETION_STARTED)
         text += 'D';
     return text.empty() ? std::string("-") : text;
 }

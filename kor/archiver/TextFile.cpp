@@ -1,4 +1,5 @@
 #include "kor/archiver/TextFile.h"
+#include "kor/KorReport.h"
 
 #include "compat/utf8.h"
 
@@ -11,39 +12,38 @@ namespace kortext {
 namespace {
 
 // The system's words for an errno; std::strerror may share its buffer between threads.
-CString systemReason(int error) {
-    return CString::FromUtf8(std::error_code(error, std::generic_category()).message());
+CString systemReason(int _nError) {
+    return CString::FromUtf8(std::error_code(_nError, std::generic_category()).message());
 }
 
 } // namespace
 
-FILE* openForReading(const CString& file, const wchar_t* function, const wchar_t* what) {
+FILE* openForReading(const CString& _sFile, const wchar_t* _pszFunction, const wchar_t* _pszWhat) {
 #if defined(_WIN32)
-    FILE* f = _wfopen(file, L"rb");
+    FILE* f = _wfopen(_sFile, L"rb");
 #else
     // A name that is not UTF-8 keeps its bytes (uqfmt::nativeToWide).
-    FILE* f = std::fopen(uqfmt::wideToNative(file.GetString(), file.GetLength()).c_str(), "rb");
+    FILE* f = std::fopen(uqfmt::wideToNative(_sFile.GetString(), _sFile.GetLength()).c_str(), "rb");
 #endif
     const int openError = errno;
     if (f == nullptr) {
         CString detail;
-        detail.Format(L"%s: cannot open: %s (errno %d)", file, systemReason(openError), openError);
-        UQThreadContext::mf_setLoggingLanguage();
-        UQLog::mf_writeMessage(UQLogData::LEVEL_E, function, L"Failure opening %s '%s'", what, file);
-        throw UQErrno(UQErrnoData(UQErrno::_E_::File), detail);
+        detail.Format(L"%s: cannot open: %s (errno %d)", _sFile, systemReason(openError), openError);
+        UQKorReport::mf_fail(UQErrno(UQErrnoData(UQErrno::_E_::File), detail), _pszFunction,
+                             L"Failure opening %s '%s'", _pszWhat, _sFile);
     }
     return f;
 }
 
-CString readErrorDetail(const CString& file, int error) {
+CString readErrorDetail(const CString& _sFile, int _nErrno) {
     CString detail;
-    detail.Format(L"%s: read error: %s (errno %d)", file, systemReason(error), error);
+    detail.Format(L"%s: read error: %s (errno %d)", _sFile, systemReason(_nErrno), _nErrno);
     return detail;
 }
 
-bool isUtf8(const std::string& text) {
-    const auto* s = reinterpret_cast<const unsigned char*>(text.data());
-    const std::size_t n = text.size();
+bool isUtf8(const std::string& _text) {
+    const auto* s = reinterpret_cast<const unsigned char*>(_text.data());
+    const std::size_t n = _text.size();
     std::size_t i = 0;
     while (i < n) {
         const unsigned char c = s[i];

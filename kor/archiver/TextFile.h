@@ -1,6 +1,7 @@
 // Opening the text files that korarchiver reads (listings, history stores). Internal to korarchiver.
 #pragma once
 
+#include "compat/UQHandle.h"
 #include "interfaces/korarchiver.h"
 
 #include <cstddef>
@@ -17,14 +18,14 @@ FILE* openForReading(const CString& _sFile, const wchar_t* _pszFunction, const w
 // "<file>: read error: <the system's reason> (errno N)", the detail of a file that failed while read.
 CString readErrorDetail(const CString& _sFile, int _nErrno);
 
-// At most kEchoLimit bytes of input quoted back in a message, cut at a character boundary and marked
+// At most ECHO_LIMIT bytes of input quoted back in a message, cut at a character boundary and marked
 // "... (N more bytes)": a malformed line may be megabytes long, and the log and the user need its start.
 // Inline, so that korfiles's own reader cuts its echoes the same way.
-constexpr std::size_t kEchoLimit = 200;
+constexpr std::size_t ECHO_LIMIT = 200;
 inline std::string echoed(const std::string& _sInput) {
-    if (_sInput.size() <= kEchoLimit)
+    if (_sInput.size() <= ECHO_LIMIT)
         return _sInput;
-    std::size_t nCut = kEchoLimit;
+    std::size_t nCut = ECHO_LIMIT;
     // Not inside a UTF-8 sequence: continuation bytes are 10xxxxxx.
     while (nCut > 0 && (static_cast<unsigned char>(_sInput[nCut]) & 0xC0) == 0x80)
         --nCut;

@@ -1,5 +1,6 @@
 #include "interfaces/korarchiver.h"
 
+#include "kor/KorReport.h"
 #include <cstdlib>
 #include <memory>
 #include <mutex>
@@ -29,9 +30,8 @@ UQMgmtClassFile::Result readServer(const wchar_t* _pszFunction) {
             ? UQMgmtClassFile::mf_readText(UQMgmtClassFile::mf_getSampleText(), UQMgmtClassFile::SAMPLE_NAME)
             : UQMgmtClassFile::mf_read(sFile);
     for (const UQErrno& error : result.errors) {
-        UQThreadContext::mf_setLoggingLanguage();
-        UQLog::mf_writeMessage(UQLogData::LEVEL_W, _pszFunction, L"Management class line skipped: %s",
-                               error.mf_getDetail());
+        UQKorReport::mf_log(UQLogData::LEVEL_W, _pszFunction, L"Management class line skipped: %s",
+                            error.mf_getDetail());
     }
     return result;
 }
@@ -56,11 +56,8 @@ void UQArchiverMain::mf_getMgmtClasses(UQArray<UQQueryMgmtClassData*, UQQueryMgm
                                        const UQHost& _host, const CString& _sOptions) {
     static const wchar_t* const _sFunction_ = L"UQArchiverMain::mf_getMgmtClasses";
     const UQMgmtClassFile::Result result = readServer(_sFunction_);
-    for (const UQQueryMgmtClassData& data : result.classes) {
-        std::unique_ptr<UQQueryMgmtClassData> pCopy(new UQQueryMgmtClassData(data));
-        _rList.Add(pCopy.get());
-        pCopy.release();
-    }
+    for (const UQQueryMgmtClassData& data : result.classes)
+        UQAllocation::mf_appendOrDelete(_rList, new UQQueryMgmtClassData(data));
 }
 
 UQQueryMgmtClassData* UQArchiverMain::mf_getMgmtClass(const CString& _sName, const UQHost& _host,
@@ -79,11 +76,9 @@ UQQueryMgmtClassData* UQArchiverMain::mf_getMgmtClass(const CString& _sName, con
             }
         }
     }
-    UQThreadContext::mf_setLoggingLanguage();
     if (bDefault)
-        UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_,
-                               L"The server has no default management class");
-    else
-        UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_, L"Management class '%s' not found", _sName);
-    throw UQErrno(UQErrno::_E_::ItemNotFound);
+        UQKorReport::mf_fail(UQErrno(UQErrno::_E_::ItemNotFound), _sFunction_,
+                             L"The server has no default management class");
+    UQKorReport::mf_fail(UQErrno(UQErrno::_E_::ItemNotFound), _sFunction_, L"Management class '%s' not found",
+                         _sName);
 }

@@ -1,7 +1,7 @@
 #include "interfaces/korarchiver.h"
 
-UQBackupEvent::UQBackupEvent(const CString& path, const UQSeverity& severity, const CString& outcome)
-    : UQEventStatus(severity, outcome), m_sPath(path) {}
+UQBackupEvent::UQBackupEvent(const CString& _sPath, const UQSeverity& _severity, const CString& _sOutcome)
+    : UQEventStatus(_severity, _sOutcome), m_sPath(_sPath) {}
 
 UQBackupEvent::~UQBackupEvent() = default;
 

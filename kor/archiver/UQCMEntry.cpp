@@ -1,8 +1,8 @@
 #include "interfaces/korarchiver.h"
 
-UQCMEntry::UQCMEntry(const CString& uncPath, std::uint32_t version, const UQFileSize& size,
-                     const UQFileTime& lastWriteTime)
-    : m_sUNCPath(uncPath), m_uVersion(version), m_size(size), m_lastWriteTime(lastWriteTime) {}
+UQCMEntry::UQCMEntry(const CString& _sUNCPath, std::uint32_t _uVersion, const UQFileSize& _size,
+                     const UQFileTime& _lastWriteTime)
+    : m_sUNCPath(_sUNCPath), m_uVersion(_uVersion), m_size(_size), m_lastWriteTime(_lastWriteTime) {}
 
 UQCMEntry::~UQCMEntry() = default;
 

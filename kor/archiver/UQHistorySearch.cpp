@@ -1,23 +1,14 @@
 #include "interfaces/korarchiver.h"
+#include "kor/KorReport.h"
 
 #include <new>
 #include <optional>
 #include <system_error>
 #include <thread>
 
-namespace {
-
-template <class... A>
-void logError(const wchar_t* function, const wchar_t* format, const A&... args) noexcept {
-    UQThreadContext::mf_setLoggingLanguage();
-    UQLog::mf_writeMessage(UQLogData::LEVEL_E, function, format, args...);
-}
-
-} // namespace
-
 struct UQHistorySearch::Impl {
-    Impl(const UQHistoryStore& store, const UQHistoryQuery& query, UVQueryDataSink& sink)
-        : store(store), query(query), sink(sink) {}
+    Impl(const UQHistoryStore& _store, const UQHistoryQuery& _query, UVQueryDataSink& _rSink)
+        : store(_store), query(_query), sink(_rSink) {}
 
     // The thread's whole life: whatever the search throws is kept for mf_wait, nothing leaves the thread.
     void run() noexcept {
@@ -29,19 +20,21 @@ struct UQHistorySearch::Impl {
                 // Logged where it arose.
                 error.emplace(e);
             } catch (const std::bad_alloc&) {
-                logError(_sFunction_, L"No memory for the history search of '%s'", store.mf_getFile());
+                UQKorReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
+                                    L"No memory for the history search of '%s'", store.mf_getFile());
                 error.emplace(UQErrno::_E_::Memory);
             } catch (CException* e) {
                 const bool memory = dynamic_cast<CMemoryException*>(e) != nullptr;
                 e->Delete();
-                logError(_sFunction_,
-                         memory ? L"No memory for the history search of '%s'"
-                                : L"Unexpected exception in the history search of '%s'",
-                         store.mf_getFile());
+                UQKorReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
+                                    memory ? L"No memory for the history search of '%s'"
+                                           : L"Unexpected exception in the history search of '%s'",
+                                    store.mf_getFile());
                 error.emplace(memory ? UQErrno::_E_::Memory : UQErrno::_E_::Internal);
             } catch (...) {
-                logError(_sFunction_, L"Unexpected exception in the history search of '%s'",
-                         store.mf_getFile());
+                UQKorReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
+                                    L"Unexpected exception in the history search of '%s'",
+                                    store.mf_getFile());
                 error.emplace(UQErrno::_E_::Internal);
             }
         } catch (...) {
@@ -59,15 +52,15 @@ struct UQHistorySearch::Impl {
     std::thread thread;
 };
 
-UQHistorySearch::UQHistorySearch(const UQHistoryStore& store, const UQHistoryQuery& query,
-                                 UVQueryDataSink& sink)
-    : m_pImpl(new Impl(store, query, sink)) {
+UQHistorySearch::UQHistorySearch(const UQHistoryStore& _store, const UQHistoryQuery& _query,
+                                 UVQueryDataSink& _rSink)
+    : m_pImpl(new Impl(_store, _query, _rSink)) {
     static const wchar_t* const _sFunction_ = L"UQHistorySearch::UQHistorySearch";
     try {
-        m_pImpl->thread = std::thread(&Impl::run, m_pImpl);
+        m_pImpl->thread = std::thread(&Impl::run, m_pImpl.get());
     } catch (const std::system_error& e) {
-        logError(_sFunction_, L"Failure starting the history search thread: %s", e.what());
-        delete m_pImpl;
+        UQKorReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
+                            L"Failure starting the history search thread: %s", e.what());
         throw UQErrno(UQErrno::_E_::System);
     }
 }
@@ -77,7 +70,6 @@ UQHistorySearch::~UQHistorySearch() {
         m_pImpl->cancel.mf_implTryCancel();
         m_pImpl->thread.join();
     }
-    delete m_pImpl;
 }
 
 void UQHistorySearch::mf_cancel() noexcept {

@@ -1,4 +1,5 @@
 #include "interfaces/korarchiver.h"
+#include "kor/KorReport.h"
 
 #include "kor/archiver/HistoryText.h"
 #include "kor/archiver/TextFile.h"
@@ -12,48 +13,41 @@
 
 namespace {
 
-const wchar_t* const kSearchFunction = L"UQHistoryStore::mf_searchText";
-constexpr std::size_t kFieldCount = 8;
+const wchar_t* const SEARCH_FUNCTION = L"UQHistoryStore::mf_searchText";
+constexpr std::size_t FIELD_COUNT = 8;
 
-template <class... A>
-void logLine(const UQLogData& level, const wchar_t* function, const wchar_t* format,
-             const A&... args) noexcept {
-    UQThreadContext::mf_setLoggingLanguage();
-    UQLog::mf_writeMessage(level, function, format, args...);
-}
-
-std::string trimBlanks(const std::string& s) {
-    std::size_t a = 0, b = s.size();
-    while (a < b && s[a] == ' ')
+std::string trimBlanks(const std::string& _sS) {
+    std::size_t a = 0, b = _sS.size();
+    while (a < b && _sS[a] == ' ')
         ++a;
-    while (b > a && s[b - 1] == ' ')
+    while (b > a && _sS[b - 1] == ' ')
         --b;
-    return s.substr(a, b - a);
+    return _sS.substr(a, b - a);
 }
 
-bool parseUnsigned(const std::string& text, std::uint64_t max, std::uint64_t& value) {
-    if (text.empty() || text.size() > 20)
+bool parseUnsigned(const std::string& _sText, std::uint64_t _uMax, std::uint64_t& _ruValue) {
+    if (_sText.empty() || _sText.size() > 20)
         return false;
     std::uint64_t v = 0;
-    for (char c : text) {
+    for (char c : _sText) {
         if (c < '0' || c > '9')
             return false;
         const unsigned digit = static_cast<unsigned>(c - '0');
-        if (v > (max - digit) / 10)
+        if (v > (_uMax - digit) / 10)
             return false;
         v = v * 10 + digit;
     }
-    value = v;
+    _ruValue = v;
     return true;
 }
 
-bool parseFlags(const std::string& text, std::uint32_t& flags) {
-    flags = 0;
-    if (text == "-")
+bool parseFlags(const std::string& _sText, std::uint32_t& _ruFlags) {
+    _ruFlags = 0;
+    if (_sText == "-")
         return true;
-    if (text.empty())
+    if (_sText.empty())
         return false;
-    for (char c : text) {
+    for (char c : _sText) {
         std::uint32_t flag = 0;
         switch (c) {
         case 'S':
@@ -74,9 +68,9 @@ bool parseFlags(const std::string& text, std::uint32_t& flags) {
         default:
             return false;
         }
-        if (flags & flag)
+        if (_ruFlags & flag)
             return false;
-        flags |= flag;
+        _ruFlags |= flag;
     }
     return true;
 }
@@ -84,10 +78,10 @@ bool parseFlags(const std::string& text, std::uint32_t& flags) {
 // Where well-formed UTF-8 ends: the first byte of a stray continuation byte, overlong form, encoded
 // surrogate, code point above U+10FFFF or cut sequence; npos when there is none. A store in another
 // encoding would give paths that name no file.
-std::size_t findInvalidUtf8(const std::string& text) {
-    const unsigned char* const begin = reinterpret_cast<const unsigned char*>(text.data());
+std::size_t findInvalidUtf8(const std::string& _sText) {
+    const unsigned char* const begin = reinterpret_cast<const unsigned char*>(_sText.data());
     const unsigned char* p = begin;
-    const unsigned char* const end = p + text.size();
+    const unsigned char* const end = p + _sText.size();
     while (p < end) {
         const unsigned char* const start = p;
         const unsigned c = *p++;
@@ -119,9 +113,9 @@ std::size_t findInvalidUtf8(const std::string& text) {
 }
 
 // The position of the first control character other than the tab, or npos.
-std::size_t findControlCharacter(const std::string& text) {
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const unsigned u = static_cast<unsigned char>(text[i]);
+std::size_t findControlCharacter(const std::string& _sText) {
+    for (std::size_t i = 0; i < _sText.size(); ++i) {
+        const unsigned u = static_cast<unsigned char>(_sText[i]);
         if ((u < 0x20 && u != '\t') || u == 0x7F)
             return i;
     }
@@ -129,43 +123,44 @@ std::size_t findControlCharacter(const std::string& text) {
 }
 
 // "volume:position".
-bool parseAccessKey(const std::string& text, UQQueryData::AccessKey& key) {
-    const std::size_t colon = text.find(':');
+bool parseAccessKey(const std::string& _sText, UQQueryData::AccessKey& _rKey) {
+    const std::size_t colon = _sText.find(':');
     if (colon == std::string::npos)
         return false;
     std::uint64_t volume = 0, position = 0;
-    if (!parseUnsigned(text.substr(0, colon), 0xFFFFFFFFull, volume) ||
-        !parseUnsigned(text.substr(colon + 1), UINT64_MAX, position))
+    if (!parseUnsigned(_sText.substr(0, colon), 0xFFFFFFFFull, volume) ||
+        !parseUnsigned(_sText.substr(colon + 1), UINT64_MAX, position))
         return false;
-    key.uVolume = static_cast<std::uint32_t>(volume);
-    key.uPosition = position;
+    _rKey.uVolume = static_cast<std::uint32_t>(volume);
+    _rKey.uPosition = position;
     return true;
 }
 
 // Turns store lines into records and hands the matching ones on.
 class LineReader {
 public:
-    LineReader(const CString& name, const UQHistoryQuery& query, UVQueryDataSink& sink,
-               const UQCancelSwitch* cancel, UQHistoryStore::Result& result)
-        : m_name(name), m_query(query), m_sink(sink), m_cancel(cancel), m_result(result), m_uLine(0) {
-        if (!query.sPattern.IsEmpty())
-            m_pattern.reset(new UQPathPattern(query.sPattern));
+    LineReader(const CString& _sName, const UQHistoryQuery& _query, UVQueryDataSink& _rSink,
+               const UQCancelSwitch* _pCancel, UQHistoryStore::Result& _rResult)
+        : m_name(_sName), m_query(_query), m_sink(_rSink), m_cancel(_pCancel), m_result(_rResult),
+          m_uLine(0) {
+        if (!_query.sPattern.IsEmpty())
+            m_pattern.reset(new UQPathPattern(_query.sPattern));
     }
 
     // The next piece of the text; lines may be split across pieces.
-    void feed(const char* data, std::size_t size) {
+    void feed(const char* _pszData, std::size_t _nSize) {
         std::size_t start = 0;
-        while (start < size) {
-            const void* found = std::memchr(data + start, '\n', size - start);
+        while (start < _nSize) {
+            const void* found = std::memchr(_pszData + start, '\n', _nSize - start);
             if (found == nullptr) {
-                m_carry.append(data + start, size - start);
+                m_carry.append(_pszData + start, _nSize - start);
                 return;
             }
-            const std::size_t end = static_cast<std::size_t>(static_cast<const char*>(found) - data);
+            const std::size_t end = static_cast<std::size_t>(static_cast<const char*>(found) - _pszData);
             if (m_carry.empty()) {
-                line(std::string(data + start, end - start));
+                line(std::string(_pszData + start, end - start));
             } else {
-                m_carry.append(data + start, end - start);
+                m_carry.append(_pszData + start, end - start);
                 std::string text;
                 text.swap(m_carry);
                 line(text);
@@ -183,46 +178,47 @@ public:
     }
 
 private:
-    void line(std::string text) {
+    void line(std::string _sText) {
         ++m_uLine;
         if (m_cancel != nullptr && m_cancel->mf_isCancelled()) {
-            logLine(UQLogData::LEVEL_W, kSearchFunction, L"History search canceled at %s:%lu", m_name,
-                    m_uLine);
+            UQKorReport::mf_log(UQLogData::LEVEL_W, SEARCH_FUNCTION, L"History search canceled at %s:%lu",
+                                m_name, m_uLine);
             throw UQErrno(UQErrno::_W_::UserCanceled);
         }
-        if (!text.empty() && text.back() == '\r')
-            text.pop_back();
-        kortext::skipByteOrderMark(text);
-        if (text.empty() || text[0] == '#' || text.find_first_not_of(" \t") == std::string::npos)
+        if (!_sText.empty() && _sText.back() == '\r')
+            _sText.pop_back();
+        kortext::skipByteOrderMark(_sText);
+        if (_sText.empty() || _sText[0] == '#' || _sText.find_first_not_of(" \t") == std::string::npos)
             return;
-        const std::size_t invalid = findInvalidUtf8(text);
+        const std::size_t invalid = findInvalidUtf8(_sText);
         if (invalid != std::string::npos) {
             CString what;
             what.Format(L"invalid UTF-8 (byte 0x%02X at column %lu)",
-                        static_cast<unsigned>(static_cast<unsigned char>(text[invalid])),
+                        static_cast<unsigned>(static_cast<unsigned char>(_sText[invalid])),
                         static_cast<std::uint32_t>(invalid + 1));
             return skip(what);
         }
-        const std::size_t control = findControlCharacter(text);
+        const std::size_t control = findControlCharacter(_sText);
         if (control != std::string::npos) {
             CString what;
             what.Format(L"control character 0x%02X at column %lu",
-                        static_cast<unsigned>(static_cast<unsigned char>(text[control])),
+                        static_cast<unsigned>(static_cast<unsigned char>(_sText[control])),
                         static_cast<std::uint32_t>(control + 1));
             return skip(what);
         }
         std::vector<std::string> fields;
         std::size_t start = 0;
         for (;;) {
-            const std::size_t tab = text.find('\t', start);
-            fields.push_back(text.substr(start, tab == std::string::npos ? std::string::npos : tab - start));
+            const std::size_t tab = _sText.find('\t', start);
+            fields.push_back(
+                _sText.substr(start, tab == std::string::npos ? std::string::npos : tab - start));
             if (tab == std::string::npos)
                 break;
             start = tab + 1;
         }
-        if (fields.size() != kFieldCount) {
+        if (fields.size() != FIELD_COUNT) {
             CString what;
-            what.Format(L"expected %d tab-separated fields, found %d", static_cast<int>(kFieldCount),
+            what.Format(L"expected %d tab-separated fields, found %d", static_cast<int>(FIELD_COUNT),
                         static_cast<int>(fields.size()));
             skip(what);
             return;
@@ -281,24 +277,24 @@ private:
         try {
             m_sink.mf_onQueryData(data);
         } catch (const UQErrno& e) {
-            logLine(UQLogData::LEVEL_E, kSearchFunction,
-                    L"Failure handing over the record of %s:%lu:\r\n%s%s", m_name, m_uLine, UQLog::TAB,
-                    e.mf_toString());
+            UQKorReport::mf_log(UQLogData::LEVEL_E, SEARCH_FUNCTION,
+                                L"Failure handing over the record of %s:%lu:\r\n%s%s", m_name, m_uLine,
+                                UQLog::TAB, e.mf_toString());
             throw;
         }
         ++m_result.uMatches;
     }
 
-    void skip(const CString& what) {
+    void skip(const CString& _sWhat) {
         CString detail;
-        detail.Format(L"%s:%lu: %s", m_name, m_uLine, what);
+        detail.Format(L"%s:%lu: %s", m_name, m_uLine, _sWhat);
         m_result.errors.push_back(UQErrno(UQErrnoData(UQErrno::_E_::Format), detail));
-        logLine(UQLogData::LEVEL_W, kSearchFunction, L"History record skipped: %s", detail);
+        UQKorReport::mf_log(UQLogData::LEVEL_W, SEARCH_FUNCTION, L"History record skipped: %s", detail);
     }
 
-    void skip(const wchar_t* what, const std::string& value) {
+    void skip(const wchar_t* _pszWhat, const std::string& _sValue) {
         CString text;
-        text.Format(L"%s '%s'", what, CString::FromUtf8(kortext::echoed(value)));
+        text.Format(L"%s '%s'", _pszWhat, CString::FromUtf8(kortext::echoed(_sValue)));
         skip(text);
     }
 
@@ -316,63 +312,123 @@ private:
 
 } // namespace
 
-UQHistoryStore::UQHistoryStore(const CString& file) : m_sFile(file) {}
+UQHistoryStore::UQHistoryStore(const CString& _sFile) : m_sFile(_sFile) {}
 
-UQHistoryStore::Result UQHistoryStore::mf_searchText(const std::string& text, const CString& name,
-                                                     const UQHistoryQuery& query, UVQueryDataSink& sink,
-                                                     const UQCancelSwitch* cancel) {
+UQHistoryStore::Result UQHistoryStore::mf_searchText(const std::string& _utf8Text, const CString& _sName,
+                                                     const UQHistoryQuery& _query, UVQueryDataSink& _rSink,
+                                                     const UQCancelSwitch* _pCancel) {
     Result result;
-    LineReader reader(name, query, sink, cancel, result);
-    reader.feed(text.data(), text.size());
+    LineReader reader(_sName, _query, _rSink, _pCancel, result);
+    reader.feed(_utf8Text.data(), _utf8Text.size());
     reader.finish();
     return result;
 }
 
-UQHistoryStore::Result UQHistoryStore::mf_search(const UQHistoryQuery& query, UVQueryDataSink& sink,
-                                                 const UQCancelSwitch* cancel) const {
+UQHistoryStore::Result UQHistoryStore::mf_search(const UQHistoryQuery& _query, UVQueryDataSink& _rSink,
+                                                 const UQCancelSwitch* _pCancel) const {
     static const wchar_t* const _sFunction_ = L"UQHistoryStore::mf_search";
-    FILE* f = kortext::openForReading(m_sFile, _sFunction_, L"history store");
     // The file is closed on every way out, also when the sink or a cancellation ends the search.
-    const std::unique_ptr<FILE, int (*)(FILE*)> file(f, std::fclose);
+    const UQStdFile file(kortext::openForReading(m_sFile, _sFunction_, L"history store"));
+    FILE* f = file.mf_get();
     Result result;
-    LineReader reader(m_sFile, query, sink, cancel, result);
+    LineReader reader(m_sFile, _query, _rSink, _pCancel, result);
     std::unique_ptr<char[]> buffer(new char[1u << 16]);
     std::size_t n;
     while ((n = std::fread(buffer.get(), 1, 1u << 16, f)) > 0)
         reader.feed(buffer.get(), n);
     // Set by the read that failed, the last call before.
     const int readError = errno;
-    if (std::ferror(f)) {
-        const CString detail = kortext::readErrorDetail(m_sFile, readError);
-        logLine(UQLogData::LEVEL_E, _sFunction_, L"Failure reading history store '%s'", m_sFile);
-        throw UQErrno(UQErrnoData(UQErrno::_E_::File), detail);
-    }
+    if (std::ferror(f))
+        UQKorReport::mf_fail(
+            UQErrno(UQErrnoData(UQErrno::_E_::File), kortext::readErrorDetail(m_sFile, readError)),
+            _sFunction_, L"Failure reading history store '%s'", m_sFile);
     reader.finish();
     return result;
 }
 
-std::string UQHistoryStore::mf_formatRecord(const UQQueryData& data) {
-    const CString& objectPath = data.mf_getObjectPath();
-    const CString& filePath = data.mf_getPath();
-    const UQQueryData::AccessKey& key = data.mf_getAccessKey();
-    const UQExpiryTime expiry = data.mf_getExpiryTime();
+namespace {
+
+// Where a path holds what a store line cannot carry: a control character (it would split the line or its
+// fields; Windows file names hold none) or an unpaired surrogate (UTF-8 has no form for it). -1 if nothing.
+int findUnstorable(const CString& _sPath, CString& _rsWhat) {
+    const int n = _sPath.GetLength();
+    for (int i = 0; i < n; ++i) {
+        const unsigned u = static_cast<unsigned>(_sPath[i]) & 0xFFFFu;
+        const bool high = u >= 0xD800 && u <= 0xDBFF;
+        const bool low = u >= 0xDC00 && u <= 0xDFFF;
+        if (high && i + 1 < n && (static_cast<unsigned>(_sPath[i + 1]) & 0xFC00u) == 0xDC00u) {
+            ++i;
+            continue;
+        }
+        if (u < 0x20 || u == 0x7F)
+            _rsWhat.Format(L"control character U+%04X", u);
+        else if (high || low)
+            _rsWhat.Format(L"unpaired surrogate U+%04X", u);
+        else
+            continue;
+        return i;
+    }
+    return -1;
+}
+
+// The path for a log line: control characters and unpaired surrogates as \uXXXX.
+CString shownPath(const CString& _sPath) {
+    CString out;
+    for (int i = 0; i < _sPath.GetLength(); ++i) {
+        const unsigned u = static_cast<unsigned>(_sPath[i]) & 0xFFFFu;
+        const bool pairStart = (u & 0xFC00u) == 0xD800u && i + 1 < _sPath.GetLength() &&
+                               (static_cast<unsigned>(_sPath[i + 1]) & 0xFC00u) == 0xDC00u;
+        if (pairStart) {
+            out += _sPath[i];
+            out += _sPath[++i];
+        } else if (u < 0x20 || u == 0x7F || (u >= 0xD800 && u <= 0xDFFF)) {
+            CString escaped;
+            escaped.Format(L"\\u%04X", u);
+            out += escaped;
+        } else {
+            out += _sPath[i];
+        }
+    }
+    return out;
+}
+
+void refuseUnstorable(const CString& _sPath, const wchar_t* _pszWhich) {
+    CString what;
+    const int at = findUnstorable(_sPath, what);
+    if (at < 0)
+        return;
+    CString text;
+    text.Format(L"The %s '%s' cannot be stored: %s at unit %d", _pszWhich, shownPath(_sPath), what, at + 1);
+    UQKorReport::mf_fail(UQErrno(UQErrnoData(UQErrno::_E_::Parameter), text),
+                         L"UQHistoryStore::mf_formatRecord", L"%s", text);
+}
+
+} // namespace
+
+std::string UQHistoryStore::mf_formatRecord(const UQQueryData& _data) {
+    const CString& objectPath = _data.mf_getObjectPath();
+    const CString& filePath = _data.mf_getPath();
+    refuseUnstorable(objectPath, L"object path");
+    refuseUnstorable(filePath, L"file path");
+    const UQQueryData::AccessKey& key = _data.mf_getAccessKey();
+    const UQExpiryTime expiry = _data.mf_getExpiryTime();
     std::string line = objectPath.ToUtf8();
     line += '\t';
     line += filePath == objectPath ? std::string("=") : filePath.ToUtf8();
     line += '\t';
-    line += std::to_string(data.mf_getVersion());
+    line += std::to_string(_data.mf_getVersion());
     line += '\t';
-    line += korhistory::formatTime(data.mf_getLastWriteTime().mf_getValue());
+    line += korhistory::formatTime(_data.mf_getLastWriteTime().mf_getValue());
     line += '\t';
-    line += std::to_string(data.mf_getSize().mf_getValue());
+    line += std::to_string(_data.mf_getSize().mf_getValue());
     line += '\t';
     // Through the record's own operations, so that a record that answers differently is written as it
     // answers.
-    const std::uint32_t flags = (data.mf_hasSecurity() ? UQQueryData::FLAG_SECURITY : 0u) |
-                                (data.mf_hasADStreams() ? UQQueryData::FLAG_AD_STREAMS : 0u) |
-                                (data.mf_isEventBased() ? UQQueryData::FLAG_EVENT_BASED : 0u) |
-                                (data.mf_isProtected() ? UQQueryData::FLAG_PROTECTED : 0u) |
-                                (data.mf_isDeletionStarted() ? UQQueryData::FLAG_DELETION_STARTED : 0u);
+    const std::uint32_t flags = (_data.mf_hasSecurity() ? UQQueryData::FLAG_SECURITY : 0u) |
+                                (_data.mf_hasADStreams() ? UQQueryData::FLAG_AD_STREAMS : 0u) |
+                                (_data.mf_isEventBased() ? UQQueryData::FLAG_EVENT_BASED : 0u) |
+                                (_data.mf_isProtected() ? UQQueryData::FLAG_PROTECTED : 0u) |
+                                (_data.mf_isDeletionStarted() ? UQQueryData::FLAG_DELETION_STARTED : 0u);
     line += korhistory::formatFlags(flags);
     line += '\t';
     line += expiry.mf_isSet() ? korhistory::formatTime(expiry.uFileTime) : std::string("-");

@@ -1,4 +1,5 @@
 #include "interfaces/korarchiver.h"
+#include "kor/KorReport.h"
 
 #include "kor/archiver/TextFile.h"
 
@@ -10,12 +11,12 @@
 
 namespace {
 
-std::vector<std::string> splitTabs(const std::string& line) {
+std::vector<std::string> splitTabs(const std::string& _sLine) {
     std::vector<std::string> fields;
     std::size_t start = 0;
     for (;;) {
-        const std::size_t tab = line.find('\t', start);
-        fields.push_back(line.substr(start, tab == std::string::npos ? std::string::npos : tab - start));
+        const std::size_t tab = _sLine.find('\t', start);
+        fields.push_back(_sLine.substr(start, tab == std::string::npos ? std::string::npos : tab - start));
         if (tab == std::string::npos)
             return fields;
         start = tab + 1;
@@ -23,26 +24,26 @@ std::vector<std::string> splitTabs(const std::string& line) {
 }
 
 // Blanks around a field are not part of it.
-std::string trim(const std::string& s) {
-    std::size_t a = 0, b = s.size();
-    while (a < b && s[a] == ' ')
+std::string trim(const std::string& _sS) {
+    std::size_t a = 0, b = _sS.size();
+    while (a < b && _sS[a] == ' ')
         ++a;
-    while (b > a && s[b - 1] == ' ')
+    while (b > a && _sS[b - 1] == ' ')
         --b;
-    return s.substr(a, b - a);
+    return _sS.substr(a, b - a);
 }
 
 // The first character that is neither a blank nor a tab; 0 for a blank line.
-char firstNonBlank(const std::string& line) {
-    const std::size_t i = line.find_first_not_of(" \t");
-    return i == std::string::npos ? '\0' : line[i];
+char firstNonBlank(const std::string& _sLine) {
+    const std::size_t i = _sLine.find_first_not_of(" \t");
+    return i == std::string::npos ? '\0' : _sLine[i];
 }
 
 // Control characters other than the tab (a lone CR among them) have no place in a listing line: the
 // position of the first one, or npos.
-std::size_t findControlCharacter(const std::string& line) {
-    for (std::size_t i = 0; i < line.size(); ++i) {
-        const unsigned char u = static_cast<unsigned char>(line[i]);
+std::size_t findControlCharacter(const std::string& _sLine) {
+    for (std::size_t i = 0; i < _sLine.size(); ++i) {
+        const unsigned char u = static_cast<unsigned char>(_sLine[i]);
         if ((u < 0x20 && u != '\t') || u == 0x7F)
             return i;
     }
@@ -52,12 +53,12 @@ std::size_t findControlCharacter(const std::string& line) {
 enum class VersionParse { Ok, NotANumber, TooLarge };
 
 // Decimal digits only; leading zeros are allowed, values above 2^32 - 1 are not.
-VersionParse parseVersion(const std::string& text, std::uint32_t& version) {
-    if (text.empty())
+VersionParse parseVersion(const std::string& _sText, std::uint32_t& _ruVersion) {
+    if (_sText.empty())
         return VersionParse::NotANumber;
     std::uint64_t v = 0;
     bool tooLarge = false;
-    for (char c : text) {
+    for (char c : _sText) {
         if (c < '0' || c > '9')
             return VersionParse::NotANumber;
         if (!tooLarge) {
@@ -67,20 +68,21 @@ VersionParse parseVersion(const std::string& text, std::uint32_t& version) {
     }
     if (tooLarge)
         return VersionParse::TooLarge;
-    version = static_cast<std::uint32_t>(v);
+    _ruVersion = static_cast<std::uint32_t>(v);
     return VersionParse::Ok;
 }
 
-UQErrno lineError(const CString& name, std::uint32_t line, const wchar_t* what, const std::string& value) {
+UQErrno lineError(const CString& _sName, std::uint32_t _uLine, const wchar_t* _pszWhat,
+                  const std::string& _sValue) {
     CString detail;
-    detail.Format(L"%s:%lu: %s '%s'", name, line, what, CString::FromUtf8(kortext::echoed(value)));
+    detail.Format(L"%s:%lu: %s '%s'", _sName, _uLine, _pszWhat, CString::FromUtf8(kortext::echoed(_sValue)));
     return UQErrno(UQErrnoData(UQErrno::_E_::Format), detail);
 }
 
 } // namespace
 
-UQListingReader::Result UQListingReader::mf_readText(const std::string& text, const CString& name,
-                                                     UVListingFileReader& listener) {
+UQListingReader::Result UQListingReader::mf_readText(const std::string& _utf8Text, const CString& _sName,
+                                                     UVListingFileReader& _rListener) {
     static const wchar_t* const _sFunction_ = L"UQListingReader::mf_readText";
     Result result;
     std::size_t start = 0;
@@ -89,10 +91,11 @@ UQListingReader::Result UQListingReader::mf_readText(const std::string& text, co
     // repeated one into the item silently.
     std::unordered_map<std::string, std::uint32_t> firstLines;
     const CString stubText = UQString(UQErrno::_I_::StubFile.mf_getMessageNumber());
-    while (start < text.size()) {
-        const std::size_t end = text.find('\n', start);
-        std::string line = text.substr(start, end == std::string::npos ? std::string::npos : end - start);
-        start = end == std::string::npos ? text.size() : end + 1;
+    while (start < _utf8Text.size()) {
+        const std::size_t end = _utf8Text.find('\n', start);
+        std::string line =
+            _utf8Text.substr(start, end == std::string::npos ? std::string::npos : end - start);
+        start = end == std::string::npos ? _utf8Text.size() : end + 1;
         ++lineNumber;
         if (!line.empty() && line.back() == '\r')
             line.pop_back();
@@ -102,7 +105,7 @@ UQListingReader::Result UQListingReader::mf_readText(const std::string& text, co
             continue;
         // A listing written in another encoding would give paths that name no file.
         if (!kortext::isUtf8(line)) {
-            result.errors.push_back(lineError(name, lineNumber, L"invalid UTF-8 in", line));
+            result.errors.push_back(lineError(_sName, lineNumber, L"invalid UTF-8 in", line));
             continue;
         }
         const std::size_t control = findControlCharacter(line);
@@ -114,25 +117,25 @@ UQListingReader::Result UQListingReader::mf_readText(const std::string& text, co
             std::string shown = line;
             for (std::size_t i = control; i < shown.size(); i = findControlCharacter(shown))
                 shown[i] = '?';
-            result.errors.push_back(lineError(name, lineNumber, what, shown));
+            result.errors.push_back(lineError(_sName, lineNumber, what, shown));
             continue;
         }
         const std::vector<std::string> fields = splitTabs(line);
         if (fields.size() < 3 || fields.size() > 4) {
             result.errors.push_back(
-                lineError(name, lineNumber, L"expected 3 or 4 tab-separated fields in", line));
+                lineError(_sName, lineNumber, L"expected 3 or 4 tab-separated fields in", line));
             continue;
         }
         const std::string path = trim(fields[0]);
         std::uint32_t version = 0;
         if (path.empty()) {
-            result.errors.push_back(lineError(name, lineNumber, L"empty path in", line));
+            result.errors.push_back(lineError(_sName, lineNumber, L"empty path in", line));
             continue;
         }
         const VersionParse parsed = parseVersion(trim(fields[1]), version);
         if (parsed != VersionParse::Ok) {
             result.errors.push_back(lineError(
-                name, lineNumber,
+                _sName, lineNumber,
                 parsed == VersionParse::TooLarge ? L"version number out of range" : L"bad version number",
                 fields[1]));
             continue;
@@ -140,8 +143,8 @@ UQListingReader::Result UQListingReader::mf_readText(const std::string& text, co
         const auto known = firstLines.emplace(path + '\t' + std::to_string(version), lineNumber);
         if (!known.second) {
             CString detail;
-            detail.Format(L"%s:%lu: version %lu of this path is already listed on line %lu", name, lineNumber,
-                          version, known.first->second);
+            detail.Format(L"%s:%lu: version %lu of this path is already listed on line %lu", _sName,
+                          lineNumber, version, known.first->second);
             result.errors.push_back(UQErrno(UQErrnoData(UQErrno::_E_::Format), detail));
             continue;
         }
@@ -157,50 +160,46 @@ UQListingReader::Result UQListingReader::mf_readText(const std::string& text, co
             resultText = stubText;
         } else if (status == "warning" || status == "failed") {
             if (given.IsEmpty()) {
-                result.errors.push_back(lineError(name, lineNumber, L"no result text for status", status));
+                result.errors.push_back(lineError(_sName, lineNumber, L"no result text for status", status));
                 continue;
             }
             severity = status == "warning" ? UQSeverity::Warning : UQSeverity::Error;
             resultText = given;
         } else {
-            result.errors.push_back(lineError(name, lineNumber, L"unknown status", status));
+            result.errors.push_back(lineError(_sName, lineNumber, L"unknown status", status));
             continue;
         }
         try {
-            listener.mf_onMigrationEntry(lineNumber, UQFileTime(0), CString::FromUtf8(path), version,
-                                         resultText, severity);
+            _rListener.mf_onMigrationEntry(lineNumber, UQFileTime(0), CString::FromUtf8(path), version,
+                                           resultText, severity);
             ++result.uEntries;
         } catch (const UQErrno& e) {
             CString detail;
-            detail.Format(L"%s:%lu: entry refused: %s", name, lineNumber, e.mf_toString());
+            detail.Format(L"%s:%lu: entry refused: %s", _sName, lineNumber, e.mf_toString());
             result.errors.push_back(UQErrno(e.mf_getData(), detail));
         }
     }
     for (const UQErrno& e : result.errors) {
-        UQThreadContext::mf_setLoggingLanguage();
-        UQLog::mf_writeMessage(UQLogData::LEVEL_W, _sFunction_, L"Listing line skipped: %s",
-                               e.mf_getDetail());
+        UQKorReport::mf_log(UQLogData::LEVEL_W, _sFunction_, L"Listing line skipped: %s", e.mf_getDetail());
     }
     return result;
 }
 
-UQListingReader::Result UQListingReader::mf_read(const CString& file, UVListingFileReader& listener) {
+UQListingReader::Result UQListingReader::mf_read(const CString& _sFile, UVListingFileReader& _rListener) {
     static const wchar_t* const _sFunction_ = L"UQListingReader::mf_read";
-    FILE* f = kortext::openForReading(file, _sFunction_, L"listing file");
+    UQStdFile f(kortext::openForReading(_sFile, _sFunction_, L"listing file"));
     std::string text;
     char buffer[65536];
     std::size_t n;
-    while ((n = std::fread(buffer, 1, sizeof buffer, f)) > 0)
+    while ((n = std::fread(buffer, 1, sizeof buffer, f.mf_get())) > 0)
         text.append(buffer, n);
     // Set by the read that failed, the last call before.
     const int readError = errno;
-    const bool failed = std::ferror(f) != 0;
-    std::fclose(f);
-    if (failed) {
-        UQThreadContext::mf_setLoggingLanguage();
-        UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_, L"Failure reading listing file '%s'", file);
-        const CString detail = kortext::readErrorDetail(file, readError);
-        throw UQErrno(UQErrnoData(UQErrno::_E_::File), detail);
-    }
-    return mf_readText(text, file, listener);
+    const bool failed = std::ferror(f.mf_get()) != 0;
+    f.mf_reset();
+    if (failed)
+        UQKorReport::mf_fail(
+            UQErrno(UQErrnoData(UQErrno::_E_::File), kortext::readErrorDetail(_sFile, readError)),
+            _sFunction_, L"Failure reading listing file '%s'", _sFile);
+    return mf_readText(text, _sFile, _rListener);
 }

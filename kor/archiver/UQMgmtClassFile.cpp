@@ -1,9 +1,11 @@
 #include "interfaces/korarchiver.h"
 
+#include "kor/KorReport.h"
 #include "kor/archiver/TextFile.h"
 
 #include "SampleMgmtClassText.h"
 
+#include <cerrno>
 #include <map>
 
 namespace {
@@ -163,7 +165,7 @@ private:
 const wchar_t* const UQMgmtClassFile::SAMPLE_NAME = L"<sample mgmtclasses.txt>";
 
 const char* UQMgmtClassFile::mf_getSampleText() noexcept {
-    return reinterpret_cast<const char*>(kSampleMgmtClasses);
+    return reinterpret_cast<const char*>(SAMPLE_MGMT_CLASSES);
 }
 
 UQMgmtClassFile::Result UQMgmtClassFile::mf_readText(const std::string& _utf8Text, const CString& _sName) {
@@ -189,21 +191,17 @@ UQMgmtClassFile::Result UQMgmtClassFile::mf_readText(const std::string& _utf8Tex
 
 UQMgmtClassFile::Result UQMgmtClassFile::mf_read(const CString& _sFile) {
     static const wchar_t* const _sFunction_ = L"UQMgmtClassFile::mf_read";
-    FILE* pFile = kortext::openForReading(_sFile, _sFunction_, L"management class file");
+    const UQStdFile file(kortext::openForReading(_sFile, _sFunction_, L"management class file"));
     std::string sText;
     char buffer[65536];
     std::size_t nRead;
-    while ((nRead = std::fread(buffer, 1, sizeof buffer, pFile)) > 0)
+    while ((nRead = std::fread(buffer, 1, sizeof buffer, file.mf_get())) > 0)
         sText.append(buffer, nRead);
-    const bool bFailed = std::ferror(pFile) != 0;
-    std::fclose(pFile);
-    if (bFailed) {
-        CString sDetail;
-        sDetail.Format(L"%s: read error", _sFile);
-        UQThreadContext::mf_setLoggingLanguage();
-        UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_, L"Failure reading management class file '%s'",
-                               _sFile);
-        throw UQErrno(UQErrnoData(UQErrno::_E_::File), sDetail);
-    }
+    // Set by the read that failed, the last call before.
+    const int nReadError = errno;
+    if (std::ferror(file.mf_get()) != 0)
+        UQKorReport::mf_fail(
+            UQErrno(UQErrnoData(UQErrno::_E_::File), kortext::readErrorDetail(_sFile, nReadError)),
+            _sFunction_, L"Failure reading management class file '%s'", _sFile);
     return mf_readText(sText, _sFile);
 }

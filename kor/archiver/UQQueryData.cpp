@@ -1,4 +1,5 @@
 #include "interfaces/korarchiver.h"
+#include "kor/KorReport.h"
 
 #include "kor/archiver/HistoryText.h"
 
@@ -8,38 +9,33 @@
 
 namespace {
 
-template <class... A>
-void logError(const wchar_t* function, const wchar_t* format, const A&... args) noexcept {
-    UQThreadContext::mf_setLoggingLanguage();
-    UQLog::mf_writeMessage(UQLogData::LEVEL_E, function, format, args...);
-}
-
 // Top-down merge sort with a buffer of half the range. Stable, and it only moves plain values, so the
 // order is all that can change; the comparisons never throw.
-template <class T, class Less> void mergeSort(T* items, std::size_t count, T* buffer, const Less& less) {
-    if (count <= 16) {
-        for (std::size_t i = 1; i < count; ++i) {
-            const T item = items[i];
+template <class T, class Less>
+void mergeSort(T* _pItems, std::size_t _nCount, T* _pBuffer, const Less& _less) {
+    if (_nCount <= 16) {
+        for (std::size_t i = 1; i < _nCount; ++i) {
+            const T item = _pItems[i];
             std::size_t j = i;
-            for (; j > 0 && less(item, items[j - 1]); --j)
-                items[j] = items[j - 1];
-            items[j] = item;
+            for (; j > 0 && _less(item, _pItems[j - 1]); --j)
+                _pItems[j] = _pItems[j - 1];
+            _pItems[j] = item;
         }
         return;
     }
-    const std::size_t half = count / 2;
-    mergeSort(items, half, buffer, less);
-    mergeSort(items + half, count - half, buffer, less);
-    if (!less(items[half], items[half - 1]))
+    const std::size_t half = _nCount / 2;
+    mergeSort(_pItems, half, _pBuffer, _less);
+    mergeSort(_pItems + half, _nCount - half, _pBuffer, _less);
+    if (!_less(_pItems[half], _pItems[half - 1]))
         return;
-    std::copy(items, items + half, buffer);
-    const T* left = buffer;
-    const T* const leftEnd = buffer + half;
-    const T* right = items + half;
-    const T* const end = items + count;
-    T* out = items;
+    std::copy(_pItems, _pItems + half, _pBuffer);
+    const T* left = _pBuffer;
+    const T* const leftEnd = _pBuffer + half;
+    const T* right = _pItems + half;
+    const T* const end = _pItems + _nCount;
+    T* out = _pItems;
     while (left < leftEnd && right < end)
-        *out++ = less(*right, *left) ? *right++ : *left++;
+        *out++ = _less(*right, *left) ? *right++ : *left++;
     while (left < leftEnd)
         *out++ = *left++;
 }
@@ -47,17 +43,19 @@ template <class T, class Less> void mergeSort(T* items, std::size_t count, T* bu
 // A buffer of plain values from UQAllocation; no memory logs and throws _E_::Memory.
 template <class T> class SortBuffer {
 public:
-    SortBuffer(std::size_t count, const wchar_t* function) : m_p(nullptr) {
-        if (count == 0)
+    SortBuffer(std::size_t _nCount, const wchar_t* _pszFunction) : m_p(nullptr) {
+        if (_nCount == 0)
             return;
-        if (count > SIZE_MAX / sizeof(T)) {
-            logError(function, L"No memory for %I64u sort entries", static_cast<std::uint64_t>(count));
+        if (_nCount > SIZE_MAX / sizeof(T)) {
+            UQKorReport::mf_log(UQLogData::LEVEL_E, _pszFunction, L"No memory for %I64u sort entries",
+                                static_cast<std::uint64_t>(_nCount));
             throw UQErrno(UQErrno::_E_::Memory);
         }
-        m_p = static_cast<T*>(UQAllocation::mf_allocate(count * sizeof(T)));
+        m_p = static_cast<T*>(UQAllocation::mf_allocate(_nCount * sizeof(T)));
         if (m_p == nullptr) {
-            logError(function, L"No memory for %I64u sort entries (%I64u bytes)",
-                     static_cast<std::uint64_t>(count), static_cast<std::uint64_t>(count * sizeof(T)));
+            UQKorReport::mf_log(
+                UQLogData::LEVEL_E, _pszFunction, L"No memory for %I64u sort entries (%I64u bytes)",
+                static_cast<std::uint64_t>(_nCount), static_cast<std::uint64_t>(_nCount * sizeof(T)));
             throw UQErrno(UQErrno::_E_::Memory);
         }
     }
@@ -77,58 +75,56 @@ struct KeyedItem {
 };
 
 template <class Less>
-void sortItems(UVQueryItem** items, INT_PTR count, const wchar_t* function, const Less& less) {
-    if (items == nullptr || count < 2)
+void sortItems(UVQueryItem** _pItems, INT_PTR _nCount, const wchar_t* _pszFunction, const Less& _less) {
+    if (_pItems == nullptr || _nCount < 2)
         return;
-    const std::size_t n = static_cast<std::size_t>(count);
+    const std::size_t n = static_cast<std::size_t>(_nCount);
     // One allocation for the keyed items and the merge buffer behind them.
-    SortBuffer<KeyedItem> buffer(n + n / 2, function);
+    SortBuffer<KeyedItem> buffer(n + n / 2, _pszFunction);
     KeyedItem* keyed = buffer.get();
     for (std::size_t i = 0; i < n; ++i)
-        keyed[i] = KeyedItem{&items[i]->mf_getQueryData(), items[i]};
-    mergeSort(keyed, n, keyed + n, less);
+        keyed[i] = KeyedItem{&_pItems[i]->mf_getQueryData(), _pItems[i]};
+    mergeSort(keyed, n, keyed + n, _less);
     for (std::size_t i = 0; i < n; ++i)
-        items[i] = keyed[i].pItem;
+        _pItems[i] = keyed[i].pItem;
 }
 
 } // namespace
 
-UQQueryData::UQQueryData(const CString& objectPath, const CString& filePath, std::uint32_t version,
-                         const UQFileTime& lastWriteTime, const UQFileSize& size, std::uint32_t flags,
-                         const UQExpiryTime& expiry, const AccessKey& access)
-    : m_objectPath(objectPath),
-      m_filePath(filePath.IsEmpty() || filePath.GetString() == objectPath.GetString() ||
-                         filePath == objectPath
-                     ? objectPath
-                     : filePath),
-      m_uVersion(version), m_uFlags(flags & FLAG_ALL), m_lastWriteTime(lastWriteTime), m_size(size),
-      m_expiry(expiry), m_access(access) {}
+UQQueryData::UQQueryData(const CString& _sObjectPath, const CString& _sFilePath, std::uint32_t _uVersion,
+                         const UQFileTime& _lastWriteTime, const UQFileSize& _size, std::uint32_t _uFlags,
+                         const UQExpiryTime& _expiry, const AccessKey& _access)
+    : m_objectPath(_sObjectPath),
+      m_filePath(_sFilePath.IsEmpty() || _sFilePath.GetString() == _sObjectPath.GetString() ||
+                         _sFilePath == _sObjectPath
+                     ? _sObjectPath
+                     : _sFilePath),
+      m_uVersion(_uVersion), m_uFlags(_uFlags & FLAG_ALL), m_lastWriteTime(_lastWriteTime), m_size(_size),
+      m_expiry(_expiry), m_access(_access) {}
 
-UQQueryData::UQQueryData(const UQQueryData& other) = default;
+UQQueryData::UQQueryData(const UQQueryData& _other) = default;
 
-UQQueryData& UQQueryData::operator=(const UQQueryData& other) = default;
+UQQueryData& UQQueryData::operator=(const UQQueryData& _other) = default;
 
 UQQueryData::~UQQueryData() = default;
 
-void* UQQueryData::operator new(std::size_t bytes) {
-    void* memory = UQAllocation::mf_allocate(bytes);
-    if (memory == nullptr)
-        throw std::bad_alloc();
-    return memory;
+void* UQQueryData::operator new(std::size_t _nBytes) {
+    return UQAllocation::mf_allocateOrThrow(_nBytes);
 }
 
-void UQQueryData::operator delete(void* p) noexcept {
-    UQAllocation::mf_free(p);
+void UQQueryData::operator delete(void* _p) noexcept {
+    UQAllocation::mf_free(_p);
 }
 
 UQQueryData* UQQueryData::mf_clone() const {
     static const wchar_t* const _sFunction_ = L"UQQueryData::mf_clone";
-    void* memory = UQAllocation::mf_allocate(sizeof(UQQueryData));
-    if (memory == nullptr) {
-        logError(_sFunction_, L"No memory to clone query data:\r\n%s%s", UQLog::TAB, mf_toString());
+    UQQueryData* pClone = UQAllocation::mf_create<UQQueryData>(*this);
+    if (pClone == nullptr) {
+        UQKorReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"No memory to clone query data:\r\n%s%s",
+                            UQLog::TAB, mf_toString());
         throw UQErrno(UQErrno::_E_::Memory);
     }
-    return new (memory) UQQueryData(*this);
+    return pClone;
 }
 
 std::uint32_t UQQueryData::mf_getVersion() const {
@@ -182,50 +178,50 @@ CString UQQueryData::mf_getPathDisplayString() const {
     return UQPath::mf_getUNCPath(m_filePath);
 }
 
-void UQQueryData::mf_sortByPathAndVersion(int bPathAscending, int bVersionAscending,
-                                          UQArray<UQQueryData*, UQQueryData*>& data) {
+void UQQueryData::mf_sortByPathAndVersion(int _bPathAscending, int _bVersionAscending,
+                                          UQArray<UQQueryData*, UQQueryData*>& _rData) {
     static const wchar_t* const _sFunction_ = L"UQQueryData::mf_sortByPathAndVersion::1";
-    const INT_PTR count = data.GetSize();
+    const INT_PTR count = _rData.GetSize();
     if (count < 2)
         return;
-    const auto less = [bPathAscending, bVersionAscending](const UQQueryData* a,
-                                                          const UQQueryData* b) noexcept {
-        if (a == nullptr || b == nullptr)
-            return a != nullptr && b == nullptr;
-        const int c = UQPath::mf_compare(a->m_objectPath, b->m_objectPath);
+    const auto less = [_bPathAscending, _bVersionAscending](const UQQueryData* _pA,
+                                                            const UQQueryData* _pB) noexcept {
+        if (_pA == nullptr || _pB == nullptr)
+            return _pA != nullptr && _pB == nullptr;
+        const int c = UQPath::mf_compare(_pA->m_objectPath, _pB->m_objectPath);
         if (c != 0)
-            return bPathAscending ? c < 0 : c > 0;
-        return bVersionAscending ? a->m_uVersion < b->m_uVersion : a->m_uVersion > b->m_uVersion;
+            return _bPathAscending ? c < 0 : c > 0;
+        return _bVersionAscending ? _pA->m_uVersion < _pB->m_uVersion : _pA->m_uVersion > _pB->m_uVersion;
     };
     SortBuffer<UQQueryData*> buffer(static_cast<std::size_t>(count) / 2, _sFunction_);
-    mergeSort(data.GetData(), static_cast<std::size_t>(count), buffer.get(), less);
+    mergeSort(_rData.GetData(), static_cast<std::size_t>(count), buffer.get(), less);
 }
 
-void UQQueryData::mf_sortByPathAndVersion(int bPathAscending, int bVersionAscending, UVQueryItem** items,
-                                          INT_PTR count) {
+void UQQueryData::mf_sortByPathAndVersion(int _bPathAscending, int _bVersionAscending, UVQueryItem** _ppItems,
+                                          INT_PTR _nCount) {
     static const wchar_t* const _sFunction_ = L"UQQueryData::mf_sortByPathAndVersion::2";
-    sortItems(items, count, _sFunction_,
-              [bPathAscending, bVersionAscending](const KeyedItem& a, const KeyedItem& b) noexcept {
-                  const int c = UQPath::mf_compare(a.pData->m_objectPath, b.pData->m_objectPath);
+    sortItems(_ppItems, _nCount, _sFunction_,
+              [_bPathAscending, _bVersionAscending](const KeyedItem& _a, const KeyedItem& _b) noexcept {
+                  const int c = UQPath::mf_compare(_a.pData->m_objectPath, _b.pData->m_objectPath);
                   if (c != 0)
-                      return bPathAscending ? c < 0 : c > 0;
-                  return bVersionAscending ? a.pData->m_uVersion < b.pData->m_uVersion
-                                           : a.pData->m_uVersion > b.pData->m_uVersion;
+                      return _bPathAscending ? c < 0 : c > 0;
+                  return _bVersionAscending ? _a.pData->m_uVersion < _b.pData->m_uVersion
+                                            : _a.pData->m_uVersion > _b.pData->m_uVersion;
               });
 }
 
-void UQQueryData::mf_sortByAccessOrder(UVQueryItem** items, INT_PTR count) {
+void UQQueryData::mf_sortByAccessOrder(UVQueryItem** _ppItems, INT_PTR _nCount) {
     static const wchar_t* const _sFunction_ = L"UQQueryData::mf_sortByAccessOrder";
-    sortItems(items, count, _sFunction_, [](const KeyedItem& a, const KeyedItem& b) noexcept {
-        const AccessKey& x = a.pData->m_access;
-        const AccessKey& y = b.pData->m_access;
+    sortItems(_ppItems, _nCount, _sFunction_, [](const KeyedItem& _a, const KeyedItem& _b) noexcept {
+        const AccessKey& x = _a.pData->m_access;
+        const AccessKey& y = _b.pData->m_access;
         if (x.uVolume != y.uVolume)
             return x.uVolume < y.uVolume;
         if (x.uPosition != y.uPosition)
             return x.uPosition < y.uPosition;
-        const int c = UQPath::mf_compare(a.pData->m_objectPath, b.pData->m_objectPath);
+        const int c = UQPath::mf_compare(_a.pData->m_objectPath, _b.pData->m_objectPath);
         if (c != 0)
             return c < 0;
-        return a.pData->m_uVersion < b.pData->m_uVersion;
+        return _a.pData->m_uVersion < _b.pData->m_uVersion;
     });
 }

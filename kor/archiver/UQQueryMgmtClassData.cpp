@@ -1,5 +1,6 @@
 #include "interfaces/korarchiver.h"
 
+#include "kor/KorReport.h"
 UQQueryMgmtClassData::UQQueryMgmtClassData(const CString& _sName, const CString& _sDescription,
                                            const UQAttributeList& _attributes,
                                            const UQSeverity& _commentSeverity, const CString& _sComment,
@@ -15,10 +16,8 @@ UQSeverity UQQueryMgmtClassData::mf_queryUserComment(CString& _rsComment, int _b
     if (m_eCommentState == COMMENT_UNAVAILABLE) {
         CString sDetail;
         sDetail.Format(L"The server keeps no comment for management class '%s'", m_sName);
-        UQThreadContext::mf_setLoggingLanguage();
-        UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_,
-                               L"Failure querying comment of management class '%s'", m_sName);
-        throw UQErrno(UQErrnoData(UQErrno::_E_::Resource), sDetail);
+        UQKorReport::mf_fail(UQErrno(UQErrnoData(UQErrno::_E_::Resource), sDetail), _sFunction_,
+                             L"Failure querying comment of management class '%s'", m_sName);
     }
     _rsComment = m_sComment;
     return m_commentSeverity;

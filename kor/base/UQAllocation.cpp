@@ -1,6 +1,7 @@
-#include "interfaces/korbase.h"
+#include "interfaces/korbase_testing.h"
 
 #include <cstdlib>
+#include <new>
 
 namespace {
 // Per thread, so that a test's injection never hits another thread's allocations.
@@ -8,7 +9,7 @@ thread_local int t_failAfter = -1;
 thread_local const UQErrnoValue* t_error = nullptr;
 } // namespace
 
-void* UQAllocation::mf_allocate(std::size_t n) {
+void* UQAllocation::mf_allocate(std::size_t _nBytes) {
     if (t_failAfter >= 0) {
         if (t_failAfter == 0) {
             t_failAfter = -1;
@@ -20,24 +21,31 @@ void* UQAllocation::mf_allocate(std::size_t n) {
         }
         --t_failAfter;
     }
-    return std::malloc(n == 0 ? 1 : n);
+    return std::malloc(_nBytes == 0 ? 1 : _nBytes);
 }
 
-void UQAllocation::mf_free(void* p) noexcept {
-    std::free(p);
+void UQAllocation::mf_free(void* _p) noexcept {
+    std::free(_p);
 }
 
-void UQAllocation::mf_injectFailure(int after) noexcept {
-    t_failAfter = after;
+void* UQAllocation::mf_allocateOrThrow(std::size_t _nBytes) {
+    void* pMemory = mf_allocate(_nBytes);
+    if (pMemory == nullptr)
+        throw std::bad_alloc();
+    return pMemory;
+}
+
+void UQAllocationInjection::mf_injectFailure(int _nAfter) noexcept {
+    t_failAfter = _nAfter;
     t_error = nullptr;
 }
 
-void UQAllocation::mf_injectError(int after, const UQErrnoValue& value) noexcept {
-    t_failAfter = after;
-    t_error = &value;
+void UQAllocationInjection::mf_injectError(int _nAfter, const UQErrnoValue& _value) noexcept {
+    t_failAfter = _nAfter;
+    t_error = &_value;
 }
 
-void UQAllocation::mf_clearInjection() noexcept {
+void UQAllocationInjection::mf_clearInjection() noexcept {
     t_failAfter = -1;
     t_error = nullptr;
 }

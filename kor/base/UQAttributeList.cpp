@@ -1,6 +1,6 @@
 #include "interfaces/korbase.h"
 
-#include "kor/base/KorReport.h"
+#include "kor/KorReport.h"
 
 UQAttributeList::UQAttributeList(const UQAttributeList& _other) : UQArray<UQAttribute*, UQAttribute*>() {
     *this = _other;
@@ -20,13 +20,7 @@ UQAttributeList::~UQAttributeList() {
 }
 
 void UQAttributeList::mf_addAttribute(const CString& _sKey, const CString& _sValue) {
-    UQAttribute* record = new UQAttribute{_sKey, _sValue};
-    try {
-        Add(record);
-    } catch (...) {
-        delete record;
-        throw;
-    }
+    UQAllocation::mf_appendOrDelete(*this, new UQAttribute{_sKey, _sValue});
 }
 
 CString& UQAttributeList::mf_getAttributeValue(const CString& _sKey) {
@@ -36,7 +30,8 @@ CString& UQAttributeList::mf_getAttributeValue(const CString& _sKey) {
         if (record != nullptr && record->m_sKey.Compare(_sKey) == 0)
             return record->m_sValue;
     }
-    korreport::fail(UQErrno::_E_::ItemNotFound, _sFunction_, L"Attribute key='%s' not found", _sKey);
+    UQKorReport::mf_fail(UQErrno(UQErrno::_E_::ItemNotFound), _sFunction_, L"Attribute key='%s' not found",
+                         _sKey);
 }
 
 void UQAttributeList::mf_clear() noexcept {

@@ -27,11 +27,12 @@ struct UQCancelSwitch::Shared {
 
 UQCancelSwitch::UQCancelSwitch() : m_pShared(new Shared) {}
 
-UQCancelSwitch::UQCancelSwitch(const UQCancelSwitch& other) noexcept : m_pShared(other.m_pShared->retain()) {}
+UQCancelSwitch::UQCancelSwitch(const UQCancelSwitch& _other) noexcept
+    : m_pShared(_other.m_pShared->retain()) {}
 
-UQCancelSwitch& UQCancelSwitch::operator=(const UQCancelSwitch& other) noexcept {
+UQCancelSwitch& UQCancelSwitch::operator=(const UQCancelSwitch& _other) noexcept {
     Shared* previous = m_pShared;
-    m_pShared = other.m_pShared->retain();
+    m_pShared = _other.m_pShared->retain();
     previous->release();
     return *this;
 }
@@ -58,16 +59,16 @@ int UQCancelSwitch::mf_implTryCancel() noexcept {
     }
 }
 
-int UQCancelSwitch::mf_implTryCancel(const UQErrnoData& reason) noexcept {
+int UQCancelSwitch::mf_implTryCancel(const UQErrnoData& _reason) noexcept {
     try {
-        // The reason waits beside the flag for the virtual cancel, which takes it when it sets the flag;
+        // The _reason waits beside the flag for the virtual cancel, which takes it when it sets the flag;
         // the mutex is not held across the virtual call, which a derived switch may extend.
         std::lock_guard<std::mutex> lock(m_pShared->pendingMutex);
         {
             std::lock_guard<std::mutex> inner(m_pShared->mutex);
             if (m_pShared->bCancelled.load(std::memory_order_relaxed))
                 return 0;
-            m_pShared->pendingReason = reason;
+            m_pShared->pendingReason = _reason;
         }
         const int cancelled = mf_implTryCancel();
         std::lock_guard<std::mutex> inner(m_pShared->mutex);
@@ -91,14 +92,14 @@ int UQCancelSwitch::mf_isCancelled() const noexcept {
     return m_pShared->bCancelled.load(std::memory_order_acquire);
 }
 
-int UQCancelSwitch::mf_waitCancelled(DWORD milliseconds) const noexcept {
+int UQCancelSwitch::mf_waitCancelled(DWORD _dwMilliseconds) const noexcept {
     try {
         std::unique_lock<std::mutex> lock(m_pShared->mutex);
         const auto cancelled = [this] { return m_pShared->bCancelled.load(std::memory_order_acquire); };
-        if (milliseconds == INFINITE)
+        if (_dwMilliseconds == INFINITE)
             m_pShared->cond.wait(lock, cancelled);
         else
-            m_pShared->cond.wait_for(lock, std::chrono::milliseconds(milliseconds), cancelled);
+            m_pShared->cond.wait_for(lock, std::chrono::milliseconds(_dwMilliseconds), cancelled);
     } catch (...) {
     }
     return mf_isCancelled();

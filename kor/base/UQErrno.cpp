@@ -28,19 +28,19 @@ const UQErrnoValue UQErrno::_I_::StubFile(L'I', L"_I_::StubFile", 1080);
 
 namespace {
 
-CString catalogueText(unsigned number) {
+CString catalogueText(unsigned _uNumber) {
     try {
-        return UQString(number);
+        return UQString(_uNumber);
     } catch (const UQErrno&) {
         CString s;
-        s.Format(L"Message %u", number);
+        s.Format(L"Message %u", _uNumber);
         return s;
     }
 }
 
 #if !defined(_WIN32)
-const wchar_t* nativeSystemMessage(std::uint32_t n) {
-    switch (n) {
+const wchar_t* nativeSystemMessage(std::uint32_t _uN) {
+    switch (_uN) {
     case 0:
         return L"The operation completed successfully.";
     case 1:
@@ -90,14 +90,14 @@ UQSeverity UQErrnoValue::mf_getSeverity() const noexcept {
                                : (m_cSeverity == L'W' ? UQSeverity::Warning : UQSeverity::Info);
 }
 
-UQErrno::UQErrno(const UQErrnoValue& value) : m_data(value), m_uSystemError(0) {}
-UQErrno::UQErrno(const UQErrnoData& data) : m_data(data), m_uSystemError(0) {}
-UQErrno::UQErrno(const UQErrnoData& data, std::uint32_t systemError)
-    : m_data(data), m_uSystemError(systemError) {}
-UQErrno::UQErrno(const UQErrnoData& data, const CString& detail)
-    : m_data(data), m_uSystemError(0), m_sDetail(detail) {}
-UQErrno::UQErrno(const UQErrno& other) = default;
-UQErrno& UQErrno::operator=(const UQErrno& other) = default;
+UQErrno::UQErrno(const UQErrnoValue& _value) : m_data(_value), m_uSystemError(0) {}
+UQErrno::UQErrno(const UQErrnoData& _data) : m_data(_data), m_uSystemError(0) {}
+UQErrno::UQErrno(const UQErrnoData& _data, std::uint32_t _uSystemError)
+    : m_data(_data), m_uSystemError(_uSystemError) {}
+UQErrno::UQErrno(const UQErrnoData& _data, const CString& _sDetail)
+    : m_data(_data), m_uSystemError(0), m_sDetail(_sDetail) {}
+UQErrno::UQErrno(const UQErrno& _other) = default;
+UQErrno& UQErrno::operator=(const UQErrno& _other) = default;
 UQErrno::~UQErrno() = default;
 
 CString UQErrno::mf_getString() const {
@@ -120,31 +120,31 @@ CString UQErrno::mf_toString() const {
     return s;
 }
 
-CString UQErrno::mf_toGuiMessage(const UQErrnoData& data, const CString& prefix) {
-    const UQErrnoValue* v = data.mf_getValue();
-    CString s(prefix);
+CString UQErrno::mf_toGuiMessage(const UQErrnoData& _data, const CString& _sPrefix) {
+    const UQErrnoValue* v = _data.mf_getValue();
+    CString s(_sPrefix);
     s += v != nullptr ? catalogueText(v->mf_getMessageNumber()) : CString(L"No error.");
     return s;
 }
 
-CString UQErrno::mf_getSystemMessage(std::uint32_t n) {
+CString UQErrno::mf_getSystemMessage(std::uint32_t _uSystemError) {
     CString s;
 #if defined(_WIN32)
     wchar_t* buffer = nullptr;
-    const DWORD len = FormatMessageW(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM |
-                                         FORMAT_MESSAGE_IGNORE_INSERTS,
-                                     nullptr, n, 0, reinterpret_cast<wchar_t*>(&buffer), 0, nullptr);
+    const DWORD len = FormatMessageW(
+        FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
+        _uSystemError, 0, reinterpret_cast<wchar_t*>(&buffer), 0, nullptr);
     if (len > 0 && buffer != nullptr)
         s = CString(buffer, static_cast<int>(len));
     if (buffer != nullptr)
         LocalFree(buffer);
 #else
-    const wchar_t* text = nativeSystemMessage(n);
+    const wchar_t* text = nativeSystemMessage(_uSystemError);
     if (text != nullptr)
         s = text;
 #endif
     s.TrimRight(L"\r\n ");
     if (s.IsEmpty())
-        s.Format(L"Unknown error %lu", n);
+        s.Format(L"Unknown error %lu", _uSystemError);
     return s;
 }

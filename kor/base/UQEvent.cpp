@@ -8,7 +8,7 @@
 // are further up its stack (a listener that unregisters from inside its own mf_onEvent).
 #include "interfaces/korbase.h"
 
-#include "kor/base/KorReport.h"
+#include "kor/KorReport.h"
 
 #include <algorithm>
 #include <condition_variable>
@@ -18,7 +18,7 @@
 #include <vector>
 
 struct UQEventListener::Node {
-    explicit Node(UQEventListener* pListener_, UQEVENT_ID id_) : pListener(pListener_), id(id_) {}
+    explicit Node(UQEventListener* _pListener, UQEVENT_ID _id) : pListener(_pListener), id(_id) {}
     UQEventListener* pListener;
     UQEVENT_ID id;            // under the registry mutex once registered
     bool bRegistered = false; // under the registry mutex
@@ -49,10 +49,10 @@ struct Delivery {
 };
 thread_local Delivery* t_pDeliveries = nullptr;
 
-int ownDeliveries(const void* pNode) noexcept {
+int ownDeliveries(const void* _pNode) noexcept {
     int n = 0;
     for (const Delivery* d = t_pDeliveries; d != nullptr; d = d->pOuter)
-        if (d->pNode == pNode)
+        if (d->pNode == _pNode)
             ++n;
     return n;
 }
@@ -77,25 +77,25 @@ int UQEvent::mf_publish() const {
 // ---------------------------------------------------------------------------------------------------------
 // UQEventListener
 
-UQEventListener::UQEventListener(UQEVENT_ID id) : m_node(std::make_shared<Node>(this, id)) {
+UQEventListener::UQEventListener(UQEVENT_ID _id) : m_node(std::make_shared<Node>(this, _id)) {
     mf_register();
 }
 
-UQEventListener::UQEventListener(UQEVENT_ID id, int bRegister) : m_node(std::make_shared<Node>(this, id)) {
-    if (bRegister)
+UQEventListener::UQEventListener(UQEVENT_ID _id, int _bRegister) : m_node(std::make_shared<Node>(this, _id)) {
+    if (_bRegister)
         mf_register();
 }
 
-UQEventListener::UQEventListener(const UQEventListener& other)
-    : m_node(std::make_shared<Node>(this, other.mf_getEventId())) {
-    if (other.mf_isRegistered())
+UQEventListener::UQEventListener(const UQEventListener& _other)
+    : m_node(std::make_shared<Node>(this, _other.mf_getEventId())) {
+    if (_other.mf_isRegistered())
         mf_register();
 }
 
-UQEventListener& UQEventListener::operator=(const UQEventListener& other) {
-    if (this == &other)
+UQEventListener& UQEventListener::operator=(const UQEventListener& _other) {
+    if (this == &_other)
         return *this;
-    const UQEVENT_ID id = other.mf_getEventId();
+    const UQEVENT_ID id = _other.mf_getEventId();
     const bool bRegistered = mf_isRegistered() != 0;
     mf_unregister();
     {
@@ -162,13 +162,13 @@ void UQEventListener::mf_unregister() noexcept {
 // ---------------------------------------------------------------------------------------------------------
 // UQEventManager
 
-int UQEventManager::mf_publish(const UQEvent& event) {
+int UQEventManager::mf_publish(const UQEvent& _event) {
     static const wchar_t* const _sFunction_ = L"UQEventManager::mf_publish";
     Registry& r = registry();
     std::vector<NodePtr> snapshot;
     {
         std::lock_guard<std::mutex> lock(r.mutex);
-        auto it = r.listeners.find(event.mf_getId());
+        auto it = r.listeners.find(_event.mf_getId());
         if (it == r.listeners.end())
             return 0;
         snapshot = it->second;
@@ -177,7 +177,7 @@ int UQEventManager::mf_publish(const UQEvent& event) {
     for (const NodePtr& node : snapshot) {
         {
             std::lock_guard<std::mutex> lock(r.mutex);
-            if (!node->bRegistered || node->id != event.mf_getId())
+            if (!node->bRegistered || node->id != _event.mf_getId())
                 continue; // unregistered (or moved to another id) since the snapshot
             ++node->nActive;
         }
@@ -185,19 +185,19 @@ int UQEventManager::mf_publish(const UQEvent& event) {
         t_pDeliveries = &frame;
         UQEventListener* pListener = node->pListener;
         try {
-            pListener->mf_onEvent(event);
+            pListener->mf_onEvent(_event);
         } catch (const UQErrno& e) {
-            korreport::log(UQLogData::LEVEL_E, _sFunction_,
-                           L"Failure delivering event to '%s':\r\n%s%s\r\n%s%s", pListener->mf_toString(),
-                           UQLog::TAB, e.mf_toString(), UQLog::TAB, event.mf_toString());
+            UQKorReport::mf_log(
+                UQLogData::LEVEL_E, _sFunction_, L"Failure delivering event to '%s':\r\n%s%s\r\n%s%s",
+                pListener->mf_toString(), UQLog::TAB, e.mf_toString(), UQLog::TAB, _event.mf_toString());
         } catch (const std::exception& e) {
-            korreport::log(UQLogData::LEVEL_E, _sFunction_,
-                           L"Unexpected exception delivering event to '%s': %s", pListener->mf_toString(),
-                           CString::FromUtf8(e.what()));
+            UQKorReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
+                                L"Unexpected exception delivering event to '%s': %s",
+                                pListener->mf_toString(), CString::FromUtf8(e.what()));
         } catch (...) {
-            korreport::log(UQLogData::LEVEL_E, _sFunction_,
-                           L"Unexpected exception delivering event to '%s': unknown type",
-                           pListener->mf_toString());
+            UQKorReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
+                                L"Unexpected exception delivering event to '%s': unknown type",
+                                pListener->mf_toString());
         }
         t_pDeliveries = frame.pOuter;
         ++delivered;
@@ -210,9 +210,9 @@ int UQEventManager::mf_publish(const UQEvent& event) {
     return delivered;
 }
 
-int UQEventManager::mf_getListenerCount(UQEVENT_ID id) {
+int UQEventManager::mf_getListenerCount(UQEVENT_ID _id) {
     Registry& r = registry();
     std::lock_guard<std::mutex> lock(r.mutex);
-    auto it = r.listeners.find(id);
+    auto it = r.listeners.find(_id);
     return it == r.listeners.end() ? 0 : static_cast<int>(it->second.size());
 }

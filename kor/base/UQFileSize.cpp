@@ -7,7 +7,7 @@ CString UQFileSize::mf_toString() const {
 }
 
 CString UQFileSize::mf_toDisplayString() const {
-    static const wchar_t* const kUnits[] = {L"KB", L"MB", L"GB", L"TB"};
+    static const wchar_t* const UNITS[] = {L"KB", L"MB", L"GB", L"TB"};
     // The magnitude as unsigned, so that the smallest value has one too.
     const std::uint64_t bytes = m_nBytes < 0
                                     ? static_cast<std::uint64_t>(0) - static_cast<std::uint64_t>(m_nBytes)
@@ -32,6 +32,6 @@ CString UQFileSize::mf_toDisplayString() const {
         ++unit;
         tenths = bytes / divisor * 10 + ((bytes % divisor) * 10 + divisor / 2) / divisor;
     }
-    s.Format(L"%s%I64u.%I64u %s", sign, tenths / 10, tenths % 10, kUnits[unit]);
+    s.Format(L"%s%I64u.%I64u %s", sign, tenths / 10, tenths % 10, UNITS[unit]);
     return s;
 }

@@ -1,4 +1,5 @@
 #include "interfaces/korbase.h"
+#include "kor/KorReport.h"
 
 #include <mutex>
 #include <utility>
@@ -6,7 +7,7 @@
 
 namespace {
 
-const wchar_t* const kFallbackModule = L"korlang_en.dll";
+const wchar_t* const FALLBACK_MODULE = L"korlang_en.dll";
 
 // Loaded modules by file name; they stay loaded for the life of the process, as dialogs and icons taken
 // from them may live that long.
@@ -44,7 +45,7 @@ CString moduleFileName(const CString& directory, unsigned long language) {
         if (GetFileAttributesW(directory + name) != INVALID_FILE_ATTRIBUTES)
             return name;
     }
-    return kFallbackModule;
+    return FALLBACK_MODULE;
 }
 
 } // namespace
@@ -81,10 +82,8 @@ HMODULE UQLanguage::mf_getLanguageHandle(unsigned long _uLanguage) noexcept {
     }
     try {
         const UQErrno failure(UQErrnoData(UQErrno::_E_::Resource), static_cast<std::uint32_t>(error));
-        UQThreadContext::mf_setLoggingLanguage();
-        UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_,
-                               L"Failure loading language module '%s':\r\n%s%s", path, UQLog::TAB,
-                               failure.mf_toString());
+        UQKorReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure loading language module '%s':\r\n%s%s",
+                            path, UQLog::TAB, failure.mf_toString());
     } catch (...) {
         // The record is lost; the null answer still tells the caller.
     }

@@ -1,4 +1,5 @@
 #include "interfaces/korbase.h"
+#include "kor/KorReport.h"
 
 // An item deleted while still in a list takes itself out of the chain, so that its neighbours are never
 // left pointing at freed memory (the list's count is then one too high: remove items before deleting them).
@@ -9,19 +10,19 @@ UQLinkedListItem::~UQLinkedListItem() {
     }
 }
 
-UQLinkedList::UQLinkedList(int bOwner, CloneItem pfnClone) noexcept
-    : m_nCount(0), m_bOwner(bOwner != 0), m_pfnClone(pfnClone) {}
+UQLinkedList::UQLinkedList(int _bOwner, CloneItem _pfnClone) noexcept
+    : m_nCount(0), m_bOwner(_bOwner != 0), m_pfnClone(_pfnClone) {}
 
-UQLinkedList::UQLinkedList(const UQLinkedList& other)
-    : m_nCount(0), m_bOwner(other.m_bOwner != 0 || other.m_nCount > 0), m_pfnClone(other.m_pfnClone) {
-    mf_implCopyFrom(other);
+UQLinkedList::UQLinkedList(const UQLinkedList& _other)
+    : m_nCount(0), m_bOwner(_other.m_bOwner != 0 || _other.m_nCount > 0), m_pfnClone(_other.m_pfnClone) {
+    mf_implCopyFrom(_other);
 }
 
-UQLinkedList& UQLinkedList::operator=(const UQLinkedList& other) {
-    if (this == &other)
+UQLinkedList& UQLinkedList::operator=(const UQLinkedList& _other) {
+    if (this == &_other)
         return *this;
     // The copies are made first, so that a failure leaves this list as it was.
-    UQLinkedList copy(other);
+    UQLinkedList copy(_other);
     mf_clearList(1);
     while (!copy.mf_isEmpty()) {
         UQLinkedListItem* item = copy.mf_getHead();
@@ -37,52 +38,47 @@ UQLinkedList::~UQLinkedList() {
     mf_clearList(1);
 }
 
-void UQLinkedList::mf_addTail(UQLinkedListItem* item) noexcept {
-    mf_insertAfter(m_sentinel.m_pPrevious, item);
+void UQLinkedList::mf_addTail(UQLinkedListItem* _pItem) noexcept {
+    mf_insertAfter(m_sentinel.m_pPrevious, _pItem);
 }
 
-void UQLinkedList::mf_addHead(UQLinkedListItem* item) noexcept {
-    mf_insertAfter(&m_sentinel, item);
+void UQLinkedList::mf_addHead(UQLinkedListItem* _pItem) noexcept {
+    mf_insertAfter(&m_sentinel, _pItem);
 }
 
-void UQLinkedList::mf_insertAfter(UQLinkedListItem* position, UQLinkedListItem* item) noexcept {
+void UQLinkedList::mf_insertAfter(UQLinkedListItem* _pPosition, UQLinkedListItem* _pItem) noexcept {
     static const wchar_t* const _sFunction_ = L"UQLinkedList::mf_insertAfter";
-    if (item == nullptr) {
-        UQThreadContext::mf_setLoggingLanguage();
-        UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_, L"NULL item not inserted");
+    if (_pItem == nullptr) {
+        UQKorReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"NULL item not inserted");
         return;
     }
-    if (item->mf_isLinked() || item == &m_sentinel) {
-        UQThreadContext::mf_setLoggingLanguage();
-        UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_, L"Item is already in a list, not inserted");
+    if (_pItem->mf_isLinked() || _pItem == &m_sentinel) {
+        UQKorReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Item is already in a list, not inserted");
         return;
     }
-    if (position == nullptr) {
-        position = &m_sentinel;
-    } else if (position != &m_sentinel && !position->mf_isLinked()) {
-        UQThreadContext::mf_setLoggingLanguage();
-        UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_,
-                               L"Position is not in a list, item not inserted");
+    if (_pPosition == nullptr) {
+        _pPosition = &m_sentinel;
+    } else if (_pPosition != &m_sentinel && !_pPosition->mf_isLinked()) {
+        UQKorReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Position is not in a list, item not inserted");
         return;
     }
-    item->m_pPrevious = position;
-    item->m_pNext = position->m_pNext;
-    position->m_pNext->m_pPrevious = item;
-    position->m_pNext = item;
+    _pItem->m_pPrevious = _pPosition;
+    _pItem->m_pNext = _pPosition->m_pNext;
+    _pPosition->m_pNext->m_pPrevious = _pItem;
+    _pPosition->m_pNext = _pItem;
     ++m_nCount;
 }
 
-void UQLinkedList::mf_remove(UQLinkedListItem* item) noexcept {
+void UQLinkedList::mf_remove(UQLinkedListItem* _pItem) noexcept {
     static const wchar_t* const _sFunction_ = L"UQLinkedList::mf_remove";
-    if (item == nullptr || item == &m_sentinel || !item->mf_isLinked()) {
-        UQThreadContext::mf_setLoggingLanguage();
-        UQLog::mf_writeMessage(UQLogData::LEVEL_W, _sFunction_, L"Item is not in a list, nothing removed");
+    if (_pItem == nullptr || _pItem == &m_sentinel || !_pItem->mf_isLinked()) {
+        UQKorReport::mf_log(UQLogData::LEVEL_W, _sFunction_, L"Item is not in a list, nothing removed");
         return;
     }
-    item->m_pPrevious->m_pNext = item->m_pNext;
-    item->m_pNext->m_pPrevious = item->m_pPrevious;
-    item->m_pNext = item;
-    item->m_pPrevious = item;
+    _pItem->m_pPrevious->m_pNext = _pItem->m_pNext;
+    _pItem->m_pNext->m_pPrevious = _pItem->m_pPrevious;
+    _pItem->m_pNext = _pItem;
+    _pItem->m_pPrevious = _pItem;
     --m_nCount;
 }
 
@@ -94,20 +90,20 @@ UQLinkedListItem* UQLinkedList::mf_getTail() const noexcept {
     return m_sentinel.m_pPrevious != &m_sentinel ? m_sentinel.m_pPrevious : nullptr;
 }
 
-UQLinkedListItem* UQLinkedList::mf_getNext(const UQLinkedListItem* item) const noexcept {
-    if (item == nullptr || item->m_pNext == &m_sentinel || item->m_pNext == item)
+UQLinkedListItem* UQLinkedList::mf_getNext(const UQLinkedListItem* _pItem) const noexcept {
+    if (_pItem == nullptr || _pItem->m_pNext == &m_sentinel || _pItem->m_pNext == _pItem)
         return nullptr;
-    return item->m_pNext;
+    return _pItem->m_pNext;
 }
 
-UQLinkedListItem* UQLinkedList::mf_getPrevious(const UQLinkedListItem* item) const noexcept {
-    if (item == nullptr || item->m_pPrevious == &m_sentinel || item->m_pPrevious == item)
+UQLinkedListItem* UQLinkedList::mf_getPrevious(const UQLinkedListItem* _pItem) const noexcept {
+    if (_pItem == nullptr || _pItem->m_pPrevious == &m_sentinel || _pItem->m_pPrevious == _pItem)
         return nullptr;
-    return item->m_pPrevious;
+    return _pItem->m_pPrevious;
 }
 
-void UQLinkedList::mf_clearList(int bDelete) noexcept {
-    const bool deleting = bDelete != 0 && m_bOwner != 0;
+void UQLinkedList::mf_clearList(int _bDelete) noexcept {
+    const bool deleting = _bDelete != 0 && m_bOwner != 0;
     UQLinkedListItem* item = m_sentinel.m_pNext;
     while (item != &m_sentinel) {
         UQLinkedListItem* next = item->m_pNext;
@@ -122,26 +118,23 @@ void UQLinkedList::mf_clearList(int bDelete) noexcept {
     m_nCount = 0;
 }
 
-void UQLinkedList::mf_implCopyFrom(const UQLinkedList& other) {
+void UQLinkedList::mf_implCopyFrom(const UQLinkedList& _other) {
     static const wchar_t* const _sFunction_ = L"UQLinkedList::mf_implCopyFrom";
-    if (other.m_nCount == 0)
+    if (_other.m_nCount == 0)
         return;
-    if (other.m_pfnClone == nullptr) {
-        UQThreadContext::mf_setLoggingLanguage();
-        UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_, L"No clone function to copy %d list items",
-                               other.m_nCount);
-        throw UQErrno(UQErrno::_E_::NotImplemented);
+    if (_other.m_pfnClone == nullptr) {
+        UQKorReport::mf_fail(UQErrno(UQErrno::_E_::NotImplemented), _sFunction_,
+                             L"No clone function to copy %d list items", _other.m_nCount);
     }
     UQErrnoData error;
     try {
-        for (const UQLinkedListItem* item = other.mf_getHead(); item != nullptr;
-             item = other.mf_getNext(item)) {
-            UQLinkedListItem* copy = other.m_pfnClone(*item);
+        for (const UQLinkedListItem* item = _other.mf_getHead(); item != nullptr;
+             item = _other.mf_getNext(item)) {
+            UQLinkedListItem* copy = _other.m_pfnClone(*item);
             if (copy == nullptr) {
-                UQThreadContext::mf_setLoggingLanguage();
-                UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_,
-                                       L"No memory for a copy of list item %d of %d", m_nCount + 1,
-                                       other.m_nCount);
+                UQKorReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
+                                    L"No memory for a copy of list item %d of %d", m_nCount + 1,
+                                    _other.m_nCount);
                 error = UQErrno::_E_::Memory;
                 break;
             }

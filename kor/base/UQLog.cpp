@@ -44,10 +44,12 @@ int UQThreadContext::mf_takeLoggingLanguageMark() noexcept {
     return mark;
 }
 
-void UQLog::mf_writeText(const UQLogData& level, const wchar_t* function, const CString& text) noexcept {
+void UQLog::mf_writeText(const UQLogData& _level, const wchar_t* _pszFunction,
+                         const CString& _sText) noexcept {
     try {
-        UQLogRecord record{&level, function != nullptr ? function : L"",         text, GetCurrentThreadId(),
-                           {0, 0}, UQThreadContext::mf_takeLoggingLanguageMark()};
+        UQLogRecord record{&_level, _pszFunction != nullptr ? _pszFunction : L"",
+                           _sText,  GetCurrentThreadId(),
+                           {0, 0},  UQThreadContext::mf_takeLoggingLanguageMark()};
         GetSystemTimeAsFileTime(&record.ftTime);
         UVLogSink* sink = g_sink.load(std::memory_order_acquire);
         if (sink == nullptr)
@@ -59,6 +61,6 @@ void UQLog::mf_writeText(const UQLogData& level, const wchar_t* function, const 
     }
 }
 
-UVLogSink* UQLog::mf_setSink(UVLogSink* sink) noexcept {
-    return g_sink.exchange(sink, std::memory_order_acq_rel);
+UVLogSink* UQLog::mf_setSink(UVLogSink* _pSink) noexcept {
+    return g_sink.exchange(_pSink, std::memory_order_acq_rel);
 }

@@ -1,4 +1,4 @@
-#include "interfaces/korbase.h"
+#include "interfaces/korbase_testing.h"
 
 #include <mutex>
 
@@ -11,13 +11,12 @@ UQLogCapture::UQLogCapture() : m_pImpl(new Impl), m_pPrevious(UQLog::mf_setSink(
 
 UQLogCapture::~UQLogCapture() {
     UQLog::mf_setSink(m_pPrevious);
-    delete m_pImpl;
 }
 
-void UQLogCapture::mf_write(const UQLogRecord& record) noexcept {
+void UQLogCapture::mf_write(const UQLogRecord& _record) noexcept {
     try {
-        Entry e{record.pLevel->mf_getLetter(), CString(record.pszFunction), record.sText, record.dwThreadId,
-                record.bLanguageSelected};
+        Entry e{_record.pLevel->mf_getLetter(), CString(_record.pszFunction), _record.sText,
+                _record.dwThreadId, _record.bLanguageSelected};
         std::lock_guard<std::mutex> lock(m_pImpl->mutex);
         m_pImpl->entries.push_back(std::move(e));
     } catch (...) {

@@ -7,56 +7,56 @@
 namespace {
 
 // Windows accepts both; the product writes backslashes.
-bool isSeparator(wchar_t c) noexcept {
-    return c == L'\\' || c == L'/';
+bool isSeparator(wchar_t _cC) noexcept {
+    return _cC == L'\\' || _cC == L'/';
 }
 
-bool isAsciiLetter(wchar_t c) noexcept {
-    return (c >= L'A' && c <= L'Z') || (c >= L'a' && c <= L'z');
+bool isAsciiLetter(wchar_t _cC) noexcept {
+    return (_cC >= L'A' && _cC <= L'Z') || (_cC >= L'a' && _cC <= L'z');
 }
 
 // "C:" at the start: the colon ends the location part like a separator would.
-bool hasDrive(const CString& path) noexcept {
-    return path.GetLength() >= 2 && isAsciiLetter(path[0]) && path[1] == L':';
+bool hasDrive(const CString& _sPath) noexcept {
+    return _sPath.GetLength() >= 2 && isAsciiLetter(_sPath[0]) && _sPath[1] == L':';
 }
 
 // Index of the last separator or the drive colon; -1 when there is none.
-int locationEnd(const CString& path) noexcept {
-    for (int i = path.GetLength() - 1; i >= 0; --i) {
-        if (isSeparator(path[i]))
+int locationEnd(const CString& _sPath) noexcept {
+    for (int i = _sPath.GetLength() - 1; i >= 0; --i) {
+        if (isSeparator(_sPath[i]))
             return i;
     }
-    return hasDrive(path) ? 1 : -1;
+    return hasDrive(_sPath) ? 1 : -1;
 }
 
-int trailingSeparators(const CString& path) noexcept {
+int trailingSeparators(const CString& _sPath) noexcept {
     int n = 0;
-    while (n < path.GetLength() && isSeparator(path[path.GetLength() - 1 - n]))
+    while (n < _sPath.GetLength() && isSeparator(_sPath[_sPath.GetLength() - 1 - n]))
         ++n;
     return n;
 }
 
-int leadingSeparators(const CString& path) noexcept {
+int leadingSeparators(const CString& _sPath) noexcept {
     int n = 0;
-    while (n < path.GetLength() && isSeparator(path[n]))
+    while (n < _sPath.GetLength() && isSeparator(_sPath[n]))
         ++n;
     return n;
 }
 
 // The directory with exactly one trailing backslash; a directory made of separators only is the root "\".
-CString withOneTrailingBackslash(const CString& directory) {
-    const int keep = directory.GetLength() - trailingSeparators(directory);
-    return directory.Left(keep) + L'\\';
+CString withOneTrailingBackslash(const CString& _sDirectory) {
+    const int keep = _sDirectory.GetLength() - trailingSeparators(_sDirectory);
+    return _sDirectory.Left(keep) + L'\\';
 }
 
 // Forward slashes become backslashes and runs of backslashes one; a leading "\\" (UNC) stays.
-CString collapseSeparators(const CString& path) {
+CString collapseSeparators(const CString& _sPath) {
     CString out;
-    const int n = path.GetLength();
+    const int n = _sPath.GetLength();
     wchar_t* p = out.GetBuffer(n);
     int o = 0;
     for (int i = 0; i < n; ++i) {
-        const wchar_t c = isSeparator(path[i]) ? L'\\' : path[i];
+        const wchar_t c = isSeparator(_sPath[i]) ? L'\\' : _sPath[i];
         if (c == L'\\' && o > 0 && p[o - 1] == L'\\' && !(i == 1 && o == 1))
             continue;
         p[o++] = c;
@@ -65,13 +65,13 @@ CString collapseSeparators(const CString& path) {
     return out;
 }
 
-bool startsWithNoCase(const CString& path, const wchar_t* prefix) noexcept {
+bool startsWithNoCase(const CString& _sPath, const wchar_t* _pszPrefix) noexcept {
     int i = 0;
-    for (; prefix[i] != 0; ++i) {
-        if (i >= path.GetLength())
+    for (; _pszPrefix[i] != 0; ++i) {
+        if (i >= _sPath.GetLength())
             return false;
-        const wchar_t a = isSeparator(path[i]) ? L'\\' : AfxFoldLower(path[i]);
-        const wchar_t b = isSeparator(prefix[i]) ? L'\\' : AfxFoldLower(prefix[i]);
+        const wchar_t a = isSeparator(_sPath[i]) ? L'\\' : AfxFoldUpper(_sPath[i]);
+        const wchar_t b = isSeparator(_pszPrefix[i]) ? L'\\' : AfxFoldUpper(_pszPrefix[i]);
         if (a != b)
             return false;
     }
@@ -79,59 +79,59 @@ bool startsWithNoCase(const CString& path, const wchar_t* prefix) noexcept {
 }
 
 // The order key of one character: separators first, then the case-folded character.
-unsigned orderKey(wchar_t c) noexcept {
-    return isSeparator(c) ? 0u : static_cast<unsigned>(AfxFoldLower(c)) + 1u;
+unsigned orderKey(wchar_t _cC) noexcept {
+    return isSeparator(_cC) ? 0u : static_cast<unsigned>(AfxFoldUpper(_cC)) + 1u;
 }
 
 } // namespace
 
-CString UQPath::mf_appendDirectory(const CString& directory, const CString& subDirectory) {
-    if (directory.IsEmpty() && subDirectory.IsEmpty())
+CString UQPath::mf_appendDirectory(const CString& _sDirectory, const CString& _sSubDirectory) {
+    if (_sDirectory.IsEmpty() && _sSubDirectory.IsEmpty())
         return CString();
-    if (subDirectory.IsEmpty())
-        return withOneTrailingBackslash(directory);
-    if (directory.IsEmpty())
-        return withOneTrailingBackslash(subDirectory);
-    const int skip = leadingSeparators(subDirectory);
-    return withOneTrailingBackslash(withOneTrailingBackslash(directory) + subDirectory.Mid(skip));
+    if (_sSubDirectory.IsEmpty())
+        return withOneTrailingBackslash(_sDirectory);
+    if (_sDirectory.IsEmpty())
+        return withOneTrailingBackslash(_sSubDirectory);
+    const int skip = leadingSeparators(_sSubDirectory);
+    return withOneTrailingBackslash(withOneTrailingBackslash(_sDirectory) + _sSubDirectory.Mid(skip));
 }
 
-CString UQPath::mf_appendFile(const CString& directory, const CString& file) {
-    if (directory.IsEmpty())
-        return file;
-    const int skip = leadingSeparators(file);
-    return withOneTrailingBackslash(directory) + file.Mid(skip);
+CString UQPath::mf_appendFile(const CString& _sDirectory, const CString& _sFile) {
+    if (_sDirectory.IsEmpty())
+        return _sFile;
+    const int skip = leadingSeparators(_sFile);
+    return withOneTrailingBackslash(_sDirectory) + _sFile.Mid(skip);
 }
 
-CString UQPath::mf_normalizeDirectory(const CString& directory) {
-    if (directory.IsEmpty())
+CString UQPath::mf_normalizeDirectory(const CString& _sDirectory) {
+    if (_sDirectory.IsEmpty())
         return CString();
-    return withOneTrailingBackslash(collapseSeparators(directory));
+    return withOneTrailingBackslash(collapseSeparators(_sDirectory));
 }
 
-int UQPath::mf_exists(const CString& path) {
-    if (path.IsEmpty())
+int UQPath::mf_exists(const CString& _sPath) {
+    if (_sPath.IsEmpty())
         return 0;
 #if defined(_WIN32)
-    return GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES;
+    return GetFileAttributesW(_sPath) != INVALID_FILE_ATTRIBUTES;
 #else
-    CString local(path);
+    CString local(_sPath);
     local.Replace(L'\\', L'/');
     struct stat st;
     return ::stat(local.ToUtf8().c_str(), &st) == 0;
 #endif
 }
 
-CString UQPath::mf_getLocationPart(const CString& path) {
-    return path.Left(locationEnd(path) + 1);
+CString UQPath::mf_getLocationPart(const CString& _sPath) {
+    return _sPath.Left(locationEnd(_sPath) + 1);
 }
 
-CString UQPath::mf_getFilePart(const CString& path) {
-    return path.Mid(locationEnd(path) + 1);
+CString UQPath::mf_getFilePart(const CString& _sPath) {
+    return _sPath.Mid(locationEnd(_sPath) + 1);
 }
 
-CString UQPath::mf_getFileTypeName(const CString& path) {
-    const CString file = mf_getFilePart(path);
+CString UQPath::mf_getFileTypeName(const CString& _sPath) {
+    const CString file = mf_getFilePart(_sPath);
     const int dot = file.ReverseFind(L'.');
     if (dot < 0 || dot == file.GetLength() - 1)
         return CString();
@@ -140,20 +140,20 @@ CString UQPath::mf_getFileTypeName(const CString& path) {
     return type + L" File";
 }
 
-CString UQPath::mf_getUNCPath(const CString& path) {
-    if (startsWithNoCase(path, L"\\\\?\\UNC\\"))
-        return L"\\\\" + collapseSeparators(path.Mid(8 + leadingSeparators(path.Mid(8))));
-    if (startsWithNoCase(path, L"\\\\?\\")) {
-        const CString rest = path.Mid(4);
+CString UQPath::mf_getUNCPath(const CString& _sPath) {
+    if (startsWithNoCase(_sPath, L"\\\\?\\UNC\\"))
+        return L"\\\\" + collapseSeparators(_sPath.Mid(8 + leadingSeparators(_sPath.Mid(8))));
+    if (startsWithNoCase(_sPath, L"\\\\?\\")) {
+        const CString rest = _sPath.Mid(4);
         if (hasDrive(rest))
             return collapseSeparators(rest);
     }
-    return collapseSeparators(path);
+    return collapseSeparators(_sPath);
 }
 
-int UQPath::mf_compare(const CString& a, const CString& b) noexcept {
-    const wchar_t* p = a;
-    const wchar_t* q = b;
+int UQPath::mf_compare(const CString& _sA, const CString& _sB) noexcept {
+    const wchar_t* p = _sA;
+    const wchar_t* q = _sB;
     for (;; ++p, ++q) {
         if (*p == 0 || *q == 0)
             return (*p != 0) - (*q != 0);

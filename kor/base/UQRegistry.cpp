@@ -1,6 +1,8 @@
-#include "interfaces/korbase.h"
+#include "interfaces/korbase_testing.h"
+#include "kor/KorReport.h"
 
-#include "UQRegistryStore.h"
+#include "kor/base/Environment.h"
+#include "kor/base/UQRegistryStore.h"
 
 #include <cstdlib>
 #include <mutex>
@@ -9,7 +11,7 @@ namespace {
 
 // The product's registry root; machine-wide settings sit in its sub keys, per-user ones in the same path
 // under HKEY_CURRENT_USER.
-const wchar_t* const kRegistryRoot = L"SOFTWARE\\Corvex\\Stormex\\CurrentVersion\\HSMClient";
+const wchar_t* const REGISTRY_ROOT = L"SOFTWARE\\Corvex\\Stormex\\CurrentVersion\\HSMClient";
 
 // The key of an empty key path in HKEY_CURRENT_USER when it is not the product's root.
 std::mutex g_userKeyLock;
@@ -17,7 +19,7 @@ CString g_sUserKey;
 
 CString userKey() {
     std::lock_guard<std::mutex> guard(g_userKeyLock);
-    return g_sUserKey.IsEmpty() ? CString(kRegistryRoot) : g_sUserKey;
+    return g_sUserKey.IsEmpty() ? CString(REGISTRY_ROOT) : g_sUserKey;
 }
 
 // Per thread, so that a test's injection never hits another thread's calls.
@@ -35,20 +37,34 @@ bool injectionDue() noexcept {
     return true;
 }
 
-const wchar_t* hiveName(HKEY hive) noexcept {
-    if (hive == HKEY_LOCAL_MACHINE)
+const wchar_t* hiveName(HKEY _hHive) noexcept {
+    if (_hHive == HKEY_LOCAL_MACHINE)
         return L"HKLM";
-    if (hive == HKEY_CURRENT_USER)
+    if (_hHive == HKEY_CURRENT_USER)
         return L"HKCU";
     return nullptr;
 }
 
+// The units before the first NUL: what the registry sees of a text passed as a C string.
+int lengthOf(const CString& _sText) noexcept {
+    const wchar_t* p = _sText.GetString();
+    int n = 0;
+    while (n < _sText.GetLength() && p[n] != 0)
+        ++n;
+    return n;
+}
+
+// The registry's limits, in UTF-16 units.
+const int VALUE_NAME_LIMIT = 16383;
+const int KEY_NAME_LIMIT = 255;
+
 // The registry separates key names by single backslashes; leading, trailing and doubled ones would name
-// keys with empty names, which it refuses.
-CString normalizeKey(const CString& key) {
+// keys with empty names, which it refuses. A NUL ends the path, as the registry reads it.
+CString normalizeKey(const CString& _sKey) {
     CString out;
-    for (int i = 0; i < key.GetLength(); ++i) {
-        const wchar_t c = key[i];
+    const int n = lengthOf(_sKey);
+    for (int i = 0; i < n; ++i) {
+        const wchar_t c = _sKey[i];
         if (c == L'\\' && (out.IsEmpty() || out[out.GetLength() - 1] == L'\\'))
             continue;
         out += c;
@@ -57,8 +73,13 @@ CString normalizeKey(const CString& key) {
     return out;
 }
 
-const wchar_t* typeText(DWORD type) noexcept {
-    switch (type) {
+// A long name shown in a failure text: its start, enough to recognise it.
+CString shortened(const CString& _sText) {
+    return _sText.GetLength() <= 40 ? _sText : _sText.Left(40) + L"...";
+}
+
+const wchar_t* typeText(DWORD _dwType) noexcept {
+    switch (_dwType) {
     case korregistry::TYPE_SZ:
         return L"a string";
     case korregistry::TYPE_EXPAND_SZ:
@@ -82,229 +103,246 @@ struct Target {
     CString sKeyText;
 };
 
-[[noreturn]] void fail(const UQErrnoValue& value, const wchar_t* function, const CString& text) {
-    UQThreadContext::mf_setLoggingLanguage();
-    UQLog::mf_writeMessage(UQLogData::LEVEL_E, function, L"%s", text);
-    throw UQErrno(UQErrnoData(value), text);
+[[noreturn]] void fail(const UQErrnoValue& _value, const wchar_t* _pszFunction, const CString& _sText) {
+    UQKorReport::mf_log(UQLogData::LEVEL_E, _pszFunction, L"%s", _sText);
+    throw UQErrno(UQErrnoData(_value), _sText);
 }
 
 // Checks the hive, resolves the key and lets an injected failure come due: the common start of every
 // operation that touches the store. _pszName null: an operation on the key itself.
-Target target(const wchar_t* function, const wchar_t* name, const CString& key, HKEY hive,
-              bool injectable = true) {
+Target target(const wchar_t* _pszFunction, const wchar_t* _pszName, const CString& _sKey, HKEY _hHive,
+              bool _bInjectable = true) {
     Target t;
-    t.hHive = hive;
-    t.sKey = normalizeKey(key);
-    if (t.sKey.IsEmpty() && hive == HKEY_CURRENT_USER)
+    t.hHive = _hHive;
+    t.sKey = normalizeKey(_sKey);
+    if (t.sKey.IsEmpty() && _hHive == HKEY_CURRENT_USER)
         t.sKey = userKey();
-    const wchar_t* hiveText = hiveName(hive);
+    const wchar_t* hiveText = hiveName(_hHive);
     if (hiveText == nullptr) {
         CString text;
-        if (name != nullptr)
+        if (_pszName != nullptr)
             text.Format(L"Unknown registry hive %p for value '%s' in key '%s'",
-                        static_cast<const void*>(hive), name, t.sKey);
+                        static_cast<const void*>(_hHive), _pszName, t.sKey);
         else
-            text.Format(L"Unknown registry hive %p for key '%s'", static_cast<const void*>(hive), t.sKey);
-        fail(UQErrno::_E_::Parameter, function, text);
+            text.Format(L"Unknown registry hive %p for key '%s'", static_cast<const void*>(_hHive), t.sKey);
+        fail(UQErrno::_E_::Parameter, _pszFunction, text);
     }
     t.sKeyText = t.sKey.IsEmpty() ? CString(hiveText) : CString(hiveText) + L"\\" + t.sKey;
-    if (name != nullptr) {
-        t.sName = name;
+    if (_pszName != nullptr) {
+        t.sName = _pszName;
         t.sSubject.Format(L"value '%s' in '%s'", t.sName, t.sKeyText);
     } else {
         t.sSubject.Format(L"key '%s'", t.sKeyText);
     }
-    if (injectable && injectionDue()) {
+    // What the registry cannot hold is refused the same way on both targets, before the store is touched.
+    for (int start = 0; start < t.sKey.GetLength();) {
+        int end = t.sKey.Find(L'\\', start);
+        if (end < 0)
+            end = t.sKey.GetLength();
+        if (end - start > KEY_NAME_LIMIT) {
+            CString text;
+            text.Format(L"Key name '%s' (%d units) in '%s' is longer than the registry's limit of %d units",
+                        shortened(t.sKey.Mid(start, end - start)), end - start, shortened(t.sKeyText),
+                        KEY_NAME_LIMIT);
+            fail(UQErrno::_E_::Parameter, _pszFunction, text);
+        }
+        start = end + 1;
+    }
+    if (t.sName.GetLength() > VALUE_NAME_LIMIT) {
+        CString text;
+        text.Format(L"Value name '%s' (%d units) in '%s' is longer than the registry's limit of %d units",
+                    shortened(t.sName), t.sName.GetLength(), t.sKeyText, VALUE_NAME_LIMIT);
+        fail(UQErrno::_E_::Parameter, _pszFunction, text);
+    }
+    if (_bInjectable && injectionDue()) {
         CString text;
         text.Format(L"Injected failure (%s)", t.sSubject);
-        fail(UQErrno::_E_::Registry, function, text);
+        fail(UQErrno::_E_::Registry, _pszFunction, text);
     }
     return t;
 }
 
-void check(const wchar_t* function, const Target& t, const korregistry::Result& result) {
+void check(const wchar_t* _pszFunction, const Target& _t, const korregistry::Result& _result) {
     CString text;
-    switch (result.status) {
+    switch (_result.status) {
     case korregistry::Status::Ok:
         return;
     case korregistry::Status::KeyNotFound:
-        text.Format(L"Key '%s' not found (value '%s')", t.sKeyText, t.sName);
+        text.Format(L"Key '%s' not found (value '%s')", _t.sKeyText, _t.sName);
         break;
     case korregistry::Status::ValueNotFound:
-        text.Format(L"Value '%s' not found in '%s'", t.sName, t.sKeyText);
+        text.Format(L"Value '%s' not found in '%s'", _t.sName, _t.sKeyText);
         break;
     case korregistry::Status::StoreUnavailable:
-        text.Format(L"Registry store '%s' cannot be opened (%s): %s", result.sFile, t.sSubject,
-                    result.sReason);
+        text.Format(L"Registry store '%s' cannot be opened (%s): %s", _result.sFile, _t.sSubject,
+                    _result.sReason);
         break;
     case korregistry::Status::ReadFailed:
-        text.Format(L"Failure reading %s: %s", t.sSubject, result.sReason);
+        text.Format(L"Failure reading %s: %s", _t.sSubject, _result.sReason);
         break;
     case korregistry::Status::WriteFailed:
-        text.Format(L"Failure writing %s: %s", t.sSubject, result.sReason);
+        text.Format(L"Failure writing %s: %s", _t.sSubject, _result.sReason);
         break;
     case korregistry::Status::LockFailed:
-        text.Format(L"Failure locking %s for an update: %s", t.sSubject, result.sReason);
+        text.Format(L"Failure locking %s for an update: %s", _t.sSubject, _result.sReason);
         break;
     }
-    fail(UQErrno::_E_::Registry, function, text);
+    fail(UQErrno::_E_::Registry, _pszFunction, text);
 }
 
-void checkType(const wchar_t* function, const Target& t, const korregistry::Value& value, DWORD expected1,
-               DWORD expected2, const wchar_t* expectedText) {
-    const bool expectedType = value.dwType == expected1 || value.dwType == expected2;
-    if (expectedType && value.sMalformed.IsEmpty())
+void checkType(const wchar_t* _pszFunction, const Target& _t, const korregistry::Value& _value,
+               DWORD _dwExpected1, DWORD _dwExpected2, const wchar_t* _pszExpectedText) {
+    const bool expectedType = _value.dwType == _dwExpected1 || _value.dwType == _dwExpected2;
+    if (expectedType && _value.sMalformed.IsEmpty())
         return;
     // Data that does not fit its type is no value of that type either.
-    CString actual(expectedType ? value.sMalformed : CString(typeText(value.dwType)));
+    CString actual(expectedType ? _value.sMalformed : CString(typeText(_value.dwType)));
     if (actual.IsEmpty())
-        actual.Format(L"of type %lu", value.dwType);
+        actual.Format(L"of type %lu", _value.dwType);
     CString text;
-    text.Format(L"Value '%s' in '%s' is %s, not %s", t.sName, t.sKeyText, actual, expectedText);
-    fail(UQErrno::_E_::Registry, function, text);
+    text.Format(L"Value '%s' in '%s' is %s, not %s", _t.sName, _t.sKeyText, actual, _pszExpectedText);
+    fail(UQErrno::_E_::Registry, _pszFunction, text);
 }
 
-// %NAME% references by the environment, as ExpandEnvironmentStrings does: unknown names stay as written.
-CString expand(const CString& text) {
-#if defined(_WIN32)
-    const DWORD n = ExpandEnvironmentStringsW(text, nullptr, 0);
-    if (n == 0)
-        return text;
+// %NAME% references by the environment, by ExpandEnvironmentStringsW's rules: a name is looked up
+// case-blind; an unknown reference stays as written, its closing '%' included, and scanning goes on after
+// it; a '%' without a closing one is kept. Done here on both targets, since the system call cuts its result
+// at 32 766 units and a registry value may be longer.
+CString expand(const CString& _sText) {
     CString out;
-    const DWORD m = ExpandEnvironmentStringsW(text, out.GetBuffer(static_cast<int>(n)), n);
-    out.ReleaseBuffer();
-    return m == 0 || m > n ? text : out;
-#else
-    CString out;
+    const int n = _sText.GetLength();
     int i = 0;
-    while (i < text.GetLength()) {
-        const int open = text.Find(L'%', i);
-        const int close = open < 0 ? -1 : text.Find(L'%', open + 1);
+    while (i < n) {
+        const int open = _sText.Find(L'%', i);
+        const int close = open < 0 ? -1 : _sText.Find(L'%', open + 1);
         if (close < 0) {
-            out += text.Mid(i);
+            out += _sText.Mid(i);
             break;
         }
-        out += text.Mid(i, open - i);
-        const CString name = text.Mid(open + 1, close - open - 1);
-        const char* value = name.IsEmpty() ? nullptr : std::getenv(name.ToUtf8().c_str());
-        if (value != nullptr) {
-            out += CString::FromUtf8(value);
-            i = close + 1;
-        } else {
-            // The closing percent may open the next reference.
-            out += text.Mid(open, close - open);
-            i = close;
-        }
+        out += _sText.Mid(i, open - i);
+        bool found = false;
+        const CString value = korenv::expansionVariable(_sText.Mid(open + 1, close - open - 1), found);
+        out += found ? value : _sText.Mid(open, close - open + 1);
+        i = close + 1;
     }
     return out;
-#endif
 }
 
-korregistry::Value numberValue(DWORD number) {
+korregistry::Value numberValue(DWORD _dwNumber) {
     korregistry::Value v;
     v.dwType = korregistry::TYPE_DWORD;
-    v.dwNumber = number;
+    v.dwNumber = _dwNumber;
     return v;
 }
 
 } // namespace
 
-CString UQRegistry::mf_getRegistryRoot(const CString& subKey) {
-    const CString sub = normalizeKey(subKey);
-    return sub.IsEmpty() ? CString(kRegistryRoot) : CString(kRegistryRoot) + L"\\" + sub;
+CString UQRegistry::mf_getRegistryRoot(const CString& _sSubKey) {
+    const CString sub = normalizeKey(_sSubKey);
+    return sub.IsEmpty() ? CString(REGISTRY_ROOT) : CString(REGISTRY_ROOT) + L"\\" + sub;
 }
 
-void UQRegistry::mf_getValue(const CString& name, CString& value, const CString& key, HKEY hive) {
+void UQRegistry::mf_getValue(const CString& _sName, CString& _rsValue, const CString& _sKey, HKEY _hHive) {
     static const wchar_t* const _sFunction_ = L"UQRegistry::mf_getValue::1";
-    const Target t = target(_sFunction_, name, key, hive);
+    const Target t = target(_sFunction_, _sName, _sKey, _hHive);
     korregistry::Value v;
     check(_sFunction_, t, korregistry::read(t.hHive, t.sKey, t.sName, v));
     checkType(_sFunction_, t, v, korregistry::TYPE_SZ, korregistry::TYPE_EXPAND_SZ, L"a string");
-    value = v.dwType == korregistry::TYPE_EXPAND_SZ ? expand(v.sText) : v.sText;
+    _rsValue = v.dwType == korregistry::TYPE_EXPAND_SZ ? expand(v.sText) : v.sText;
 }
 
-void UQRegistry::mf_getValue(const CString& name, int& value, const CString& key, HKEY hive) {
+void UQRegistry::mf_getValue(const CString& _sName, int& _rnValue, const CString& _sKey, HKEY _hHive) {
     static const wchar_t* const _sFunction_ = L"UQRegistry::mf_getValue::2";
-    const Target t = target(_sFunction_, name, key, hive);
+    const Target t = target(_sFunction_, _sName, _sKey, _hHive);
     korregistry::Value v;
     check(_sFunction_, t, korregistry::read(t.hHive, t.sKey, t.sName, v));
     checkType(_sFunction_, t, v, korregistry::TYPE_DWORD, korregistry::TYPE_DWORD, L"a number");
-    value = static_cast<int>(v.dwNumber);
+    _rnValue = static_cast<int>(v.dwNumber);
 }
 
-void UQRegistry::mf_getValues(const CString& name, UQArray<CString>& values, const CString& key, HKEY hive) {
+void UQRegistry::mf_getValues(const CString& _sName, UQArray<CString>& _rasValues, const CString& _sKey,
+                              HKEY _hHive) {
     static const wchar_t* const _sFunction_ = L"UQRegistry::mf_getValues";
-    const Target t = target(_sFunction_, name, key, hive);
+    const Target t = target(_sFunction_, _sName, _sKey, _hHive);
     korregistry::Value v;
     check(_sFunction_, t, korregistry::read(t.hHive, t.sKey, t.sName, v));
     checkType(_sFunction_, t, v, korregistry::TYPE_MULTI_SZ, korregistry::TYPE_MULTI_SZ,
               L"a list of strings");
-    values.RemoveAll();
+    _rasValues.RemoveAll();
     for (const CString& s : v.asList)
-        values.Add(s);
+        _rasValues.Add(s);
 }
 
-void UQRegistry::mf_setValue(const CString& name, const CString& value, int bExpandable, const CString& key,
-                             HKEY hive) {
+void UQRegistry::mf_setValue(const CString& _sName, const CString& _sValue, int _bExpandable,
+                             const CString& _sKey, HKEY _hHive) {
     static const wchar_t* const _sFunction_ = L"UQRegistry::mf_setValue::1";
-    const Target t = target(_sFunction_, name, key, hive);
+    const Target t = target(_sFunction_, _sName, _sKey, _hHive);
     korregistry::Value v;
-    v.dwType = bExpandable ? korregistry::TYPE_EXPAND_SZ : korregistry::TYPE_SZ;
-    v.sText = value;
+    v.dwType = _bExpandable ? korregistry::TYPE_EXPAND_SZ : korregistry::TYPE_SZ;
+    v.sText = _sValue;
     check(_sFunction_, t, korregistry::write(t.hHive, t.sKey, t.sName, v));
 }
 
-void UQRegistry::mf_setValue(const CString& name, int value, const CString& key, HKEY hive) {
+void UQRegistry::mf_setValue(const CString& _sName, int _nValue, const CString& _sKey, HKEY _hHive) {
     static const wchar_t* const _sFunction_ = L"UQRegistry::mf_setValue::2";
-    const Target t = target(_sFunction_, name, key, hive);
+    const Target t = target(_sFunction_, _sName, _sKey, _hHive);
     check(_sFunction_, t,
-          korregistry::write(t.hHive, t.sKey, t.sName, numberValue(static_cast<DWORD>(value))));
+          korregistry::write(t.hHive, t.sKey, t.sName, numberValue(static_cast<DWORD>(_nValue))));
 }
 
-void UQRegistry::mf_setValues(const CString& name, const UQArray<CString>& values, const CString& key,
-                              HKEY hive) {
+void UQRegistry::mf_setValues(const CString& _sName, const UQArray<CString>& _asValues, const CString& _sKey,
+                              HKEY _hHive) {
     static const wchar_t* const _sFunction_ = L"UQRegistry::mf_setValues";
-    const Target t = target(_sFunction_, name, key, hive);
+    const Target t = target(_sFunction_, _sName, _sKey, _hHive);
     korregistry::Value v;
     v.dwType = korregistry::TYPE_MULTI_SZ;
-    for (INT_PTR i = 0; i < values.GetSize(); ++i) {
-        if (values[i].IsEmpty()) {
+    for (INT_PTR i = 0; i < _asValues.GetSize(); ++i) {
+        if (_asValues[i].IsEmpty()) {
             CString text;
             text.Format(L"Entry %d of the list for %s is empty", static_cast<int>(i), t.sSubject);
             fail(UQErrno::_E_::Parameter, _sFunction_, text);
         }
-        v.asList.push_back(values[i]);
+        // In a REG_MULTI_SZ a NUL ends the entry and an empty one the list: such an entry cannot be kept.
+        const int nul = lengthOf(_asValues[i]);
+        if (nul < _asValues[i].GetLength()) {
+            CString text;
+            text.Format(L"Entry %d of the list for %s holds a NUL character at unit %d", static_cast<int>(i),
+                        t.sSubject, nul);
+            fail(UQErrno::_E_::Parameter, _sFunction_, text);
+        }
+        v.asList.push_back(_asValues[i]);
     }
     check(_sFunction_, t, korregistry::write(t.hHive, t.sKey, t.sName, v));
 }
 
-int UQRegistry::mf_getOrSetValue(const CString& name, int& value, const CString& key, HKEY hive) {
+int UQRegistry::mf_getOrSetValue(const CString& _sName, int& _rnValue, const CString& _sKey, HKEY _hHive) {
     static const wchar_t* const _sFunction_ = L"UQRegistry::mf_getOrSetValue::1";
-    const Target t = target(_sFunction_, name, key, hive);
+    const Target t = target(_sFunction_, _sName, _sKey, _hHive);
     korregistry::Value v;
     bool written = false;
     check(_sFunction_, t,
-          korregistry::readOrWrite(t.hHive, t.sKey, t.sName, numberValue(static_cast<DWORD>(value)), v,
+          korregistry::readOrWrite(t.hHive, t.sKey, t.sName, numberValue(static_cast<DWORD>(_rnValue)), v,
                                    written));
     checkType(_sFunction_, t, v, korregistry::TYPE_DWORD, korregistry::TYPE_DWORD, L"a number");
-    value = static_cast<int>(v.dwNumber);
+    _rnValue = static_cast<int>(v.dwNumber);
     return written ? 0 : 1;
 }
 
-int UQRegistry::mf_getOrSetValue(const CString& name, DWORD& value, const CString& key, HKEY hive) {
+int UQRegistry::mf_getOrSetValue(const CString& _sName, DWORD& _rdwValue, const CString& _sKey, HKEY _hHive) {
     static const wchar_t* const _sFunction_ = L"UQRegistry::mf_getOrSetValue::2";
-    const Target t = target(_sFunction_, name, key, hive);
+    const Target t = target(_sFunction_, _sName, _sKey, _hHive);
     korregistry::Value v;
     bool written = false;
-    check(_sFunction_, t, korregistry::readOrWrite(t.hHive, t.sKey, t.sName, numberValue(value), v, written));
+    check(_sFunction_, t,
+          korregistry::readOrWrite(t.hHive, t.sKey, t.sName, numberValue(_rdwValue), v, written));
     checkType(_sFunction_, t, v, korregistry::TYPE_DWORD, korregistry::TYPE_DWORD, L"a number");
-    value = v.dwNumber;
+    _rdwValue = v.dwNumber;
     return written ? 0 : 1;
 }
 
-int UQRegistry::mf_exists(const CString& name, const CString& key, HKEY hive) {
+int UQRegistry::mf_exists(const CString& _sName, const CString& _sKey, HKEY _hHive) {
     static const wchar_t* const _sFunction_ = L"UQRegistry::mf_exists";
-    const Target t = target(_sFunction_, name, key, hive);
+    const Target t = target(_sFunction_, _sName, _sKey, _hHive);
     bool exists = false;
     check(_sFunction_, t, korregistry::valueExists(t.hHive, t.sKey, t.sName, exists));
     return exists ? 1 : 0;
@@ -324,8 +362,8 @@ void UQRegistry::mf_implCommitUpdate(const wchar_t* _pszFunction, void* _pLock, 
     check(_pszFunction, t, korregistry::commitUpdate(_pLock));
 }
 
-void UQRegistry::mf_setUserKey(const CString& key) {
-    const CString normalized = normalizeKey(key);
+void UQRegistry::mf_setUserKey(const CString& _sKey) {
+    const CString normalized = normalizeKey(_sKey);
     std::lock_guard<std::mutex> guard(g_userKeyLock);
     g_sUserKey = normalized;
 }
@@ -334,27 +372,27 @@ CString UQRegistry::mf_getUserKey() {
     return userKey();
 }
 
-int UQRegistry::mf_PathExists(const CString& key, HKEY hive) {
+int UQRegistry::mf_PathExists(const CString& _sKey, HKEY _hHive) {
     static const wchar_t* const _sFunction_ = L"UQRegistry::mf_PathExists";
-    const Target t = target(_sFunction_, nullptr, key, hive);
+    const Target t = target(_sFunction_, nullptr, _sKey, _hHive);
     bool exists = false;
     check(_sFunction_, t, korregistry::keyExists(t.hHive, t.sKey, exists));
     return exists ? 1 : 0;
 }
 
-void UQRegistry::mf_injectFailure(int after, int count) noexcept {
-    t_injectAfter = after > 0 ? after : 0;
-    t_injectCount = count > 0 ? count : 0;
+void UQRegistryInjection::mf_injectFailure(int _nAfter, int _nCount) noexcept {
+    t_injectAfter = _nAfter > 0 ? _nAfter : 0;
+    t_injectCount = _nCount > 0 ? _nCount : 0;
 }
 
-void UQRegistry::mf_clearInjection() noexcept {
+void UQRegistryInjection::mf_clearInjection() noexcept {
     t_injectAfter = 0;
     t_injectCount = 0;
 }
 
 #if !defined(_WIN32)
-void UQRegistry::mf_setStoreFile(const CString& path) {
-    korregistry::setFile(path);
+void UQRegistry::mf_setStoreFile(const CString& _sPath) {
+    korregistry::setFile(_sPath);
 }
 
 CString UQRegistry::mf_getStoreFile() {

@@ -2,9 +2,9 @@
 // transaction in write-ahead-log mode with synchronous=FULL, so a process killed at any point leaves each
 // value as it was before or after its write, never in between; a busy timeout lets several processes
 // write the same file.
-#include "UQRegistryStore.h"
+#include "kor/base/UQRegistryStore.h"
 
-#include "Environment.h"
+#include "kor/base/Environment.h"
 
 #include "compat/utf8.h"
 
@@ -30,23 +30,23 @@ namespace korregistry {
 namespace {
 
 // How long a write waits for another process's transaction before it fails.
-const int kBusyTimeoutMs = 30000;
-const int kSchemaVersion = 1;
+const int BUSY_TIMEOUT_MS = 30000;
+const int SCHEMA_VERSION = 1;
 
-const char* const kSchema = "CREATE TABLE IF NOT EXISTS registry_key("
-                            " hive TEXT NOT NULL,"
-                            " path_key TEXT NOT NULL,"
-                            " path TEXT NOT NULL,"
-                            " PRIMARY KEY (hive, path_key)) WITHOUT ROWID;"
-                            "CREATE TABLE IF NOT EXISTS registry_value("
-                            " hive TEXT NOT NULL,"
-                            " path_key TEXT NOT NULL,"
-                            " name_key TEXT NOT NULL,"
-                            " name TEXT NOT NULL,"
-                            " type INTEGER NOT NULL,"
-                            " data,"
-                            " PRIMARY KEY (hive, path_key, name_key)) WITHOUT ROWID;"
-                            "PRAGMA user_version = 1;";
+const char* const SCHEMA = "CREATE TABLE IF NOT EXISTS registry_key("
+                           " hive TEXT NOT NULL,"
+                           " path_key TEXT NOT NULL,"
+                           " path TEXT NOT NULL,"
+                           " PRIMARY KEY (hive, path_key)) WITHOUT ROWID;"
+                           "CREATE TABLE IF NOT EXISTS registry_value("
+                           " hive TEXT NOT NULL,"
+                           " path_key TEXT NOT NULL,"
+                           " name_key TEXT NOT NULL,"
+                           " name TEXT NOT NULL,"
+                           " type INTEGER NOT NULL,"
+                           " data,"
+                           " PRIMARY KEY (hive, path_key, name_key)) WITHOUT ROWID;"
+                           "PRAGMA user_version = 1;";
 
 // One connection per process, used under the mutex: SQLite transactions belong to a connection, so two
 // threads must not interleave theirs on it. Recursive, as an update holds it across the operations of its
@@ -57,50 +57,60 @@ sqlite3* g_pDb = nullptr;
 std::string g_openFile;
 pid_t g_openPid = 0;
 
-const char* hiveText(HKEY hive) noexcept {
-    return hive == HKEY_LOCAL_MACHINE ? "HKLM" : "HKCU";
+const char* hiveText(HKEY _hHive) noexcept {
+    return _hHive == HKEY_LOCAL_MACHINE ? "HKLM" : "HKCU";
 }
 
-// Lookups fold case as the registry does, with the folding CString::CompareNoCase uses.
-std::string folded(const CString& s) {
-    CString upper(s);
+// Texts are stored in generalized UTF-8, so that an unpaired surrogate comes back as it was written (the
+// registry keeps any UTF-16) instead of becoming U+FFFD and merging two names.
+std::string storeText(const CString& _sText) {
+    return uqfmt::wideToWtf8(_sText.GetString(), static_cast<std::size_t>(_sText.GetLength()));
+}
+
+CString fromStore(const char* _pText, std::size_t _nBytes) {
+    return CString(uqfmt::wtf8ToWide(_pText, _nBytes));
+}
+
+// Lookups fold case as the registry does, with the one fold of CString::CompareNoCase.
+std::string folded(const CString& _sS) {
+    CString upper(_sS);
     upper.MakeUpper();
-    return upper.ToUtf8();
+    return storeText(upper);
 }
 
-CString sqliteMessage(sqlite3* db, int rc) {
-    const char* message = db != nullptr ? sqlite3_errmsg(db) : sqlite3_errstr(rc);
+CString sqliteMessage(sqlite3* _pDb, int _nRc) {
+    const char* message = _pDb != nullptr ? sqlite3_errmsg(_pDb) : sqlite3_errstr(_nRc);
     return CString::FromUtf8(message != nullptr ? message : "unknown SQLite error");
 }
 
-Result failure(Status status, const CString& reason) {
+Result failure(Status _status, const CString& _sReason) {
     Result r;
-    r.status = status;
-    r.sReason = reason;
+    r.status = _status;
+    r.sReason = _sReason;
     return r;
 }
 
-bool makeDirectories(const std::string& file, std::string& error) {
-    const std::size_t slash = file.find_last_of('/');
+bool makeDirectories(const std::string& _sFile, std::string& _rsError) {
+    const std::size_t slash = _sFile.find_last_of('/');
     if (slash == std::string::npos || slash == 0)
         return true;
     std::string path;
     for (std::size_t i = 0; i <= slash; ++i) {
-        if (file[i] == '/' && !path.empty() && path != "/") {
+        if (_sFile[i] == '/' && !path.empty() && path != "/") {
             if (::mkdir(path.c_str(), 0700) != 0 && errno != EEXIST) {
-                error = path + ": " + std::strerror(errno);
+                _rsError = path + ": " + std::strerror(errno);
                 return false;
             }
         }
-        path += file[i];
+        path += _sFile[i];
     }
     return true;
 }
 
 class Statement {
 public:
-    Statement(sqlite3* db, const char* sql) : m_pStmt(nullptr) {
-        m_rc = sqlite3_prepare_v2(db, sql, -1, &m_pStmt, nullptr);
+    Statement(sqlite3* _pDb, const char* _pszSql) : m_pStmt(nullptr) {
+        m_rc = sqlite3_prepare_v2(_pDb, _pszSql, -1, &m_pStmt, nullptr);
     }
     ~Statement() { sqlite3_finalize(m_pStmt); }
     Statement(const Statement&) = delete;
@@ -108,17 +118,18 @@ public:
 
     int rc() const noexcept { return m_rc; }
     // Binds texts by position (from 1); each must outlive the statement's execution.
-    void text(int index, const std::string& s) {
+    void text(int _nIndex, const std::string& _sS) {
         if (m_rc == SQLITE_OK)
-            m_rc = sqlite3_bind_text(m_pStmt, index, s.data(), static_cast<int>(s.size()), SQLITE_TRANSIENT);
+            m_rc = sqlite3_bind_text(m_pStmt, _nIndex, _sS.data(), static_cast<int>(_sS.size()),
+                                     SQLITE_TRANSIENT);
     }
-    void integer(int index, sqlite3_int64 n) {
+    void integer(int _nIndex, sqlite3_int64 _n) {
         if (m_rc == SQLITE_OK)
-            m_rc = sqlite3_bind_int64(m_pStmt, index, n);
+            m_rc = sqlite3_bind_int64(m_pStmt, _nIndex, _n);
     }
-    void blob(int index, const std::string& bytes) {
+    void blob(int _nIndex, const std::string& _sBytes) {
         if (m_rc == SQLITE_OK)
-            m_rc = sqlite3_bind_blob(m_pStmt, index, bytes.data(), static_cast<int>(bytes.size()),
+            m_rc = sqlite3_bind_blob(m_pStmt, _nIndex, _sBytes.data(), static_cast<int>(_sBytes.size()),
                                      SQLITE_TRANSIENT);
     }
     // SQLITE_ROW, SQLITE_DONE or an error.
@@ -143,11 +154,11 @@ private:
 // transaction and a failed write still undoes only itself.
 class Transaction {
 public:
-    Transaction(sqlite3* db, bool write)
-        : m_pDb(db), m_bOpen(false), m_bNested(sqlite3_get_autocommit(db) == 0) {
-        m_rc = sqlite3_exec(db,
+    Transaction(sqlite3* _pDb, bool _bWrite)
+        : m_pDb(_pDb), m_bOpen(false), m_bNested(sqlite3_get_autocommit(_pDb) == 0) {
+        m_rc = sqlite3_exec(_pDb,
                             m_bNested ? "SAVEPOINT kor_operation"
-                            : write   ? "BEGIN IMMEDIATE"
+                            : _bWrite ? "BEGIN IMMEDIATE"
                                       : "BEGIN",
                             nullptr, nullptr, nullptr);
         m_bOpen = m_rc == SQLITE_OK;
@@ -201,17 +212,17 @@ void closeConnection() {
     g_openFile.clear();
 }
 
-int readVersion(sqlite3* db, int& version) {
-    Statement s(db, "PRAGMA user_version");
+int readVersion(sqlite3* _pDb, int& _rnVersion) {
+    Statement s(_pDb, "PRAGMA user_version");
     if (s.step() == SQLITE_ROW)
-        version = sqlite3_column_int(s.get(), 0);
+        _rnVersion = sqlite3_column_int(s.get(), 0);
     return s.rc();
 }
 
 // "file:" URI of a path, for the URI parameters SQLite takes only there.
-std::string fileUri(const std::string& path) {
+std::string fileUri(const std::string& _sPath) {
     std::string uri = "file:";
-    for (const char c : path) {
+    for (const char c : _sPath) {
         if (c == '%' || c == '?' || c == '#') {
             char escaped[4];
             std::snprintf(escaped, sizeof escaped, "%%%02X", static_cast<unsigned char>(c));
@@ -227,43 +238,43 @@ std::string fileUri(const std::string& path) {
 // never need write access. A store in write-ahead-log mode needs its shared-memory file; where that may
 // neither be opened nor created (a directory the process cannot write), the file is read as it stands,
 // without the log of a writer that has not finished.
-int attemptOpenReadOnly(const std::string& path, sqlite3*& opened, int& version) {
-    int rc = sqlite3_open_v2(path.c_str(), &opened, SQLITE_OPEN_READONLY, nullptr);
+int attemptOpenReadOnly(const std::string& _sPath, sqlite3*& _rpOpened, int& _rnVersion) {
+    int rc = sqlite3_open_v2(_sPath.c_str(), &_rpOpened, SQLITE_OPEN_READONLY, nullptr);
     if (rc == SQLITE_OK) {
-        sqlite3_busy_timeout(opened, kBusyTimeoutMs);
-        rc = readVersion(opened, version);
+        sqlite3_busy_timeout(_rpOpened, BUSY_TIMEOUT_MS);
+        rc = readVersion(_rpOpened, _rnVersion);
     }
     if ((rc & 0xFF) == SQLITE_CANTOPEN || (rc & 0xFF) == SQLITE_READONLY) {
-        sqlite3_close_v2(opened);
-        opened = nullptr;
-        rc = sqlite3_open_v2((fileUri(path) + "?immutable=1").c_str(), &opened,
+        sqlite3_close_v2(_rpOpened);
+        _rpOpened = nullptr;
+        rc = sqlite3_open_v2((fileUri(_sPath) + "?immutable=1").c_str(), &_rpOpened,
                              SQLITE_OPEN_READONLY | SQLITE_OPEN_URI, nullptr);
         if (rc == SQLITE_OK)
-            rc = readVersion(opened, version);
+            rc = readVersion(_rpOpened, _rnVersion);
     }
     return rc;
 }
 
 // One try at opening the file, setting it up and reading (or creating) its schema.
-int attemptOpen(const std::string& path, sqlite3*& opened, int& version) {
-    int rc = sqlite3_open_v2(path.c_str(), &opened, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
+int attemptOpen(const std::string& _sPath, sqlite3*& _rpOpened, int& _rnVersion) {
+    int rc = sqlite3_open_v2(_sPath.c_str(), &_rpOpened, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
     if (rc == SQLITE_OK) {
-        sqlite3_busy_timeout(opened, kBusyTimeoutMs);
+        sqlite3_busy_timeout(_rpOpened, BUSY_TIMEOUT_MS);
         // A newer program's store is left as it is, its journal mode too.
-        rc = readVersion(opened, version);
+        rc = readVersion(_rpOpened, _rnVersion);
     }
-    if (rc == SQLITE_OK && version > kSchemaVersion)
+    if (rc == SQLITE_OK && _rnVersion > SCHEMA_VERSION)
         return rc;
     // Write-ahead logging where the file system supports it; the rollback journal is as safe otherwise.
     if (rc == SQLITE_OK)
-        rc = sqlite3_exec(opened, "PRAGMA journal_mode=WAL", nullptr, nullptr, nullptr);
+        rc = sqlite3_exec(_rpOpened, "PRAGMA journal_mode=WAL", nullptr, nullptr, nullptr);
     if (rc == SQLITE_OK)
-        rc = sqlite3_exec(opened, "PRAGMA synchronous=FULL", nullptr, nullptr, nullptr);
-    if (rc == SQLITE_OK && version == 0) {
-        Transaction t(opened, true);
+        rc = sqlite3_exec(_rpOpened, "PRAGMA synchronous=FULL", nullptr, nullptr, nullptr);
+    if (rc == SQLITE_OK && _rnVersion == 0) {
+        Transaction t(_rpOpened, true);
         rc = t.rc();
         if (rc == SQLITE_OK)
-            rc = sqlite3_exec(opened, kSchema, nullptr, nullptr, nullptr);
+            rc = sqlite3_exec(_rpOpened, SCHEMA, nullptr, nullptr, nullptr);
         if (rc == SQLITE_OK)
             rc = t.commit();
     }
@@ -272,10 +283,10 @@ int attemptOpen(const std::string& path, sqlite3*& opened, int& version) {
 
 // Whether the store is whole: a damaged or cut-off file must not read as one without values. Answers an
 // empty text when it is, else what SQLite found first.
-CString damage(sqlite3* db, int& rc) {
-    Statement s(db, "PRAGMA quick_check(1)");
-    rc = s.step() == SQLITE_ROW ? SQLITE_OK : s.rc();
-    if (rc != SQLITE_OK)
+CString damage(sqlite3* _pDb, int& _rnRc) {
+    Statement s(_pDb, "PRAGMA quick_check(1)");
+    _rnRc = s.step() == SQLITE_ROW ? SQLITE_OK : s.rc();
+    if (_rnRc != SQLITE_OK)
         return CString();
     const unsigned char* text = sqlite3_column_text(s.get(), 0);
     const std::string found = text != nullptr ? reinterpret_cast<const char*>(text) : "";
@@ -283,14 +294,14 @@ CString damage(sqlite3* db, int& rc) {
 }
 
 // Opens the configured file unless it is open already; on failure fills the result. Called under the mutex.
-Result open(sqlite3*& db) {
+Result open(sqlite3*& _rpDb) {
     const CString file = configuredFile();
     // A name that is not UTF-8 keeps its bytes (uqfmt::nativeToWide).
     const std::string path = uqfmt::wideToNative(file.GetString(), file.GetLength());
     if (g_pDb != nullptr && (g_openFile != path || g_openPid != ::getpid()))
         closeConnection();
     if (g_pDb != nullptr) {
-        db = g_pDb;
+        _rpDb = g_pDb;
         return Result();
     }
 
@@ -316,7 +327,7 @@ Result open(sqlite3*& db) {
     sqlite3* opened = nullptr;
     int rc = SQLITE_OK;
     int version = -1;
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(kBusyTimeoutMs);
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(BUSY_TIMEOUT_MS);
     for (;;) {
         opened = nullptr;
         version = -1;
@@ -333,8 +344,8 @@ Result open(sqlite3*& db) {
         sqlite3_close_v2(opened);
         return r;
     }
-    if (version > kSchemaVersion) {
-        r.sReason.Format(L"schema version %d is newer than this program's (%d)", version, kSchemaVersion);
+    if (version > SCHEMA_VERSION) {
+        r.sReason.Format(L"schema version %d is newer than this program's (%d)", version, SCHEMA_VERSION);
         sqlite3_close_v2(opened);
         return r;
     }
@@ -350,36 +361,35 @@ Result open(sqlite3*& db) {
     g_pDb = opened;
     g_openFile = path;
     g_openPid = ::getpid();
-    db = opened;
+    _rpDb = opened;
     return Result();
 }
 
 // UTF-8 entries, each ended by a zero byte, as REG_MULTI_SZ ends its entries.
-std::string encodeList(const std::vector<CString>& list) {
+std::string encodeList(const std::vector<CString>& _list) {
     std::string bytes;
-    for (const CString& s : list) {
-        bytes += s.ToUtf8();
+    for (const CString& s : _list) {
+        bytes += storeText(s);
         bytes += '\0';
     }
     return bytes;
 }
 
-std::vector<CString> decodeList(const char* data, int size) {
+std::vector<CString> decodeList(const char* _pszData, int _nSize) {
     std::vector<CString> list;
     int start = 0;
-    for (int i = 0; i <= size; ++i) {
-        if (i == size || data[i] == '\0') {
+    for (int i = 0; i <= _nSize; ++i) {
+        if (i == _nSize || _pszData[i] == '\0') {
             if (i > start)
-                list.push_back(
-                    CString::FromUtf8(std::string(data + start, static_cast<std::size_t>(i - start))));
+                list.push_back(fromStore(_pszData + start, static_cast<std::size_t>(i - start)));
             start = i + 1;
         }
     }
     return list;
 }
 
-const wchar_t* storageText(int type) noexcept {
-    switch (type) {
+const wchar_t* storageText(int _nType) noexcept {
+    switch (_nType) {
     case SQLITE_INTEGER:
         return L"an integer";
     case SQLITE_FLOAT:
@@ -394,50 +404,52 @@ const wchar_t* storageText(int type) noexcept {
 }
 
 // SQLITE_ROW with the value filled in, SQLITE_DONE when there is none, or an error.
-int selectValue(sqlite3* db, HKEY hive, const std::string& keyFolded, const std::string& nameFolded,
-                Value* value) {
-    Statement s(db,
+int selectValue(sqlite3* _pDb, HKEY _hHive, const std::string& _sKeyFolded, const std::string& _sNameFolded,
+                Value* _pValue) {
+    Statement s(_pDb,
                 "SELECT type, data FROM registry_value WHERE hive = ?1 AND path_key = ?2 AND name_key = ?3");
-    s.text(1, hiveText(hive));
-    s.text(2, keyFolded);
-    s.text(3, nameFolded);
+    s.text(1, hiveText(_hHive));
+    s.text(2, _sKeyFolded);
+    s.text(3, _sNameFolded);
     const int rc = s.step();
-    if (rc != SQLITE_ROW || value == nullptr)
+    if (rc != SQLITE_ROW || _pValue == nullptr)
         return rc == SQLITE_ROW || rc == SQLITE_DONE ? rc : s.rc();
     sqlite3_stmt* st = s.get();
-    value->dwType = static_cast<DWORD>(sqlite3_column_int64(st, 0));
+    _pValue->dwType = static_cast<DWORD>(sqlite3_column_int64(st, 0));
     const int stored = sqlite3_column_type(st, 1);
-    switch (value->dwType) {
+    switch (_pValue->dwType) {
     case TYPE_SZ:
     case TYPE_EXPAND_SZ: {
         if (stored != SQLITE_TEXT) {
-            value->sMalformed.Format(L"a string stored as %s", storageText(stored));
+            _pValue->sMalformed.Format(L"a string stored as %s", storageText(stored));
             break;
         }
         const unsigned char* text = sqlite3_column_text(st, 1);
-        value->sText = CString::FromUtf8(text != nullptr ? reinterpret_cast<const char*>(text) : "");
+        _pValue->sText = text != nullptr ? fromStore(reinterpret_cast<const char*>(text),
+                                                     static_cast<std::size_t>(sqlite3_column_bytes(st, 1)))
+                                         : CString();
         break;
     }
     case TYPE_DWORD: {
         // Only what a REG_DWORD can hold: SQLite keeps any integer, text or nothing in the column.
         if (stored != SQLITE_INTEGER) {
-            value->sMalformed.Format(L"a number stored as %s", storageText(stored));
+            _pValue->sMalformed.Format(L"a number stored as %s", storageText(stored));
             break;
         }
         const sqlite3_int64 number = sqlite3_column_int64(st, 1);
         if (number < 0 || number > 0xFFFFFFFFll) {
-            value->sMalformed.Format(L"a number out of range (%I64d)", static_cast<long long>(number));
+            _pValue->sMalformed.Format(L"a number out of range (%I64d)", static_cast<long long>(number));
             break;
         }
-        value->dwNumber = static_cast<DWORD>(number);
+        _pValue->dwNumber = static_cast<DWORD>(number);
         break;
     }
     case TYPE_MULTI_SZ:
         if (stored != SQLITE_BLOB) {
-            value->sMalformed.Format(L"a list of strings stored as %s", storageText(stored));
+            _pValue->sMalformed.Format(L"a list of strings stored as %s", storageText(stored));
             break;
         }
-        value->asList =
+        _pValue->asList =
             decodeList(static_cast<const char*>(sqlite3_column_blob(st, 1)), sqlite3_column_bytes(st, 1));
         break;
     default:
@@ -447,50 +459,51 @@ int selectValue(sqlite3* db, HKEY hive, const std::string& keyFolded, const std:
 }
 
 // SQLITE_ROW when the key exists (the hive itself always does), SQLITE_DONE when not, or an error.
-int selectKey(sqlite3* db, HKEY hive, const std::string& keyFolded) {
-    if (keyFolded.empty())
+int selectKey(sqlite3* _pDb, HKEY _hHive, const std::string& _sKeyFolded) {
+    if (_sKeyFolded.empty())
         return SQLITE_ROW;
-    Statement s(db, "SELECT 1 FROM registry_key WHERE hive = ?1 AND path_key = ?2");
-    s.text(1, hiveText(hive));
-    s.text(2, keyFolded);
+    Statement s(_pDb, "SELECT 1 FROM registry_key WHERE hive = ?1 AND path_key = ?2");
+    s.text(1, hiveText(_hHive));
+    s.text(2, _sKeyFolded);
     const int rc = s.step();
     return rc == SQLITE_ROW || rc == SQLITE_DONE ? rc : s.rc();
 }
 
 // The key and every parent, then the value; a value keeps the spelling of its name from its first write.
-int insertValue(sqlite3* db, HKEY hive, const CString& key, const CString& name, const Value& value) {
-    for (int end = 0; end <= key.GetLength(); ++end) {
-        if (end < key.GetLength() && key[end] != L'\\')
+int insertValue(sqlite3* _pDb, HKEY _hHive, const CString& _sKey, const CString& _sName,
+                const Value& _value) {
+    for (int end = 0; end <= _sKey.GetLength(); ++end) {
+        if (end < _sKey.GetLength() && _sKey[end] != L'\\')
             continue;
-        const CString prefix = key.Left(end);
+        const CString prefix = _sKey.Left(end);
         if (prefix.IsEmpty())
             continue;
-        Statement s(db, "INSERT OR IGNORE INTO registry_key (hive, path_key, path) VALUES (?1, ?2, ?3)");
-        s.text(1, hiveText(hive));
+        Statement s(_pDb, "INSERT OR IGNORE INTO registry_key (hive, path_key, path) VALUES (?1, ?2, ?3)");
+        s.text(1, hiveText(_hHive));
         s.text(2, folded(prefix));
-        s.text(3, prefix.ToUtf8());
+        s.text(3, storeText(prefix));
         if (s.step() != SQLITE_DONE)
             return s.rc();
     }
     Statement s(
-        db,
+        _pDb,
         "INSERT INTO registry_value (hive, path_key, name_key, name, type, data)"
         " VALUES (?1, ?2, ?3, ?4, ?5, ?6)"
         " ON CONFLICT (hive, path_key, name_key) DO UPDATE SET type = excluded.type, data = excluded.data");
-    s.text(1, hiveText(hive));
-    s.text(2, folded(key));
-    s.text(3, folded(name));
-    s.text(4, name.ToUtf8());
-    s.integer(5, value.dwType);
-    switch (value.dwType) {
+    s.text(1, hiveText(_hHive));
+    s.text(2, folded(_sKey));
+    s.text(3, folded(_sName));
+    s.text(4, storeText(_sName));
+    s.integer(5, _value.dwType);
+    switch (_value.dwType) {
     case TYPE_DWORD:
-        s.integer(6, value.dwNumber);
+        s.integer(6, _value.dwNumber);
         break;
     case TYPE_MULTI_SZ:
-        s.blob(6, encodeList(value.asList));
+        s.blob(6, encodeList(_value.asList));
         break;
     default:
-        s.text(6, value.sText.ToUtf8());
+        s.text(6, storeText(_value.sText));
         break;
     }
     return s.step() == SQLITE_DONE ? SQLITE_OK : s.rc();
@@ -498,7 +511,7 @@ int insertValue(sqlite3* db, HKEY hive, const CString& key, const CString& name,
 
 } // namespace
 
-Result read(HKEY hive, const CString& key, const CString& name, Value& value) {
+Result read(HKEY _hHive, const CString& _sKey, const CString& _sName, Value& _rValue) {
     std::lock_guard<std::recursive_mutex> lock(g_mutex);
     sqlite3* db = nullptr;
     Result r = open(db);
@@ -507,9 +520,9 @@ Result read(HKEY hive, const CString& key, const CString& name, Value& value) {
     Transaction t(db, false);
     int rc = t.rc();
     if (rc == SQLITE_OK)
-        rc = selectValue(db, hive, folded(key), folded(name), &value);
+        rc = selectValue(db, _hHive, folded(_sKey), folded(_sName), &_rValue);
     if (rc == SQLITE_DONE) {
-        rc = selectKey(db, hive, folded(key));
+        rc = selectKey(db, _hHive, folded(_sKey));
         if (rc == SQLITE_ROW || rc == SQLITE_DONE)
             return failure(rc == SQLITE_ROW ? Status::ValueNotFound : Status::KeyNotFound, CString());
     }
@@ -518,7 +531,7 @@ Result read(HKEY hive, const CString& key, const CString& name, Value& value) {
     return r;
 }
 
-Result write(HKEY hive, const CString& key, const CString& name, const Value& value) {
+Result write(HKEY _hHive, const CString& _sKey, const CString& _sName, const Value& _value) {
     std::lock_guard<std::recursive_mutex> lock(g_mutex);
     sqlite3* db = nullptr;
     Result r = open(db);
@@ -527,7 +540,7 @@ Result write(HKEY hive, const CString& key, const CString& name, const Value& va
     Transaction t(db, true);
     int rc = t.rc();
     if (rc == SQLITE_OK)
-        rc = insertValue(db, hive, key, name, value);
+        rc = insertValue(db, _hHive, _sKey, _sName, _value);
     if (rc == SQLITE_OK)
         rc = t.commit();
     if (rc != SQLITE_OK)
@@ -535,10 +548,10 @@ Result write(HKEY hive, const CString& key, const CString& name, const Value& va
     return r;
 }
 
-Result readOrWrite(HKEY hive, const CString& key, const CString& name, const Value& dflt, Value& value,
-                   bool& written) {
+Result readOrWrite(HKEY _hHive, const CString& _sKey, const CString& _sName, const Value& _default,
+                   Value& _rValue, bool& _rbWritten) {
     std::lock_guard<std::recursive_mutex> lock(g_mutex);
-    written = false;
+    _rbWritten = false;
     sqlite3* db = nullptr;
     Result r = open(db);
     if (r.status != Status::Ok)
@@ -546,18 +559,18 @@ Result readOrWrite(HKEY hive, const CString& key, const CString& name, const Val
     Transaction t(db, true);
     int rc = t.rc();
     if (rc == SQLITE_OK)
-        rc = selectValue(db, hive, folded(key), folded(name), &value);
+        rc = selectValue(db, _hHive, folded(_sKey), folded(_sName), &_rValue);
     if (rc == SQLITE_ROW)
         return r; // the transaction wrote nothing; its rollback ends it
     if (rc != SQLITE_DONE)
         return failure(Status::ReadFailed, sqliteMessage(db, rc));
-    rc = insertValue(db, hive, key, name, dflt);
+    rc = insertValue(db, _hHive, _sKey, _sName, _default);
     if (rc == SQLITE_OK)
         rc = t.commit();
     if (rc != SQLITE_OK)
         return failure(Status::WriteFailed, sqliteMessage(db, rc));
-    value = dflt;
-    written = true;
+    _rValue = _default;
+    _rbWritten = true;
     return r;
 }
 
@@ -614,37 +627,37 @@ void endUpdate(void* _pLock) noexcept {
     g_mutex.unlock();
 }
 
-Result valueExists(HKEY hive, const CString& key, const CString& name, bool& exists) {
+Result valueExists(HKEY _hHive, const CString& _sKey, const CString& _sName, bool& _rbExists) {
     std::lock_guard<std::recursive_mutex> lock(g_mutex);
-    exists = false;
+    _rbExists = false;
     sqlite3* db = nullptr;
     Result r = open(db);
     if (r.status != Status::Ok)
         return r;
-    const int rc = selectValue(db, hive, folded(key), folded(name), nullptr);
+    const int rc = selectValue(db, _hHive, folded(_sKey), folded(_sName), nullptr);
     if (rc != SQLITE_ROW && rc != SQLITE_DONE)
         return failure(Status::ReadFailed, sqliteMessage(db, rc));
-    exists = rc == SQLITE_ROW;
+    _rbExists = rc == SQLITE_ROW;
     return r;
 }
 
-Result keyExists(HKEY hive, const CString& key, bool& exists) {
+Result keyExists(HKEY _hHive, const CString& _sKey, bool& _rbExists) {
     std::lock_guard<std::recursive_mutex> lock(g_mutex);
-    exists = false;
+    _rbExists = false;
     sqlite3* db = nullptr;
     Result r = open(db);
     if (r.status != Status::Ok)
         return r;
-    const int rc = selectKey(db, hive, folded(key));
+    const int rc = selectKey(db, _hHive, folded(_sKey));
     if (rc != SQLITE_ROW && rc != SQLITE_DONE)
         return failure(Status::ReadFailed, sqliteMessage(db, rc));
-    exists = rc == SQLITE_ROW;
+    _rbExists = rc == SQLITE_ROW;
     return r;
 }
 
-void setFile(const CString& path) {
+void setFile(const CString& _sPath) {
     std::lock_guard<std::recursive_mutex> lock(g_mutex);
-    g_sConfiguredFile = path;
+    g_sConfiguredFile = _sPath;
     // The next operation opens the new file; a test that deletes the old one finds it closed.
     closeConnection();
 }

@@ -1,6 +1,6 @@
 #include "interfaces/korbase.h"
 
-#include "UQRegistryStore.h"
+#include "kor/base/UQRegistryStore.h"
 
 #include <utility>
 

@@ -1,6 +1,7 @@
 // The registry on Windows. The predefined hive handles are passed to the registry functions as they are,
 // so that a process that redirects them (RegOverridePredefKey) finds its values where it put them.
-#include "UQRegistryStore.h"
+#include "compat/UQHandle.h"
+#include "kor/base/UQRegistryStore.h"
 
 #include <new>
 
@@ -23,24 +24,10 @@ Result failure(Status status, LONG rc) {
     return r;
 }
 
-class Key {
-public:
-    Key() noexcept : m_h(nullptr) {}
-    ~Key() {
-        if (m_h != nullptr)
-            RegCloseKey(m_h);
-    }
-    Key(const Key&) = delete;
-    Key& operator=(const Key&) = delete;
-    HKEY* out() noexcept { return &m_h; }
-    HKEY get() const noexcept { return m_h; }
-
-private:
-    HKEY m_h;
-};
+typedef UQRegistryKey Key;
 
 // How long a write waits for another process's update of the same value, as the native store waits.
-const DWORD kUpdateWaitMs = 30000;
+const DWORD UPDATE_WAIT_MS = 30000;
 
 // "Local\korguibase-registry-<hash>" of the hive, key and name, folded as the registry compares them:
 // object names cannot hold backslashes and are limited in length, so the value is named by a hash. Two
@@ -73,7 +60,7 @@ public:
             m_rc = static_cast<LONG>(GetLastError());
             return;
         }
-        const DWORD wait = WaitForSingleObject(m_h, kUpdateWaitMs);
+        const DWORD wait = WaitForSingleObject(m_h, UPDATE_WAIT_MS);
         // An owner that died without releasing it left the value as the registry has it: whole.
         if (wait == WAIT_OBJECT_0 || wait == WAIT_ABANDONED)
             return;
@@ -99,12 +86,12 @@ private:
 };
 
 LONG openKey(HKEY hive, const CString& key, REGSAM access, Key& out) {
-    return RegOpenKeyExW(hive, key, 0, access, out.out());
+    return RegOpenKeyExW(hive, key, 0, access, out.mf_put());
 }
 
 LONG createKey(HKEY hive, const CString& key, Key& out) {
     return RegCreateKeyExW(hive, key, 0, nullptr, REG_OPTION_NON_VOLATILE, KEY_QUERY_VALUE | KEY_SET_VALUE,
-                           nullptr, out.out(), nullptr);
+                           nullptr, out.mf_put(), nullptr);
 }
 
 // A string of a value's data: up to its first terminator, or all of it when it has none.
@@ -198,7 +185,7 @@ Result read(HKEY hive, const CString& key, const CString& name, Value& value) {
         return failure(Status::KeyNotFound, ERROR_SUCCESS);
     if (rc != ERROR_SUCCESS)
         return failure(Status::ReadFailed, rc);
-    rc = queryValue(h.get(), name, value);
+    rc = queryValue(h.mf_get(), name, value);
     if (rc == ERROR_FILE_NOT_FOUND)
         return failure(Status::ValueNotFound, ERROR_SUCCESS);
     if (rc != ERROR_SUCCESS)
@@ -213,7 +200,7 @@ Result write(HKEY hive, const CString& key, const CString& name, const Value& va
     Key h;
     LONG rc = createKey(hive, key, h);
     if (rc == ERROR_SUCCESS)
-        rc = setValue(h.get(), name, value);
+        rc = setValue(h.mf_get(), name, value);
     if (rc != ERROR_SUCCESS)
         return failure(Status::WriteFailed, rc);
     return Result();
@@ -231,7 +218,7 @@ Result readOrWrite(HKEY hive, const CString& key, const CString& name, const Val
         Key h;
         LONG rc = openKey(hive, key, KEY_QUERY_VALUE, h);
         if (rc == ERROR_SUCCESS)
-            rc = queryValue(h.get(), name, value);
+            rc = queryValue(h.mf_get(), name, value);
         if (rc == ERROR_SUCCESS)
             return Result();
         if (rc != ERROR_FILE_NOT_FOUND)
@@ -241,7 +228,7 @@ Result readOrWrite(HKEY hive, const CString& key, const CString& name, const Val
     Key h;
     LONG rc = createKey(hive, key, h);
     if (rc == ERROR_SUCCESS)
-        rc = setValue(h.get(), name, dflt);
+        rc = setValue(h.mf_get(), name, dflt);
     if (rc != ERROR_SUCCESS)
         return failure(Status::WriteFailed, rc);
     value = dflt;
@@ -285,7 +272,7 @@ Result valueExists(HKEY hive, const CString& key, const CString& name, bool& exi
     if (rc == ERROR_FILE_NOT_FOUND)
         return Result();
     if (rc == ERROR_SUCCESS)
-        rc = RegQueryValueExW(h.get(), name, nullptr, nullptr, nullptr, nullptr);
+        rc = RegQueryValueExW(h.mf_get(), name, nullptr, nullptr, nullptr, nullptr);
     if (rc == ERROR_FILE_NOT_FOUND)
         return Result();
     if (rc != ERROR_SUCCESS)

@@ -7,8 +7,8 @@ const UQSeverity UQSeverity::Info(UVSeverity::GREEN);
 const UQSeverity UQSeverity::Warning(UVSeverity::YELLOW);
 const UQSeverity UQSeverity::Error(UVSeverity::RED);
 
-CString UVSeverity::mf_toString(const UVSeverity& severity) {
-    switch (severity.mf_getValue()) {
+CString UVSeverity::mf_toString(const UVSeverity& _severity) {
+    switch (_severity.mf_getValue()) {
     case GREEN:
         return UQString(1100);
     case YELLOW:
@@ -17,7 +17,7 @@ CString UVSeverity::mf_toString(const UVSeverity& severity) {
         return UQString(1102);
     default: {
         CString s;
-        s.Format(L"Severity %d", severity.mf_getValue());
+        s.Format(L"Severity %d", _severity.mf_getValue());
         return s;
     }
     }

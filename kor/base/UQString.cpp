@@ -1,4 +1,5 @@
 #include "interfaces/korbase.h"
+#include "kor/KorReport.h"
 
 #include <algorithm>
 #include <iterator>
@@ -10,31 +11,29 @@ struct CatalogueEntry {
     const wchar_t* text;
 };
 
-const CatalogueEntry kCatalogue[] = {
+const CatalogueEntry CATALOGUE[] = {
 #include "catalogue_english.inc"
 };
 
-const CatalogueEntry* find(unsigned number) noexcept {
+const CatalogueEntry* find(unsigned _uNumber) noexcept {
     // The source is kept in ascending order by its authors, but a linear fallback keeps it forgiving.
-    const auto it = std::find_if(std::begin(kCatalogue), std::end(kCatalogue),
-                                 [number](const CatalogueEntry& e) { return e.number == number; });
-    return it != std::end(kCatalogue) ? it : nullptr;
+    const auto it = std::find_if(std::begin(CATALOGUE), std::end(CATALOGUE),
+                                 [_uNumber](const CatalogueEntry& _e) { return _e.number == _uNumber; });
+    return it != std::end(CATALOGUE) ? it : nullptr;
 }
 
 } // namespace
 
-UQString::UQString(unsigned number) {
+UQString::UQString(unsigned _uNumber) {
     static const wchar_t* const _sFunction_ = L"UQString::UQString";
-    const CatalogueEntry* e = find(number);
+    const CatalogueEntry* e = find(_uNumber);
     if (e == nullptr) {
-        UQThreadContext::mf_setLoggingLanguage();
-        UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_, L"Message %u not found in the catalogue",
-                               number);
-        throw UQErrno(UQErrno::_E_::ItemNotFound);
+        UQKorReport::mf_fail(UQErrno(UQErrno::_E_::ItemNotFound), _sFunction_,
+                             L"Message %u not found in the catalogue", _uNumber);
     }
     m_sText = e->text;
 }
 
-int UQString::mf_exists(unsigned number) noexcept {
-    return find(number) != nullptr;
+int UQString::mf_exists(unsigned _uNumber) noexcept {
+    return find(_uNumber) != nullptr;
 }

@@ -2,7 +2,7 @@
 // under ThreadSanitizer.
 #include "interfaces/korbase.h"
 
-#include "kor/base/KorReport.h"
+#include "kor/KorReport.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -19,7 +19,7 @@
 namespace {
 
 // ERROR_POSSIBLE_DEADLOCK: a thread asked to wait for itself.
-const std::uint32_t kErrorPossibleDeadlock = 1131;
+const std::uint32_t POSSIBLE_DEADLOCK_ERROR = 1131;
 
 // Microseconds of the steady clock: due times are kept finer than the waits, so no run comes early.
 std::int64_t steadyNowUs() noexcept {
@@ -33,8 +33,8 @@ std::int64_t steadyNowUs() noexcept {
 struct UQThreads::State {
     enum Phase { IDLE, STARTING, RUNNING, ENDED };
 
-    State(const CString& sName_, UQThreadContext::TYPE type_, int bRepeat_)
-        : sName(sName_), type(type_), bRepeat(bRepeat_ != 0) {}
+    State(const CString& _sName, UQThreadContext::TYPE _type, int _bRepeat)
+        : sName(_sName), type(_type), bRepeat(_bRepeat != 0) {}
 
     const CString sName;
     const UQThreadContext::TYPE type;
@@ -63,7 +63,7 @@ thread_local int t_nType = UQThreadContext::TYPE_NONE;
 // The system's name of the calling thread: SetThreadDescription on Windows, looked up at run time since
 // Windows before 10 (1607) does not export it and the DLL must load there too; pthread_setname_np (15
 // bytes) elsewhere.
-void setSystemThreadName(const CString& name) noexcept {
+void setSystemThreadName(const CString& _sName) noexcept {
 #if defined(_WIN32)
     typedef HRESULT(WINAPI * SetThreadDescriptionFn)(HANDLE, PCWSTR);
     static const SetThreadDescriptionFn s_pfn = []() -> SetThreadDescriptionFn {
@@ -78,10 +78,10 @@ void setSystemThreadName(const CString& name) noexcept {
         return nullptr;
     }();
     if (s_pfn != nullptr)
-        s_pfn(GetCurrentThread(), name.GetString());
+        s_pfn(GetCurrentThread(), _sName.GetString());
 #else
     try {
-        std::string utf8 = name.ToUtf8();
+        std::string utf8 = _sName.ToUtf8();
         if (utf8.size() > 15) {
             std::size_t n = 15;
             while (n > 0 && (static_cast<unsigned char>(utf8[n]) & 0xC0) == 0x80)
@@ -111,12 +111,13 @@ UQThreads* UQThreadContext::mf_getCurrentThreads() noexcept {
 // ---------------------------------------------------------------------------------------------------------
 // UQThreads
 
-UQThreads::UQThreads(const CString& sName, UQThreadContext::TYPE type, int bRepeat)
-    : m_state(std::make_shared<State>(sName, type, bRepeat)) {}
+UQThreads::UQThreads(const CString& _sName, UQThreadContext::TYPE _type, int _bRepeat)
+    : m_state(std::make_shared<State>(_sName, _type, _bRepeat)) {}
 
-UQThreads::UQThreads(const UQThreads& other)
-    : UQCancelObject(other),
-      m_state(std::make_shared<State>(other.m_state->sName, other.m_state->type, other.m_state->bRepeat)) {}
+UQThreads::UQThreads(const UQThreads& _other)
+    : UQCancelObject(_other),
+      m_state(std::make_shared<State>(_other.m_state->sName, _other.m_state->type, _other.m_state->bRepeat)) {
+}
 
 UQThreads::~UQThreads() {
     static const wchar_t* const _sFunction_ = L"UQThreads::~UQThreads";
@@ -140,8 +141,8 @@ UQThreads::~UQThreads() {
         return;
     }
     if (bRunning)
-        korreport::log(UQLogData::LEVEL_E, _sFunction_,
-                       L"Thread '%s' is still running while destroyed; waiting for it", s.sName);
+        UQKorReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
+                            L"Thread '%s' is still running while destroyed; waiting for it", s.sName);
     thread.join();
 }
 
@@ -157,8 +158,8 @@ void UQThreads::mf_start() {
         std::unique_lock<std::mutex> lock(s.mutex);
         if (s.phase == State::STARTING || s.phase == State::RUNNING) {
             lock.unlock();
-            korreport::fail(UQErrno::_E_::AlreadyInitialized, _sFunction_, L"Thread '%s' is already running",
-                            s.sName);
+            UQKorReport::mf_fail(UQErrno(UQErrno::_E_::AlreadyInitialized), _sFunction_,
+                                 L"Thread '%s' is already running", s.sName);
         }
         previous = std::move(s.thread); // a thread that has ended and was not waited for
     }
@@ -180,8 +181,8 @@ void UQThreads::mf_start() {
         }
     }
     if (!sError.IsEmpty())
-        korreport::fail(UQErrno::_E_::System, _sFunction_, L"Failure creating thread '%s': %s", s.sName,
-                        sError);
+        UQKorReport::mf_fail(UQErrno(UQErrno::_E_::System), _sFunction_, L"Failure creating thread '%s': %s",
+                             s.sName, sError);
 }
 
 void UQThreads::mf_startWait() {
@@ -190,8 +191,8 @@ void UQThreads::mf_startWait() {
     std::unique_lock<std::mutex> lock(s.mutex);
     if (s.phase == State::IDLE) {
         lock.unlock();
-        korreport::fail(UQErrno::_E_::Initialization, _sFunction_, L"Thread '%s' has not been started",
-                        s.sName);
+        UQKorReport::mf_fail(UQErrno(UQErrno::_E_::Initialization), _sFunction_,
+                             L"Thread '%s' has not been started", s.sName);
     }
     s.cond.wait(lock, [&s] { return s.phase != State::STARTING; });
 }
@@ -206,18 +207,18 @@ void UQThreads::mf_stop() {
     s.cond.notify_all();
 }
 
-UQErrnoNumber UQThreads::mf_stopWait(unsigned long ulTimeoutMs) {
+UQErrnoNumber UQThreads::mf_stopWait(unsigned long _ulTimeoutMs) {
     static const wchar_t* const _sFunction_ = L"UQThreads::mf_stopWait";
     mf_stop();
-    return mf_implWaitEnd(ulTimeoutMs, _sFunction_);
+    return mf_implWaitEnd(_ulTimeoutMs, _sFunction_);
 }
 
-UQErrnoNumber UQThreads::mf_wait(unsigned long ulTimeoutMs) {
+UQErrnoNumber UQThreads::mf_wait(unsigned long _ulTimeoutMs) {
     static const wchar_t* const _sFunction_ = L"UQThreads::mf_wait";
-    return mf_implWaitEnd(ulTimeoutMs, _sFunction_);
+    return mf_implWaitEnd(_ulTimeoutMs, _sFunction_);
 }
 
-UQErrnoNumber UQThreads::mf_implWaitEnd(unsigned long ulTimeoutMs, const wchar_t* _sFunction_) {
+UQErrnoNumber UQThreads::mf_implWaitEnd(unsigned long _ulTimeoutMs, const wchar_t* _pszFunction) {
     State& s = *m_state;
     std::thread thread;
     {
@@ -226,13 +227,14 @@ UQErrnoNumber UQThreads::mf_implWaitEnd(unsigned long ulTimeoutMs, const wchar_t
             return UQErrnoNumber(0);
         if (s.phase != State::ENDED && s.threadId == std::this_thread::get_id()) {
             lock.unlock();
-            korreport::log(UQLogData::LEVEL_E, _sFunction_, L"Thread '%s' cannot wait for itself", s.sName);
-            return UQErrnoNumber(kErrorPossibleDeadlock);
+            UQKorReport::mf_log(UQLogData::LEVEL_E, _pszFunction, L"Thread '%s' cannot wait for itself",
+                                s.sName);
+            return UQErrnoNumber(POSSIBLE_DEADLOCK_ERROR);
         }
         const auto ended = [&s] { return s.phase == State::ENDED; };
-        if (ulTimeoutMs == INFINITE)
+        if (_ulTimeoutMs == INFINITE)
             s.cond.wait(lock, ended);
-        else if (!s.cond.wait_for(lock, std::chrono::milliseconds(ulTimeoutMs), ended))
+        else if (!s.cond.wait_for(lock, std::chrono::milliseconds(_ulTimeoutMs), ended))
             return UQErrnoNumber(WAIT_TIMEOUT);
         thread = std::move(s.thread);
     }
@@ -279,17 +281,17 @@ UQErrnoData UQThreads::mf_getExitError() const noexcept {
     return m_state->exitError;
 }
 
-int UQThreads::mf_implWait(unsigned long ulMs) noexcept {
+int UQThreads::mf_implWait(unsigned long _ulMs) noexcept {
     State& s = *m_state;
     try {
         std::unique_lock<std::mutex> lock(s.mutex);
         const auto woken = [&s] { return s.bWake || s.bShutdown.load(); };
         bool bWoken;
-        if (ulMs == INFINITE) {
+        if (_ulMs == INFINITE) {
             s.cond.wait(lock, woken);
             bWoken = true;
         } else {
-            bWoken = s.cond.wait_for(lock, std::chrono::milliseconds(ulMs), woken);
+            bWoken = s.cond.wait_for(lock, std::chrono::milliseconds(_ulMs), woken);
         }
         if (bWoken)
             s.bWake = false;
@@ -311,10 +313,10 @@ void UQThreads::mf_implWakeUp() noexcept {
 
 // The thread function. It holds the state, so the state outlives the object if the object is destroyed by
 // its own thread; it touches the object only until it reports its end.
-void UQThreads::mf_implRun(UQThreads* pThis, std::shared_ptr<State> state) noexcept {
+void UQThreads::mf_implRun(UQThreads* _pThis, std::shared_ptr<State> _state) noexcept {
     static const wchar_t* const _sFunction_ = L"UQThreads::mf_implRun";
-    State& s = *state;
-    t_pThreads = pThis;
+    State& s = *_state;
+    t_pThreads = _pThis;
     t_pName = &s.sName;
     t_nType = s.type;
     s.dwThreadId.store(GetCurrentThreadId());
@@ -322,27 +324,29 @@ void UQThreads::mf_implRun(UQThreads* pThis, std::shared_ptr<State> state) noexc
 
     UQErrnoData exitError;
     // One step of the thread; false when it failed (logged) and the thread is to end.
-    const auto step = [&](const wchar_t* pszStep, auto&& f) -> bool {
+    const auto step = [&](const wchar_t* _pszStep, auto&& _f) -> bool {
         try {
-            f();
+            _f();
             return true;
         } catch (const UQErrno& e) {
             exitError = e.mf_getData();
-            korreport::log(UQLogData::LEVEL_E, _sFunction_, L"Failure in %s of thread '%s':\r\n%s%s", pszStep,
-                           s.sName, UQLog::TAB, e.mf_toString());
+            UQKorReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure in %s of thread '%s':\r\n%s%s",
+                                _pszStep, s.sName, UQLog::TAB, e.mf_toString());
         } catch (const std::exception& e) {
             exitError = UQErrno::_E_::Internal;
-            korreport::log(UQLogData::LEVEL_E, _sFunction_, L"Unexpected exception in %s of thread '%s': %s",
-                           pszStep, s.sName, CString::FromUtf8(e.what()));
+            UQKorReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
+                                L"Unexpected exception in %s of thread '%s': %s", _pszStep, s.sName,
+                                CString::FromUtf8(e.what()));
         } catch (...) {
             exitError = UQErrno::_E_::Internal;
-            korreport::log(UQLogData::LEVEL_E, _sFunction_,
-                           L"Unexpected exception in %s of thread '%s': unknown type", pszStep, s.sName);
+            UQKorReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
+                                L"Unexpected exception in %s of thread '%s': unknown type", _pszStep,
+                                s.sName);
         }
         return false;
     };
 
-    const bool bStarted = step(L"mf_implExecuteOnStart", [pThis] { pThis->mf_implExecuteOnStart(0); });
+    const bool bStarted = step(L"mf_implExecuteOnStart", [_pThis] { _pThis->mf_implExecuteOnStart(0); });
     {
         std::lock_guard<std::mutex> lock(s.mutex);
         s.phase = State::RUNNING;
@@ -350,7 +354,7 @@ void UQThreads::mf_implRun(UQThreads* pThis, std::shared_ptr<State> state) noexc
     }
     if (bStarted) {
         while (!s.bShutdown.load()) {
-            if (!step(L"mf_implExecute", [pThis] { pThis->mf_implExecute(0); }))
+            if (!step(L"mf_implExecute", [_pThis] { _pThis->mf_implExecute(0); }))
                 break;
             if (!s.bRepeat || s.bDestroyed.load())
                 break;
@@ -358,7 +362,7 @@ void UQThreads::mf_implRun(UQThreads* pThis, std::shared_ptr<State> state) noexc
     }
     const UQErrnoData bodyError = exitError;
     if (!s.bDestroyed.load())
-        step(L"mf_implExecuteOnStop", [pThis] { pThis->mf_implExecuteOnStop(0); });
+        step(L"mf_implExecuteOnStop", [_pThis] { _pThis->mf_implExecuteOnStop(0); });
     if (bodyError)
         exitError = bodyError; // the first failure is the one that ended the thread
 
@@ -374,34 +378,35 @@ void UQThreads::mf_implRun(UQThreads* pThis, std::shared_ptr<State> state) noexc
 // ---------------------------------------------------------------------------------------------------------
 // UQTimerThread
 
-UQTimerThread::UQTimerThread(const CString& sName, UQThreadContext::TYPE type, unsigned long ulIntervalMs)
-    : UQThreads(sName, type, 1), m_ulInterval(ulIntervalMs), m_ulFirstDelay(ulIntervalMs), m_nRuns(0),
+UQTimerThread::UQTimerThread(const CString& _sName, UQThreadContext::TYPE _type, unsigned long _ulIntervalMs)
+    : UQThreads(_sName, _type, 1), m_ulInterval(_ulIntervalMs), m_ulFirstDelay(_ulIntervalMs), m_nRuns(0),
       m_nRunsMade(0), m_bFirstRun(1), m_nDueUs(0) {}
 
-UQTimerThread::UQTimerThread(const CString& sName, unsigned long ulIntervalMs)
-    : UQTimerThread(sName, UQThreadContext::TYPE_TIMER, ulIntervalMs) {}
+UQTimerThread::UQTimerThread(const CString& _sName, unsigned long _ulIntervalMs)
+    : UQTimerThread(_sName, UQThreadContext::TYPE_TIMER, _ulIntervalMs) {}
 
-UQTimerThread::UQTimerThread(const UQTimerThread& other)
-    : UQThreads(other), m_ulInterval(other.m_ulInterval.load()), m_ulFirstDelay(other.m_ulFirstDelay.load()),
-      m_nRuns(other.m_nRuns.load()), m_nRunsMade(0), m_bFirstRun(1), m_nDueUs(0) {}
+UQTimerThread::UQTimerThread(const UQTimerThread& _other)
+    : UQThreads(_other), m_ulInterval(_other.m_ulInterval.load()),
+      m_ulFirstDelay(_other.m_ulFirstDelay.load()), m_nRuns(_other.m_nRuns.load()), m_nRunsMade(0),
+      m_bFirstRun(1), m_nDueUs(0) {}
 
 UQTimerThread::~UQTimerThread() {
     // The runs are this class's; a derived timer ends its thread in its own destructor.
     mf_stopWait(INFINITE);
 }
 
-void UQTimerThread::mf_implExecute(int nThread) {
+void UQTimerThread::mf_implExecute(int _nThread) {
     if (m_bFirstRun.exchange(0))
         m_nDueUs = steadyNowUs() + static_cast<std::int64_t>(m_ulFirstDelay.load()) * 1000;
     // Wait for the run's time; a wake-up (or the stop) ends the wait early.
     for (;;) {
-        if (mf_isShutdown(nThread))
+        if (mf_isShutdown(_nThread))
             return;
         const std::int64_t left = m_nDueUs - steadyNowUs();
         if (left <= 0)
             break;
         if (mf_implWait(static_cast<unsigned long>((left + 999) / 1000))) {
-            if (mf_isShutdown(nThread))
+            if (mf_isShutdown(_nThread))
                 return;
             m_nDueUs = steadyNowUs(); // woken up: this run happens now
             break;
@@ -431,16 +436,17 @@ void UQTimerThread::mf_stop() {
 
 void UQTimerThread::mf_implExecuteTimer() {}
 
-void UQTimerThread::mf_start(unsigned long ulIntervalMs, int nRuns, unsigned long ulFirstDelayMs) {
+void UQTimerThread::mf_start(unsigned long _ulIntervalMs, int _nRuns, unsigned long _ulFirstDelayMs) {
     static const wchar_t* const _sFunction_ = L"UQTimerThread::mf_start";
-    if (nRuns < 0)
-        korreport::fail(UQErrno::_E_::Parameter, _sFunction_, L"Invalid number of runs %d", nRuns);
+    if (_nRuns < 0)
+        UQKorReport::mf_fail(UQErrno(UQErrno::_E_::Parameter), _sFunction_, L"Invalid number of runs %d",
+                             _nRuns);
     if (mf_isRunning())
-        korreport::fail(UQErrno::_E_::AlreadyInitialized, _sFunction_, L"Thread '%s' is already running",
-                        mf_getName());
-    m_ulInterval.store(ulIntervalMs);
-    m_ulFirstDelay.store(ulFirstDelayMs);
-    m_nRuns.store(nRuns);
+        UQKorReport::mf_fail(UQErrno(UQErrno::_E_::AlreadyInitialized), _sFunction_,
+                             L"Thread '%s' is already running", mf_getName());
+    m_ulInterval.store(_ulIntervalMs);
+    m_ulFirstDelay.store(_ulFirstDelayMs);
+    m_nRuns.store(_nRuns);
     m_nRunsMade.store(0);
     m_bFirstRun.store(1);
     UQThreads::mf_start();

@@ -1,6 +1,6 @@
 #include "kor/util/UQControllerAuthority.h"
 
-#include <memory>
+#include "kor/KorReport.h"
 
 UQControllerAuthority::UQControllerAuthority(const CString& _sFile, const UQDirectoryController& _controller)
     : UQSidAuthority(_controller.sName, _controller.sDisplayName, _controller.bMarked), m_sFile(_sFile) {}
@@ -16,19 +16,14 @@ void UQControllerAuthority::mf_queryDisplayUsers(UQArray<UQSid*, UQSid*>& _rUser
         if (!controller.bAnswers) {
             CString sDetail;
             sDetail.Format(L"The domain controller '%s' does not answer", mf_getName());
-            UQThreadContext::mf_setLoggingLanguage();
-            UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_, L"Domain controller '%s' does not answer",
-                                   mf_getName());
-            throw UQErrno(UQErrnoData(UQErrno::_E_::Resource), sDetail);
+            UQKorReport::mf_fail(UQErrno(UQErrnoData(UQErrno::_E_::Resource), sDetail), _sFunction_,
+                                 L"Domain controller '%s' does not answer", mf_getName());
         }
         UQArray<UQSid*, UQSid*> users;
         try {
             users.SetSize(0, static_cast<INT_PTR>(controller.users.size() + controller.uGenerated) + 1);
-            for (const UQUser& user : controller.users) {
-                std::unique_ptr<UQSid> pUser(new UQUser(user));
-                users.Add(pUser.get());
-                pUser.release();
-            }
+            for (const UQUser& user : controller.users)
+                UQAllocation::mf_appendOrDelete(users, static_cast<UQSid*>(new UQUser(user)));
             UQUserGenerator(controller.uGenerated, controller.uStartValue).mf_generate(users);
             _rUsers.Append(users);
         } catch (...) {
@@ -40,8 +35,6 @@ void UQControllerAuthority::mf_queryDisplayUsers(UQArray<UQSid*, UQSid*>& _rUser
     }
     CString sDetail;
     sDetail.Format(L"%s: no controller '%s'", m_sFile, mf_getName());
-    UQThreadContext::mf_setLoggingLanguage();
-    UQLog::mf_writeMessage(UQLogData::LEVEL_E, _sFunction_,
-                           L"Domain controller '%s' is no longer in the directory", mf_getName());
-    throw UQErrno(UQErrnoData(UQErrno::_E_::ItemNotFound), sDetail);
+    UQKorReport::mf_fail(UQErrno(UQErrnoData(UQErrno::_E_::ItemNotFound), sDetail), _sFunction_,
+                         L"Domain controller '%s' is no longer in the directory", mf_getName());
 }

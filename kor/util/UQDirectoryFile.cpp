@@ -1,5 +1,8 @@
 #include "interfaces/korutil.h"
 
+#include "compat/UQHandle.h"
+#include "kor/KorReport.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <set>
@@ -136,9 +139,8 @@ private:
 
 [[noreturn]] void fileFailure(const wchar_t* _pszFunction, const wchar_t* _pszFormat, const CString& _sFile,
                               const CString& _sDetail) {
-    UQThreadContext::mf_setLoggingLanguage();
-    UQLog::mf_writeMessage(UQLogData::LEVEL_E, _pszFunction, _pszFormat, _sFile);
-    throw UQErrno(UQErrnoData(UQErrno::_E_::File), _sDetail);
+    UQKorReport::mf_fail(UQErrno(UQErrnoData(UQErrno::_E_::File), _sDetail), _pszFunction, _pszFormat,
+                         _sFile);
 }
 
 } // namespace
@@ -177,14 +179,13 @@ UQDirectoryFile::Result UQDirectoryFile::mf_read(const CString& _sFile) {
                        nOpenError);
         fileFailure(_sFunction_, L"Failure opening directory file '%s'", _sFile, sDetail);
     }
+    const UQStdFile file(pFile);
     std::string sText;
     char buffer[65536];
     std::size_t nRead;
     while ((nRead = std::fread(buffer, 1, sizeof buffer, pFile)) > 0)
         sText.append(buffer, nRead);
-    const bool bFailed = std::ferror(pFile) != 0;
-    std::fclose(pFile);
-    if (bFailed) {
+    if (std::ferror(pFile) != 0) {
         CString sDetail;
         sDetail.Format(L"%s: read error", _sFile);
         fileFailure(_sFunction_, L"Failure reading directory file '%s'", _sFile, sDetail);

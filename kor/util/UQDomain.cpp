@@ -1,5 +1,6 @@
 #include "interfaces/korutil.h"
 
+#include "kor/KorReport.h"
 #include "kor/util/UQControllerAuthority.h"
 #include "kor/util/UQLocalComputer.h"
 
@@ -51,9 +52,8 @@ void UQDomain::mf_getDomainControllers(UQArray<UQSidAuthority*, UQSidAuthority*>
         return;
     const UQDirectoryFile::Result result = UQDirectoryFile::mf_read(sFile);
     for (const UQErrno& error : result.errors) {
-        UQThreadContext::mf_setLoggingLanguage();
-        UQLog::mf_writeMessage(UQLogData::LEVEL_W, _sFunction_, L"Directory line skipped: %s",
-                               error.mf_getDetail());
+        UQKorReport::mf_log(UQLogData::LEVEL_W, _sFunction_, L"Directory line skipped: %s",
+                            error.mf_getDetail());
     }
     std::lock_guard<std::mutex> lock(g_lock);
     for (const UQDirectoryController& controller : result.controllers)

@@ -1,7 +1,7 @@
 #include "interfaces/korutil.h"
 
-UQEventStatus::UQEventStatus(const UQSeverity& severity, const CString& outcome)
-    : m_severity(severity), m_sOutcome(outcome) {}
+UQEventStatus::UQEventStatus(const UQSeverity& _severity, const CString& _sOutcome)
+    : m_severity(_severity), m_sOutcome(_sOutcome) {}
 
 UQEventStatus::~UQEventStatus() = default;
 

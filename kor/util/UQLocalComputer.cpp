@@ -1,5 +1,6 @@
 #include "kor/util/UQLocalComputer.h"
 
+#include "kor/KorReport.h"
 #include <cerrno>
 #include <memory>
 
@@ -18,19 +19,15 @@ namespace {
 const wchar_t* const FUNCTION_QUERY = L"UQLocalComputer::mf_queryDisplayUsers";
 
 [[noreturn]] void queryFailure(const UQErrno& _error, const wchar_t* _pszWhat) {
-    UQThreadContext::mf_setLoggingLanguage();
-    UQLog::mf_writeMessage(UQLogData::LEVEL_E, FUNCTION_QUERY, L"Failure %s:\r\n%s%s", _pszWhat, UQLog::TAB,
-                           _error.mf_toString());
-    throw _error;
+    UQKorReport::mf_fail(_error, FUNCTION_QUERY, L"Failure %s:\r\n%s%s", _pszWhat, UQLog::TAB,
+                         _error.mf_toString());
 }
 
 // Takes the new users over only when all of them were made, so that a failure leaves the array as it was.
 void appendAll(std::vector<std::unique_ptr<UQUser>>& _users, UQArray<UQSid*, UQSid*>& _rUsers) {
     _rUsers.SetSize(_rUsers.GetSize(), static_cast<INT_PTR>(_users.size()) + 1);
-    for (std::unique_ptr<UQUser>& pUser : _users) {
-        _rUsers.Add(pUser.get());
-        pUser.release();
-    }
+    for (std::unique_ptr<UQUser>& pUser : _users)
+        UQAllocation::mf_appendOrDelete(_rUsers, static_cast<UQSid*>(pUser.release()));
 }
 
 #if defined(_WIN32)

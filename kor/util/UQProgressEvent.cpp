@@ -1,9 +1,9 @@
 #include "interfaces/korutil.h"
 
-UQProgressEvent::UQProgressEvent(std::uint32_t uAction, const CString& sText, int nCurObjects,
-                                 int nTotalObjects, std::int64_t nCurData, std::int64_t nTotalData)
-    : UQEvent(UQEVENT_ID_PROGRESS), m_uAction(uAction), m_sText(sText), m_nCurObjects(nCurObjects),
-      m_nTotalObjects(nTotalObjects), m_nCurData(nCurData), m_nTotalData(nTotalData) {}
+UQProgressEvent::UQProgressEvent(std::uint32_t _uAction, const CString& _sText, int _nCurObjects,
+                                 int _nTotalObjects, std::int64_t _nCurData, std::int64_t _nTotalData)
+    : UQEvent(UQEVENT_ID_PROGRESS), m_uAction(_uAction), m_sText(_sText), m_nCurObjects(_nCurObjects),
+      m_nTotalObjects(_nTotalObjects), m_nCurData(_nCurData), m_nTotalData(_nTotalData) {}
 
 UQProgressEvent::~UQProgressEvent() = default;
 

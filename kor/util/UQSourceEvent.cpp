@@ -1,8 +1,8 @@
 #include "interfaces/korutil.h"
 
-UQSourceEvent::UQSourceEvent(const CString& directory, const CString& fileName, const UQSeverity& severity,
-                             const CString& outcome)
-    : UQEventStatus(severity, outcome), m_sDirectory(directory), m_sFileName(fileName) {}
+UQSourceEvent::UQSourceEvent(const CString& _sDirectory, const CString& _sFileName,
+                             const UQSeverity& _severity, const CString& _sOutcome)
+    : UQEventStatus(_severity, _sOutcome), m_sDirectory(_sDirectory), m_sFileName(_sFileName) {}
 
 UQSourceEvent::~UQSourceEvent() = default;
 

@@ -1,7 +1,6 @@
 #include "interfaces/korutil.h"
 
 #include <cstdio>
-#include <memory>
 
 namespace {
 
@@ -63,9 +62,6 @@ UQUser UQUserGenerator::mf_getUser(std::uint32_t _uIndex) const {
 
 void UQUserGenerator::mf_generate(UQArray<UQSid*, UQSid*>& _rUsers) const {
     _rUsers.SetSize(_rUsers.GetSize(), static_cast<INT_PTR>(m_uCount));
-    for (std::uint32_t i = 0; i < m_uCount; ++i) {
-        std::unique_ptr<UQSid> pUser(new UQUser(mf_getUser(i)));
-        _rUsers.Add(pUser.get());
-        pUser.release();
-    }
+    for (std::uint32_t i = 0; i < m_uCount; ++i)
+        UQAllocation::mf_appendOrDelete(_rUsers, static_cast<UQSid*>(new UQUser(mf_getUser(i))));
 }

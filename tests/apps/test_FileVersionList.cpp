@@ -1,4 +1,5 @@
 #include "FileVersionList.h"
+#include "support/PathList.h"
 
 #include "support/LogCheck.h"
 
@@ -26,13 +27,6 @@ void add(FileVersionList& list, const FileVersionRecord& r) {
     std::string problem;
     ASSERT_EQ(1, list.mf_add(r, problem)) << problem;
     EXPECT_EQ("", problem);
-}
-
-std::vector<std::string> paths(const UQFileListItem::Array& items) {
-    std::vector<std::string> out;
-    for (INT_PTR i = 0; i < items.GetSize(); ++i)
-        out.push_back(utf8(items[i]->mf_getPath()));
-    return out;
 }
 
 } // namespace
@@ -147,10 +141,10 @@ TEST(FileVersionList, AVersionThatCannotBeAllocatedLeavesItsItemAsItWas) {
     FileVersionList list;
     add(list, record(L"C:\\a.txt", 1, 1));
     LogCheck log;
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     std::string problem;
     EXPECT_EQ("_E_::Memory", thrownCategory([&] { list.mf_add(record(L"C:\\a.txt", 2, 2), problem); }));
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_clearInjection();
     const UQFileListItem* item = list.mf_find(L"C:\\a.txt");
     ASSERT_NE(nullptr, item);
     EXPECT_EQ(1, item->mf_getVersionCount());

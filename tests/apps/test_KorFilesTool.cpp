@@ -1,5 +1,6 @@
 #include "KorFilesTestSupport.h"
 #include "KorFilesTool.h"
+#include "support/KorFilesUsage.h"
 
 #include "compat/utf8.h"
 
@@ -24,7 +25,7 @@ protected:
     LogCheck log;
 };
 
-const char* const kTwoFiles = "# two files, their lines mixed\n"
+const char* const TWO_FILES = "# two files, their lines mixed\n"
                               "C:\\Data\\b.txt\t2\t10\t2024-03-07 14:05:09\tRecalled\twarning\n"
                               "C:\\Data\\a.txt\t1\t5\t2024-01-02 03:04:05\tMigrated\tinfo\n"
                               "C:\\Data\\a.txt\t2\t6\t2024-01-03 03:04:05\n"
@@ -34,7 +35,7 @@ const char* const kTwoFiles = "# two files, their lines mixed\n"
 } // namespace
 
 TEST_F(KorFilesToolTest, PrintsOneAlignedLineperPathSortedByPath) {
-    const TempFile file(kTwoFiles);
+    const TempFile file(TWO_FILES);
     EXPECT_EQ(0, run({file.path()}));
     EXPECT_EQ("Path           Versions  Selected version               Result    Severity\n"
               "C:\\Data\\a.txt  1 - 3     a.txt - 2024-01-04 - 03:04:05  Migrated  Information\n"
@@ -60,7 +61,7 @@ TEST_F(KorFilesToolTest, SortsByResultDescending) {
 }
 
 TEST_F(KorFilesToolTest, SortsByPathDescending) {
-    const TempFile file(kTwoFiles);
+    const TempFile file(TWO_FILES);
     EXPECT_EQ(0, run({L"--descending", L"--sort=path", file.path()}));
     EXPECT_EQ("Path           Versions  Selected version               Result    Severity\n"
               "C:\\Data\\b.txt  1, 2      b.txt - 2024-03-07 - 14:05:09  Recalled  Warning\n"
@@ -131,14 +132,7 @@ TEST_F(KorFilesToolTest, ADirectoryCannotBeReadEither) {
 }
 
 TEST_F(KorFilesToolTest, BadUsageGivesOneLineAndTheUsageWithCode2) {
-    const std::string usage =
-        "Usage: korfiles [--sort=path|result] [--descending] [FILE]\n"
-        "       korfiles --listing[=FILE] [--no-stubs] [--skip=info,warning,error] [--sort=path|result]\n"
-        "                [--descending]\n"
-        "       korfiles search [PATTERN] [--store=FILE] [--from=DATE] [--to=DATE] [--exclude=STATES]\n"
-        "                [--sort=path|status|security|streams] [--descending] [--latest-only]\n"
-        "                [--retrieval-order]\n"
-        "       korfiles settings [--registry=STORE] [set NAME VALUE | mru add PATH | mru remove PATH]\n";
+    const std::string& usage = KORFILES_USAGE;
     struct Case {
         std::vector<CString> args;
         std::string error;
@@ -220,7 +214,7 @@ TEST_F(KorFilesToolTest, HelpNamesTheProductLog) {
 // "-" is standard input; its problems are named after it. Standard input is this test process's own, so it
 // is pointed at a file for the run.
 TEST_F(KorFilesToolTest, DashReadsStandardInput) {
-    const TempFile file(std::string(kTwoFiles) + "C:\\Data\\c.txt\tx\t1\t2024-01-02 03:04:05\n");
+    const TempFile file(std::string(TWO_FILES) + "C:\\Data\\c.txt\tx\t1\t2024-01-02 03:04:05\n");
 #if defined(_WIN32)
     ASSERT_NE(nullptr, _wfreopen(file.path(), L"rb", stdin));
 #else
@@ -260,7 +254,7 @@ TEST_F(KorFilesToolTest, AFileNameThatIsNotUtf8OpensTheFileItNames) {
                                  .string();
     std::FILE* f = std::fopen(name.c_str(), "wb");
     ASSERT_NE(nullptr, f);
-    const std::string content = kTwoFiles;
+    const std::string content = TWO_FILES;
     ASSERT_EQ(content.size(), std::fwrite(content.data(), 1, content.size(), f));
     std::fclose(f);
     const std::wstring arg = uqfmt::nativeToWide(name.data(), name.size());

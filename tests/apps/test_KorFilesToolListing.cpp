@@ -1,5 +1,7 @@
 #include "KorFilesTestSupport.h"
 #include "KorFilesTool.h"
+#include "interfaces/korbase_testing.h"
+#include "support/KorFilesUsage.h"
 
 #include <gtest/gtest.h>
 
@@ -35,15 +37,6 @@ protected:
     LogCheck log;
 };
 
-const char* const kUsage =
-    "Usage: korfiles [--sort=path|result] [--descending] [FILE]\n"
-    "       korfiles --listing[=FILE] [--no-stubs] [--skip=info,warning,error] [--sort=path|result]\n"
-    "                [--descending]\n"
-    "       korfiles search [PATTERN] [--store=FILE] [--from=DATE] [--to=DATE] [--exclude=STATES]\n"
-    "                [--sort=path|status|security|streams] [--descending] [--latest-only]\n"
-    "                [--retrieval-order]\n"
-    "       korfiles settings [--registry=STORE] [set NAME VALUE | mru add PATH | mru remove PATH]\n";
-
 // One file of each severity, two stub files (one given by its status, one by its result text) and one
 // whose result differs from the stub-file message in case only.
 std::string mixedListing() {
@@ -62,14 +55,14 @@ std::string mixedListing() {
            "C:\\l\\f-failed.txt\t7\tfailed\tAccess denied\n";
 }
 
-const std::string kA = "C:\\l\\a-migrated.txt";
-const std::string kB = "C:\\l\\b-stub.txt";
-const std::string kC = "C:\\l\\c-stub-other-case.txt";
-const std::string kD = "C:\\l\\d-stub-text-given.txt";
-const std::string kE = "C:\\l\\e-warning.txt";
-const std::string kF = "C:\\l\\f-failed.txt";
+const std::string PATH_A = "C:\\l\\a-migrated.txt";
+const std::string PATH_B = "C:\\l\\b-stub.txt";
+const std::string PATH_C = "C:\\l\\c-stub-other-case.txt";
+const std::string PATH_D = "C:\\l\\d-stub-text-given.txt";
+const std::string PATH_E = "C:\\l\\e-warning.txt";
+const std::string PATH_F = "C:\\l\\f-failed.txt";
 
-const char* const kTwoFiles = "# two files\n"
+const char* const TWO_FILES = "# two files\n"
                               "C:\\Data\\a.txt\t1\tmigrated\n"
                               "C:\\Data\\a.txt\t2\tmigrated\n"
                               "C:\\Data\\a.txt\t3\tmigrated\n"
@@ -78,37 +71,37 @@ const char* const kTwoFiles = "# two files\n"
                               "C:\\Data\\b.txt\t2\tmigrated\n"
                               "C:\\Data\\b.txt\t4\tmigrated\n";
 
-const char* const kTwoFilesTable = "Path           Versions  Result    Severity\n"
-                                   "C:\\Data\\a.txt  1 - 3     Migrated  Information\n"
-                                   "C:\\Data\\b.txt  1, 2, 5   Recalled  Warning\n";
+const char* const TWO_FILES_TABLE = "Path           Versions  Result    Severity\n"
+                                    "C:\\Data\\a.txt  1 - 3     Migrated  Information\n"
+                                    "C:\\Data\\b.txt  1, 2, 5   Recalled  Warning\n";
 
 } // namespace
 
 TEST_F(KorFilesListingTest, PrintsPathVersionRangesResultAndSeverityOfEachFile) {
-    const TempFile file(kTwoFiles);
+    const TempFile file(TWO_FILES);
     EXPECT_EQ(0, run({L"--listing=" + file.path()}));
     // The first line of a path gives its result and severity; the ranges read upwards.
-    EXPECT_EQ(kTwoFilesTable, out.text);
+    EXPECT_EQ(TWO_FILES_TABLE, out.text);
     EXPECT_EQ("2 files, 7 versions, 0 malformed lines skipped\n", err.text);
     EXPECT_EQ(std::vector<LogLine>{}, log.lines());
 }
 
 TEST_F(KorFilesListingTest, TheListingMayAlsoBeNamedLikeAnyFile) {
-    const TempFile file(kTwoFiles);
+    const TempFile file(TWO_FILES);
     EXPECT_EQ(0, run({L"--listing", file.path()}));
-    EXPECT_EQ(kTwoFilesTable, out.text);
+    EXPECT_EQ(TWO_FILES_TABLE, out.text);
 
     StringOutput before;
     StringOutput beforeErr;
     EXPECT_EQ(0, KorFilesTool::mf_run({file.path(), L"--listing"}, L"x", L"y", before, beforeErr));
-    EXPECT_EQ(kTwoFilesTable, before.text);
+    EXPECT_EQ(TWO_FILES_TABLE, before.text);
     EXPECT_EQ("2 files, 7 versions, 0 malformed lines skipped\n", beforeErr.text);
 }
 
 TEST_F(KorFilesListingTest, WithoutAFileTheDefaultListingIsRead) {
-    const TempFile file(kTwoFiles);
+    const TempFile file(TWO_FILES);
     EXPECT_EQ(0, run({L"--listing"}, file.path()));
-    EXPECT_EQ(kTwoFilesTable, out.text);
+    EXPECT_EQ(TWO_FILES_TABLE, out.text);
     EXPECT_EQ("2 files, 7 versions, 0 malformed lines skipped\n", err.text);
 }
 
@@ -128,18 +121,18 @@ TEST_F(KorFilesListingTest, SkipOptionsLeaveOutTheirSeverities) {
         std::vector<std::string> kept;
     };
     const std::vector<Case> cases = {
-        {{}, {kA, kB, kC, kD, kE, kF}},
-        {{L"--skip=info"}, {kE, kF}},
-        {{L"--skip=warning"}, {kA, kB, kC, kD, kF}},
-        {{L"--skip=error"}, {kA, kB, kC, kD, kE}},
-        {{L"--skip=info,warning"}, {kF}},
-        {{L"--skip=warning,error"}, {kA, kB, kC, kD}},
-        {{L"--skip=error,info"}, {kE}},
+        {{}, {PATH_A, PATH_B, PATH_C, PATH_D, PATH_E, PATH_F}},
+        {{L"--skip=info"}, {PATH_E, PATH_F}},
+        {{L"--skip=warning"}, {PATH_A, PATH_B, PATH_C, PATH_D, PATH_F}},
+        {{L"--skip=error"}, {PATH_A, PATH_B, PATH_C, PATH_D, PATH_E}},
+        {{L"--skip=info,warning"}, {PATH_F}},
+        {{L"--skip=warning,error"}, {PATH_A, PATH_B, PATH_C, PATH_D}},
+        {{L"--skip=error,info"}, {PATH_E}},
         {{L"--skip=info,warning,error"}, {}},
         {{L"--skip=error,warning,info,error"}, {}},
         // Several --skip options add up.
-        {{L"--skip=info", L"--skip=error"}, {kE}},
-        {{L"--skip=warning", L"--skip=warning"}, {kA, kB, kC, kD, kF}},
+        {{L"--skip=info", L"--skip=error"}, {PATH_E}},
+        {{L"--skip=warning", L"--skip=warning"}, {PATH_A, PATH_B, PATH_C, PATH_D, PATH_F}},
     };
     for (const Case& c : cases) {
         out.text.clear();
@@ -163,10 +156,10 @@ TEST_F(KorFilesListingTest, NoStubsLeavesOutExactlyTheStubFileMessageAndCombines
     };
     // The stub line and the line that gives the message itself go; the message in another case stays.
     const std::vector<Case> cases = {
-        {{L"--no-stubs"}, {kA, kC, kE, kF}},
-        {{L"--no-stubs", L"--skip=error"}, {kA, kC, kE}},
-        {{L"--skip=warning,error", L"--no-stubs"}, {kA, kC}},
-        {{L"--no-stubs", L"--skip=info"}, {kE, kF}},
+        {{L"--no-stubs"}, {PATH_A, PATH_C, PATH_E, PATH_F}},
+        {{L"--no-stubs", L"--skip=error"}, {PATH_A, PATH_C, PATH_E}},
+        {{L"--skip=warning,error", L"--no-stubs"}, {PATH_A, PATH_C}},
+        {{L"--no-stubs", L"--skip=info"}, {PATH_E, PATH_F}},
         {{L"--no-stubs", L"--no-stubs", L"--skip=info,warning,error"}, {}},
     };
     for (const Case& c : cases) {
@@ -192,14 +185,14 @@ TEST_F(KorFilesListingTest, SortsByResultOrPathInEitherDirection) {
     const TempFile file(mixedListing());
     EXPECT_EQ(0, run({L"--listing=" + file.path(), L"--sort=result", L"--no-stubs"}));
     // Ordinal: upper case before lower case.
-    EXPECT_EQ((std::vector<std::string>{kF, kE, kA, kC}), printedPaths());
+    EXPECT_EQ((std::vector<std::string>{PATH_F, PATH_E, PATH_A, PATH_C}), printedPaths());
     out.text.clear();
     EXPECT_EQ(0, run({L"--listing=" + file.path(), L"--sort=result", L"--descending"}));
     // Equal results stay by path ascending.
-    EXPECT_EQ((std::vector<std::string>{kC, kB, kD, kA, kE, kF}), printedPaths());
+    EXPECT_EQ((std::vector<std::string>{PATH_C, PATH_B, PATH_D, PATH_A, PATH_E, PATH_F}), printedPaths());
     out.text.clear();
     EXPECT_EQ(0, run({L"--descending", L"--listing=" + file.path(), L"--skip=info"}));
-    EXPECT_EQ((std::vector<std::string>{kF, kE}), printedPaths());
+    EXPECT_EQ((std::vector<std::string>{PATH_F, PATH_E}), printedPaths());
 }
 
 TEST_F(KorFilesListingTest, MalformedLinesAreReportedInTheReadersWordsAndSkippedWithCode1) {
@@ -245,9 +238,9 @@ TEST_F(KorFilesListingTest, AnEntryTheListCannotStoreIsReportedAndSkippedWithCod
     const TempFile file("C:\\n\\a.txt\t1\tmigrated\n"
                         "C:\\n\\b.txt\t1\tstub\n");
     // The first allocation of the list is the item of the first line.
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     const int code = run({L"--listing=" + file.path()});
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_clearInjection();
     EXPECT_EQ(1, code);
     const std::string detail =
         file.name() + ":1: entry refused: [E] _E_::Memory: There is not enough memory.";
@@ -322,7 +315,7 @@ TEST_F(KorFilesListingTest, BadListingOptionsGiveOneLineAndTheUsageWithCode2) {
         StringOutput caseErr;
         EXPECT_EQ(2, KorFilesTool::mf_run(c.args, L"unused.txt", L"unused-listing.txt", caseOut, caseErr))
             << c.error;
-        EXPECT_EQ("korfiles: " + c.error + "\n" + kUsage, caseErr.text);
+        EXPECT_EQ("korfiles: " + c.error + "\n" + KORFILES_USAGE, caseErr.text);
         EXPECT_EQ("", caseOut.text);
     }
     EXPECT_EQ(std::vector<LogLine>{}, log.lines());

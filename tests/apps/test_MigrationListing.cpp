@@ -1,4 +1,5 @@
 #include "MigrationListing.h"
+#include "support/PathList.h"
 
 #include "support/LogCheck.h"
 
@@ -38,13 +39,6 @@ std::string mixedListing() {
            "C:\\l\\f-failed.txt\t7\tfailed\tAccess denied\n";
 }
 
-std::vector<std::string> paths(const UQFileListItem::Array& items) {
-    std::vector<std::string> out;
-    for (INT_PTR i = 0; i < items.GetSize(); ++i)
-        out.push_back(utf8(items[i]->mf_getPath()));
-    return out;
-}
-
 MigrationListing::Filter filter(int bStubs, int bInformation, int bWarning, int bError) {
     MigrationListing::Filter f;
     f.bSkipStubFiles = bStubs;
@@ -68,12 +62,12 @@ protected:
     MigrationListing listing;
 };
 
-const std::string kA = "C:\\l\\a-migrated.txt";
-const std::string kB = "C:\\l\\b-stub.txt";
-const std::string kC = "C:\\l\\c-stub-other-case.txt";
-const std::string kD = "C:\\l\\d-stub-text-given.txt";
-const std::string kE = "C:\\l\\e-warning.txt";
-const std::string kF = "C:\\l\\f-failed.txt";
+const std::string PATH_A = "C:\\l\\a-migrated.txt";
+const std::string PATH_B = "C:\\l\\b-stub.txt";
+const std::string PATH_C = "C:\\l\\c-stub-other-case.txt";
+const std::string PATH_D = "C:\\l\\d-stub-text-given.txt";
+const std::string PATH_E = "C:\\l\\e-warning.txt";
+const std::string PATH_F = "C:\\l\\f-failed.txt";
 
 } // namespace
 
@@ -82,7 +76,7 @@ TEST_F(MigrationListingTest, LinesOfOnePathBecomeOneItemWithItsVersionsNewestFir
     listing.mf_getItems(items, filter(0, 0, 0, 0), FileListOrder::BY_PATH, 1);
     ASSERT_EQ(6, items.GetSize());
     const UQFileListItem* stub = items[1];
-    EXPECT_EQ(kB, utf8(stub->mf_getPath()));
+    EXPECT_EQ(PATH_B, utf8(stub->mf_getPath()));
     EXPECT_EQ(CString(L"1 - 3"), stub->mf_getRangesDisplayString());
     EXPECT_EQ(3u, stub->mf_getVersion());
     UQFileListItem::VersionArray versions;
@@ -104,30 +98,31 @@ TEST_F(MigrationListingTest, LinesOfOnePathBecomeOneItemWithItsVersionsNewestFir
 }
 
 TEST_F(MigrationListingTest, WithoutFiltersEveryItemIsKept) {
-    EXPECT_EQ((std::vector<std::string>{kA, kB, kC, kD, kE, kF}), kept(filter(0, 0, 0, 0)));
+    EXPECT_EQ((std::vector<std::string>{PATH_A, PATH_B, PATH_C, PATH_D, PATH_E, PATH_F}),
+              kept(filter(0, 0, 0, 0)));
 }
 
 TEST_F(MigrationListingTest, SkippingStubFilesLeavesOutExactlyTheStubFileMessageWhateverTheStatus) {
     // The stub line and the migrated line that gives the message itself go; the message in other case
     // stays.
-    EXPECT_EQ((std::vector<std::string>{kA, kC, kE, kF}), kept(filter(1, 0, 0, 0)));
+    EXPECT_EQ((std::vector<std::string>{PATH_A, PATH_C, PATH_E, PATH_F}), kept(filter(1, 0, 0, 0)));
     EXPECT_EQ(std::vector<LogLine>{}, log.lines());
 }
 
 TEST_F(MigrationListingTest, EachSeverityFilterLeavesOutThatSeverityOnly) {
-    EXPECT_EQ((std::vector<std::string>{kE, kF}), kept(filter(0, 1, 0, 0)));
-    EXPECT_EQ((std::vector<std::string>{kA, kB, kC, kD, kF}), kept(filter(0, 0, 1, 0)));
-    EXPECT_EQ((std::vector<std::string>{kA, kB, kC, kD, kE}), kept(filter(0, 0, 0, 1)));
+    EXPECT_EQ((std::vector<std::string>{PATH_E, PATH_F}), kept(filter(0, 1, 0, 0)));
+    EXPECT_EQ((std::vector<std::string>{PATH_A, PATH_B, PATH_C, PATH_D, PATH_F}), kept(filter(0, 0, 1, 0)));
+    EXPECT_EQ((std::vector<std::string>{PATH_A, PATH_B, PATH_C, PATH_D, PATH_E}), kept(filter(0, 0, 0, 1)));
 }
 
 TEST_F(MigrationListingTest, FiltersCombine) {
-    EXPECT_EQ((std::vector<std::string>{kF}), kept(filter(0, 1, 1, 0)));
-    EXPECT_EQ((std::vector<std::string>{kE}), kept(filter(0, 1, 0, 1)));
-    EXPECT_EQ((std::vector<std::string>{kA, kB, kC, kD}), kept(filter(0, 0, 1, 1)));
+    EXPECT_EQ((std::vector<std::string>{PATH_F}), kept(filter(0, 1, 1, 0)));
+    EXPECT_EQ((std::vector<std::string>{PATH_E}), kept(filter(0, 1, 0, 1)));
+    EXPECT_EQ((std::vector<std::string>{PATH_A, PATH_B, PATH_C, PATH_D}), kept(filter(0, 0, 1, 1)));
     EXPECT_EQ(std::vector<std::string>{}, kept(filter(0, 1, 1, 1)));
-    EXPECT_EQ((std::vector<std::string>{kA, kC, kE}), kept(filter(1, 0, 0, 1)));
-    EXPECT_EQ((std::vector<std::string>{kA, kC}), kept(filter(1, 0, 1, 1)));
-    EXPECT_EQ((std::vector<std::string>{kE, kF}), kept(filter(1, 1, 0, 0)));
+    EXPECT_EQ((std::vector<std::string>{PATH_A, PATH_C, PATH_E}), kept(filter(1, 0, 0, 1)));
+    EXPECT_EQ((std::vector<std::string>{PATH_A, PATH_C}), kept(filter(1, 0, 1, 1)));
+    EXPECT_EQ((std::vector<std::string>{PATH_E, PATH_F}), kept(filter(1, 1, 0, 0)));
     EXPECT_EQ(std::vector<std::string>{}, kept(filter(1, 1, 1, 1)));
     EXPECT_EQ(std::vector<LogLine>{}, log.lines());
 }
@@ -135,13 +130,13 @@ TEST_F(MigrationListingTest, FiltersCombine) {
 TEST_F(MigrationListingTest, ItemsComeInTheAskedOrder) {
     UQFileListItem::Array items;
     listing.mf_getItems(items, filter(0, 0, 0, 0), FileListOrder::BY_PATH, 0);
-    EXPECT_EQ((std::vector<std::string>{kF, kE, kD, kC, kB, kA}), paths(items));
+    EXPECT_EQ((std::vector<std::string>{PATH_F, PATH_E, PATH_D, PATH_C, PATH_B, PATH_A}), paths(items));
     // Ordinal: "Access denied", "Changed during migration", "Migrated", then the message starting with
     // 'T' before the one with 't'; the two equal results by path.
     listing.mf_getItems(items, filter(0, 0, 0, 0), FileListOrder::BY_RESULT, 1);
-    EXPECT_EQ((std::vector<std::string>{kF, kE, kA, kB, kD, kC}), paths(items));
+    EXPECT_EQ((std::vector<std::string>{PATH_F, PATH_E, PATH_A, PATH_B, PATH_D, PATH_C}), paths(items));
     listing.mf_getItems(items, filter(1, 0, 0, 0), FileListOrder::BY_RESULT, 0);
-    EXPECT_EQ((std::vector<std::string>{kC, kA, kE, kF}), paths(items));
+    EXPECT_EQ((std::vector<std::string>{PATH_C, PATH_A, PATH_E, PATH_F}), paths(items));
 }
 
 TEST_F(MigrationListingTest, AskingAgainReplacesWhatTheArrayHeld) {
@@ -199,11 +194,11 @@ TEST(MigrationListing, AnEntryTheListCannotStoreIsReportedLikeAMalformedLine) {
     MigrationListing listing;
     LogCheck log;
     // The first allocation of the list is the item of the first line.
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     const std::vector<UQErrno> errors = listing.mf_read("C:\\n\\a.txt\t1\tmigrated\n"
                                                         "C:\\n\\b.txt\t1\tmigrated\n",
                                                         L"nomemory.txt");
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_clearInjection();
     UQNumberFormatter::mf_resetConfiguration();
     ASSERT_EQ(1u, errors.size());
     EXPECT_EQ(&UQErrno::_E_::Memory, errors[0].mf_getData().mf_getValue());

@@ -17,7 +17,7 @@ namespace {
 // One file in each of the six states, their paths in the order of the states. The latest version's record
 // decides: available.txt was expiring in version 1. The access keys put them in another order:
 // f, c, a, d, b, e.
-const char* const kStates =
+const char* const STATES =
     "# one file per state\n"
     "\\\\S\\a\\available.txt\t=\t1\t2023-01-01 10:00:00\t10\tS\t2024-01-01 00:00:00\t5:100\n"
     "\\\\S\\a\\available.txt\t=\t2\t2023-02-01 10:00:00\t12\tS\t-\t2:100\n"
@@ -34,15 +34,15 @@ const std::string D = "\\\\S\\d\\expiring-prot.txt";
 const std::string E = "\\\\S\\e\\deleted.txt";
 const std::string F = "\\\\S\\f\\deleted-prot.txt";
 
-const char* const kClose = "UQSearchList::mf_close";
+const char* const CLOSE = "UQSearchList::mf_close";
 
 LogLine closed(int files) {
-    return {'T', kClose, "Created, sorted and closed search file list (" + std::to_string(files) + " files)"};
+    return {'T', CLOSE, "Created, sorted and closed search file list (" + std::to_string(files) + " files)"};
 }
 
 class SearchCommandTest : public ::testing::Test {
 protected:
-    // korfiles search ARGS on the store of kStates.
+    // korfiles search ARGS on the store of STATES.
     int search(std::vector<CString> args) {
         args.insert(args.begin(), L"--store=" + m_store.path());
         return SearchCommand::mf_run(args, HistorySource::mf_sample(), out, err);
@@ -59,7 +59,7 @@ protected:
         return result;
     }
 
-    const TempFile m_store{kStates};
+    const TempFile m_store{STATES};
     StringOutput out;
     StringOutput err;
     LogCheck log;
@@ -307,7 +307,7 @@ TEST(HistorySource, TheSampleIsSearchedOnAWorkerThread) {
 }
 
 TEST(HistorySource, AStoreFileIsSearchedOnAWorkerThread) {
-    const TempFile store(kStates);
+    const TempFile store(STATES);
     RecordingSink sink;
     const UQHistoryStore::Result result =
         HistorySource::mf_file(store.path()).mf_search(UQHistoryQuery(), sink);

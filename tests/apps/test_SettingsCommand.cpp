@@ -2,6 +2,8 @@
 // names and values, and a registry that fails.
 #include "KorFilesSettingsTestSupport.h"
 #include "SettingsCommand.h"
+#include "interfaces/korbase_testing.h"
+#include "support/KorFilesUsage.h"
 
 #include "compat/utf8.h"
 
@@ -49,15 +51,6 @@ std::string storeName() {
     return "the registry store '" + utf8(UQRegistry::mf_getStoreFile()) + "'";
 #endif
 }
-
-const std::string USAGE =
-    "Usage: korfiles [--sort=path|result] [--descending] [FILE]\n"
-    "       korfiles --listing[=FILE] [--no-stubs] [--skip=info,warning,error] [--sort=path|result]\n"
-    "                [--descending]\n"
-    "       korfiles search [PATTERN] [--store=FILE] [--from=DATE] [--to=DATE] [--exclude=STATES]\n"
-    "                [--sort=path|status|security|streams] [--descending] [--latest-only]\n"
-    "                [--retrieval-order]\n"
-    "       korfiles settings [--registry=STORE] [set NAME VALUE | mru add PATH | mru remove PATH]\n";
 
 } // namespace
 
@@ -155,7 +148,7 @@ TEST_F(KorFilesSettingsTest, StoredTextIsShownAsUtf8OnOneLine) {
 // The getters' defaults would pass for the settings: a registry that fails is reported with the first
 // failure and code 3, and nothing is shown.
 TEST_F(KorFilesSettingsTest, AFailingRegistryIsReportedNotShownAsTheGettersDefaults) {
-    UQRegistry::mf_injectFailure(0, 1000);
+    UQRegistryInjection::mf_injectFailure(0, 1000);
     EXPECT_EQ(3, settings());
     EXPECT_EQ("", out.text);
     EXPECT_EQ("korfiles: cannot read the settings from " + storeName() + ": " +
@@ -398,7 +391,7 @@ TEST_F(KorFilesSettingsTest, AValueStartingWithADashFollowsDoubleDash) {
     EXPECT_EQ(0, settings({L"set", L"management-class", L"--", L"-archive-"}));
     EXPECT_EQ("management-class: -archive-\n", out.text);
     EXPECT_EQ(2, settings({L"set", L"management-class", L"-archive-"}));
-    EXPECT_EQ("korfiles: unknown option '-archive-'\n" + USAGE, err.text);
+    EXPECT_EQ("korfiles: unknown option '-archive-'\n" + KORFILES_USAGE, err.text);
 }
 
 // ---------------------------------------------------------------------------------------------------------
@@ -532,7 +525,7 @@ TEST_F(KorFilesSettingsTest, MalformedCommandLineGivesOneLineAndTheUsageWithCode
     };
     for (const Case& c : cases) {
         EXPECT_EQ(2, settings(c.args)) << c.error;
-        EXPECT_EQ("korfiles: " + c.error + "\n" + USAGE, err.text);
+        EXPECT_EQ("korfiles: " + c.error + "\n" + KORFILES_USAGE, err.text);
         EXPECT_EQ("", out.text);
     }
     EXPECT_EQ(std::vector<LogLine>{}, m_log.lines());
@@ -547,7 +540,7 @@ TEST_F(KorFilesSettingsTest, SettingsIsACommandOnlyAsTheFirstArgument) {
     // And --registry belongs to the command.
     EXPECT_EQ(2, run({L"--registry=x.sqlite"}));
     EXPECT_EQ("korfiles: --registry is an option of settings, as in korfiles settings --registry=...\n" +
-                  USAGE,
+                  KORFILES_USAGE,
               err.text);
     EXPECT_EQ(std::vector<LogLine>{}, m_log.lines());
 }
@@ -561,7 +554,7 @@ TEST_F(KorFilesSettingsTest, HelpDescribesTheCommandAndItsSettings) {
     EXPECT_EQ("", err.text);
     // The program's help has it too, after the usage of every form.
     EXPECT_EQ(0, run({L"-h"}));
-    EXPECT_EQ(0u, out.text.find(USAGE));
+    EXPECT_EQ(0u, out.text.find(KORFILES_USAGE));
     EXPECT_NE(std::string::npos, out.text.find(SettingsCommand::mf_getHelp()));
     for (const char* name :
          {"management-class", "backup-before-migrate", "migration-file-security",
@@ -575,7 +568,7 @@ TEST_F(KorFilesSettingsTest, HelpDescribesTheCommandAndItsSettings) {
 // A registry that refuses the change
 
 TEST_F(KorFilesSettingsTest, ASetterThatFailsGivesOneLineWithCode1) {
-    UQRegistry::mf_injectFailure(0, 1);
+    UQRegistryInjection::mf_injectFailure(0, 1);
     EXPECT_EQ(1, settings({L"set", L"management-class", L"gold"}));
     const std::string detail = injected(machineValue("MgmtClassDefault", MIGRATION));
     EXPECT_EQ("korfiles: cannot set management-class: " + registryError(detail) + "\n", err.text);
@@ -588,14 +581,14 @@ TEST_F(KorFilesSettingsTest, ASetterThatFailsGivesOneLineWithCode1) {
     EXPECT_FALSE(machineExists(MIGRATION, L"MgmtClassDefault"));
 
     m_log.clear();
-    UQRegistry::mf_injectFailure(0, 1);
+    UQRegistryInjection::mf_injectFailure(0, 1);
     EXPECT_EQ(1, settings({L"set", L"retrieval-file-security", L"no"}));
     const std::string flagDetail = injected(machineValue("FileSecurityDefault", RETRIEVE));
     EXPECT_EQ("korfiles: cannot set retrieval-file-security: " + registryError(flagDetail) + "\n", err.text);
     EXPECT_EQ(2u, m_log.count());
 
     m_log.clear();
-    UQRegistry::mf_injectFailure(0, 1);
+    UQRegistryInjection::mf_injectFailure(0, 1);
     EXPECT_EQ(1, settings({L"set", L"history-search-root", L"D:\\x"}));
     const std::string rootDetail = injected(userValue("HistorySearchRoot"));
     EXPECT_EQ("korfiles: cannot set history-search-root: " + registryError(rootDetail) + "\n", err.text);
@@ -603,7 +596,7 @@ TEST_F(KorFilesSettingsTest, ASetterThatFailsGivesOneLineWithCode1) {
 }
 
 TEST_F(KorFilesSettingsTest, TheThrowingOptionFileSetterIsReportedByItsError) {
-    UQRegistry::mf_injectFailure(0, 1);
+    UQRegistryInjection::mf_injectFailure(0, 1);
     EXPECT_EQ(1, settings({L"set", L"backup-option-file", L"x.opt"}));
     // The error names the value written, where the setter's record names BackupBeforeMigrate.
     const std::string detail = injected(machineValue("BackupOptionFileDefault", BACKUP));
@@ -618,7 +611,7 @@ TEST_F(KorFilesSettingsTest, TheThrowingOptionFileSetterIsReportedByItsError) {
 
 TEST_F(KorFilesSettingsTest, AFailedMruWriteGivesCode1ThoughTheUpdateAnswers1) {
     // The existence check passes (the value is missing), the write fails.
-    UQRegistry::mf_injectFailure(1, 1);
+    UQRegistryInjection::mf_injectFailure(1, 1);
     EXPECT_EQ(1, settings({L"mru", L"add", L"a.opt"}));
     const std::string detail = injected(userValue("BackupOptionFilesMru"));
     EXPECT_EQ("korfiles: cannot add 'a.opt' to the option-file MRU: " + registryError(detail) + "\n",
@@ -636,7 +629,7 @@ TEST_F(KorFilesSettingsTest, AFailedMruWriteGivesCode1ThoughTheUpdateAnswers1) {
     // A failed read ends a removal before anything changes.
     storeMru({"a.opt"});
     m_log.clear();
-    UQRegistry::mf_injectFailure(0, 1);
+    UQRegistryInjection::mf_injectFailure(0, 1);
     EXPECT_EQ(1, settings({L"mru", L"remove", L"a.opt"}));
     const std::string readDetail = injected(userValue("BackupOptionFilesMru"));
     EXPECT_EQ("korfiles: cannot remove 'a.opt' from the option-file MRU: " + registryError(readDetail) + "\n",

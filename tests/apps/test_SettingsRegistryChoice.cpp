@@ -2,6 +2,7 @@
 // Windows: a key under HKEY_CURRENT_USER standing in for both hives), and the process has its own
 // registry back afterwards.
 #include "KorFilesSettingsTestSupport.h"
+#include "interfaces/korbase_testing.h"
 
 #include <algorithm>
 
@@ -11,7 +12,7 @@ namespace {
 
 class SettingsRegistryChoiceTest : public ::testing::Test {
 protected:
-    void TearDown() override { UQRegistry::mf_clearInjection(); }
+    void TearDown() override { UQRegistryInjection::mf_clearInjection(); }
 
     int settings(std::vector<CString> args) {
         args.insert(args.begin(), L"settings");

@@ -27,7 +27,7 @@ template <class F> bool throwsInvalidArg(F&& f) {
 
 // The capacities seen while adding one element at a time to an empty array, as (size, capacity) after
 // each growth: the first allocation takes 1, then the automatic step is size / 8 clamped to 4..1024.
-const std::vector<std::pair<INT_PTR, INT_PTR>> kAddGrowth = {
+const std::vector<std::pair<INT_PTR, INT_PTR>> ADD_GROWTH = {
     {1, 1},   {2, 5},   {6, 9},   {10, 13}, {14, 17}, {18, 21}, {22, 25}, {26, 29}, {30, 33},  {34, 37},
     {38, 41}, {42, 46}, {47, 51}, {52, 57}, {58, 64}, {65, 72}, {73, 81}, {82, 91}, {92, 102},
 };
@@ -48,12 +48,12 @@ TYPED_TEST(PointerArrayTest, AddToAnEmptyArrayGrowsOneThenByTheAutomaticStep) {
     for (INT_PTR n = 1; n <= 92; ++n) {
         a.Add(&item);
         ASSERT_EQ(n, a.GetSize());
-        if (next < kAddGrowth.size() && kAddGrowth[next].first == n) {
-            EXPECT_EQ(kAddGrowth[next].second, a.GetAllocSize()) << "after adding element " << n;
+        if (next < ADD_GROWTH.size() && ADD_GROWTH[next].first == n) {
+            EXPECT_EQ(ADD_GROWTH[next].second, a.GetAllocSize()) << "after adding element " << n;
             ++next;
         }
     }
-    EXPECT_EQ(kAddGrowth.size(), next);
+    EXPECT_EQ(ADD_GROWTH.size(), next);
     EXPECT_EQ(102, a.GetAllocSize());
 }
 

@@ -11,14 +11,14 @@ thread_local DialogDriver* t_pDriver = nullptr;
 
 // Handled dialogs carry a mark of their own, so that a new dialog that gets the handle of an old one is
 // not taken for it.
-const wchar_t* const kHandledMark = L"KorDialogDriverHandled";
+const wchar_t* const HANDLED_MARK = L"KorDialogDriverHandled";
 
 bool isHandled(HWND _hDialog) {
-    return GetPropW(_hDialog, kHandledMark) != nullptr;
+    return GetPropW(_hDialog, HANDLED_MARK) != nullptr;
 }
 
 void markHandled(HWND _hDialog) {
-    SetPropW(_hDialog, kHandledMark, reinterpret_cast<HANDLE>(1));
+    SetPropW(_hDialog, HANDLED_MARK, reinterpret_cast<HANDLE>(1));
 }
 
 std::vector<HWND> visibleDialogs() {
@@ -58,7 +58,7 @@ DialogDriver::~DialogDriver() {
         KillTimer(nullptr, m_uTimer);
     for (HWND hDialog : m_preExisting) {
         if (IsWindow(hDialog))
-            RemovePropW(hDialog, kHandledMark);
+            RemovePropW(hDialog, HANDLED_MARK);
     }
     t_pDriver = m_pPrevious;
 }

@@ -52,42 +52,42 @@ void literalOrLength(BitWriter& _out, int _nSymbol) {
         _out.code(0xC0 + (_nSymbol - 280), 8);
 }
 
-const int kLengthBase[29] = {3,  4,  5,  6,  7,  8,  9,  10, 11,  13,  15,  17,  19,  23, 27,
+const int LENGTH_BASE[29] = {3,  4,  5,  6,  7,  8,  9,  10, 11,  13,  15,  17,  19,  23, 27,
                              31, 35, 43, 51, 59, 67, 83, 99, 115, 131, 163, 195, 227, 258};
-const int kLengthExtra[29] = {0, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 2, 2, 2,
+const int LENGTH_EXTRA[29] = {0, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 2, 2, 2,
                               2, 3, 3, 3, 3, 4, 4, 4, 4, 5, 5, 5, 5, 0};
-const int kDistanceBase[30] = {1,    2,    3,    4,    5,    7,    9,    13,    17,    25,
+const int DISTANCE_BASE[30] = {1,    2,    3,    4,    5,    7,    9,    13,    17,    25,
                                33,   49,   65,   97,   129,  193,  257,  385,   513,   769,
                                1025, 1537, 2049, 3073, 4097, 6145, 8193, 12289, 16385, 24577};
-const int kDistanceExtra[30] = {0, 0, 0, 0, 1, 1, 2, 2,  3,  3,  4,  4,  5,  5,  6,
+const int DISTANCE_EXTRA[30] = {0, 0, 0, 0, 1, 1, 2, 2,  3,  3,  4,  4,  5,  5,  6,
                                 6, 7, 7, 8, 8, 9, 9, 10, 10, 11, 11, 12, 12, 13, 13};
 
 void match(BitWriter& _out, int _nLength, int _nDistance) {
     int l = 28;
-    while (kLengthBase[l] > _nLength)
+    while (LENGTH_BASE[l] > _nLength)
         --l;
     literalOrLength(_out, 257 + l);
-    _out.bits(static_cast<std::uint32_t>(_nLength - kLengthBase[l]), kLengthExtra[l]);
+    _out.bits(static_cast<std::uint32_t>(_nLength - LENGTH_BASE[l]), LENGTH_EXTRA[l]);
     int d = 29;
-    while (kDistanceBase[d] > _nDistance)
+    while (DISTANCE_BASE[d] > _nDistance)
         --d;
     _out.code(static_cast<std::uint32_t>(d), 5);
-    _out.bits(static_cast<std::uint32_t>(_nDistance - kDistanceBase[d]), kDistanceExtra[d]);
+    _out.bits(static_cast<std::uint32_t>(_nDistance - DISTANCE_BASE[d]), DISTANCE_EXTRA[d]);
 }
 
 std::vector<std::uint8_t> deflate(const std::vector<std::uint8_t>& _data) {
-    const int kWindow = 32768;
-    const int kMaxMatch = 258;
-    const int kMaxChain = 48;
-    const int kHashSize = 1 << 15;
+    const int WINDOW = 32768;
+    const int MAX_MATCH = 258;
+    const int MAX_CHAIN = 48;
+    const int HASH_SIZE = 1 << 15;
     BitWriter out;
     out.bits(1, 1); // the final block
     out.bits(1, 2); // fixed Huffman codes
-    std::vector<int> head(kHashSize, -1);
+    std::vector<int> head(HASH_SIZE, -1);
     std::vector<int> previous(_data.size(), -1);
     const int n = static_cast<int>(_data.size());
     auto hashAt = [&](int _i) {
-        return ((_data[_i] << 10) ^ (_data[_i + 1] << 5) ^ _data[_i + 2]) & (kHashSize - 1);
+        return ((_data[_i] << 10) ^ (_data[_i + 1] << 5) ^ _data[_i + 2]) & (HASH_SIZE - 1);
     };
     auto insert = [&](int _i) {
         if (_i + 2 < n) {
@@ -102,14 +102,14 @@ std::vector<std::uint8_t> deflate(const std::vector<std::uint8_t>& _data) {
         int bestDistance = 0;
         if (i + 2 < n) {
             int candidate = head[hashAt(i)];
-            for (int chain = 0; candidate >= 0 && i - candidate <= kWindow && chain < kMaxChain; ++chain) {
+            for (int chain = 0; candidate >= 0 && i - candidate <= WINDOW && chain < MAX_CHAIN; ++chain) {
                 int length = 0;
-                while (length < kMaxMatch && i + length < n && _data[candidate + length] == _data[i + length])
+                while (length < MAX_MATCH && i + length < n && _data[candidate + length] == _data[i + length])
                     ++length;
                 if (length > bestLength) {
                     bestLength = length;
                     bestDistance = i - candidate;
-                    if (length == kMaxMatch)
+                    if (length == MAX_MATCH)
                         break;
                 }
                 candidate = previous[candidate];

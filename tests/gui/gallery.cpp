@@ -18,6 +18,7 @@
 #include "PanelsTestSupport.h"
 #include "guibase/panels/UQMgmtClassPanel.h"
 #include "guibase/panels/UQSearchUserDialog.h"
+#include "guibase/wizard/UQProgressBar.h"
 #include "guibase/wizard/UQProgressBarDialog.h"
 #include "guibase/wizard/UQProgressDialog.h"
 #include "interfaces/korutil.h"
@@ -270,16 +271,24 @@ private:
     std::function<void()> m_publish;
 };
 
-// The worker's texts reach the dialog as messages sent to this thread: take them in until the status text
-// is there (at most five seconds), so that the picture shows the run.
-std::function<void(HWND)> afterStatus(std::function<void(HWND)> _then) {
-    return [_then](HWND _hDlg) {
-        const ULONGLONG uDeadline = GetTickCount64() + 5000;
-        while (itemText(_hDlg, IDC_PROGRESS_STATUS).empty() && GetTickCount64() < uDeadline) {
+// The worker's texts reach the dialog as messages sent to this thread, the status line first and the
+// counts last: take them in until control _nLastId shows text (at most five seconds), so that the picture
+// shows the whole state.
+std::function<void(HWND)> afterText(int _nLastId, std::function<void(HWND)> _then) {
+    return [_nLastId, _then](HWND _hDlg) {
+        const auto takeSentMessages = [] {
             MsgWaitForMultipleObjects(0, nullptr, FALSE, 10, QS_SENDMESSAGE);
             MSG msg;
             PeekMessageW(&msg, nullptr, 0, 0, PM_NOREMOVE | PM_QS_SENDMESSAGE);
-        }
+        };
+        const ULONGLONG uDeadline = GetTickCount64() + 5000;
+        while (itemText(_hDlg, _nLastId).empty() && GetTickCount64() < uDeadline)
+            takeSentMessages();
+        EXPECT_NE(itemText(_hDlg, _nLastId), "");
+        // The bar's position follows the last text: a short while more for it.
+        const ULONGLONG uSettled = GetTickCount64() + 200;
+        while (GetTickCount64() < uSettled)
+            takeSentMessages();
         _then(_hDlg);
     };
 }
@@ -293,7 +302,7 @@ TEST_F(Gallery, ProgressDialog) {
             .mf_publish();
     });
     UQProgressDialog dialog(L"Migrating files", worker);
-    m_driver.then(afterStatus(picture(L"progress-dialog", click(IDCANCEL))));
+    m_driver.then(afterText(IDC_PROGRESS_STATUS, picture(L"progress-dialog", click(IDCANCEL))));
     EXPECT_EQ(dialog.mf_execute(UQLanguage::mf_getUserLanguageHandle(), nullptr, IDD_PROGRESS), 0);
 }
 
@@ -304,8 +313,35 @@ TEST_F(Gallery, ProgressBarDialog) {
             .mf_publish();
     });
     UQProgressBarDialog dialog(L"Retrieving files", worker);
-    m_driver.then(afterStatus(picture(L"progress-bar-dialog", click(IDC_PROGRESS_CANCEL))));
+    m_driver.then(afterText(IDC_PROGRESS_TOTAL, picture(L"progress-bar-dialog", click(IDC_PROGRESS_CANCEL))));
     EXPECT_EQ(dialog.mf_execute(UQLanguage::mf_getUserLanguageHandle(), nullptr, IDD_PROGRESS_BAR), 0);
+}
+
+TEST_F(Gallery, ProgressBarDialogMarquee) {
+    GalleryWorker worker([] {
+        UQProgressEvent(UQProgressEvent::ACTION_PROGRESS, L"Querying the storage server for C:\\Finance")
+            .mf_publish();
+    });
+    UQProgressBarDialog dialog(L"Searching the history", worker);
+    // No percentage known: the bar becomes a running marquee, as a client shows while a count is unknown.
+    UQProgressBar marquee;
+    m_driver.then(afterText(IDC_PROGRESS_TOTAL, [&marquee](HWND _hDlg) {
+        marquee.mf_setProgressBar(GetDlgItem(_hDlg, IDC_PROGRESS_BAR));
+        marquee.mf_setRunning(1);
+        // Let the block travel into the bar (the control moves it on its own timer) before the picture.
+        const ULONGLONG uUntil = GetTickCount64() + 700;
+        MSG msg;
+        while (GetTickCount64() < uUntil) {
+            while (PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE)) {
+                TranslateMessage(&msg);
+                DispatchMessageW(&msg);
+            }
+            Sleep(10);
+        }
+        picture(L"progress-bar-dialog-marquee", click(IDC_PROGRESS_CANCEL))(_hDlg);
+    }));
+    EXPECT_EQ(dialog.mf_execute(UQLanguage::mf_getUserLanguageHandle(), nullptr, IDD_PROGRESS_BAR), 0);
+    EXPECT_EQ(marquee.mf_getStyle(), UQProgressBar::STYLE_MARQUEE);
 }
 
 namespace {

@@ -1,6 +1,7 @@
 // UQComboBox's most-recently-used lists in the user's registry: filling a real combo box from a stored
 // list and choice, and writing back what the user chose or typed.
 #include "RegistryProbe.h"
+#include "interfaces/korbase_testing.h"
 
 #include "guibase/settings/RegistrySandbox.h"
 #include "guibase/toolkit/UQComboBox.h"
@@ -10,7 +11,7 @@ using namespace toolkittest;
 
 namespace {
 
-const std::string kTab = "    ";
+const std::string TAB = "    ";
 
 std::vector<std::string> itemsOf(HWND _hCombo) {
     std::vector<std::string> items;
@@ -100,20 +101,20 @@ TEST_F(UQComboBoxRegistry, APathThatDoesNotExistLeavesTheControlUntouchedEvenWit
 
 TEST_F(UQComboBoxRegistry, ARegistryThatCannotTellWhetherThePathExistsLeavesTheControlUntouched) {
     UQRegistry::mf_setValues(L"Authorities", TextList({L"a"}), m_sPath, HKEY_CURRENT_USER);
-    UQRegistry::mf_injectFailure(0);
+    UQRegistryInjection::mf_injectFailure(0);
     const RegistryFailure refused =
         registryFailure([&] { UQRegistry::mf_PathExists(m_sPath, HKEY_CURRENT_USER); });
     TestDialog dialog;
     HWND hCombo = dialog.item(IDC_COMBO);
     UQComboBox::mf_addText(hCombo, L"keep");
-    UQRegistry::mf_injectFailure(0);
+    UQRegistryInjection::mf_injectFailure(0);
     LogCheck log;
     EXPECT_EQ(UQComboBox::mf_initFromRegistry(hCombo, L"Authorities", m_sPath, L"Authority", L"default"), 0);
     EXPECT_EQ(itemsOf(hCombo), (std::vector<std::string>{"keep"}));
     EXPECT_EQ(log.lines(),
               (refused.lines + std::vector<LogLine>{{'E', "UQComboBox::mf_initFromRegistry",
                                                      "Failure getting registry keys 'Authorities':\r\n" +
-                                                         kTab + refused.error}}));
+                                                         TAB + refused.error}}));
 }
 
 TEST_F(UQComboBoxRegistry, AnExistingPathWithoutAListGivesTheDefaultTextSelected) {
@@ -131,12 +132,12 @@ TEST_F(UQComboBoxRegistry, AnExistingPathWithoutAListGivesTheDefaultTextSelected
         1);
     EXPECT_EQ(itemsOf(hCombo), (std::vector<std::string>{"<local computer>"}));
     EXPECT_EQ(selectionOf(hCombo), 0);
-    EXPECT_EQ(log.lines(), (missing.lines +
-                            std::vector<LogLine>{
-                                {'E', "UQComboBox::mf_initFromRegistry",
-                                 "Failure getting registry keys 'Authorities':\r\n" + kTab + missing.error},
-                                {'G', "UQComboBox::mf_initFromRegistry",
-                                 "No list values found in '" + utf8(m_sPath) + "\\Authorities'"}}));
+    EXPECT_EQ(log.lines(),
+              (missing.lines + std::vector<LogLine>{
+                                   {'E', "UQComboBox::mf_initFromRegistry",
+                                    "Failure getting registry keys 'Authorities':\r\n" + TAB + missing.error},
+                                   {'G', "UQComboBox::mf_initFromRegistry",
+                                    "No list values found in '" + utf8(m_sPath) + "\\Authorities'"}}));
 }
 
 TEST_F(UQComboBoxRegistry, AnExistingPathWithoutAListOrDefaultLeavesTheControlUntouched) {
@@ -190,7 +191,7 @@ TEST_F(UQComboBoxRegistry, AMissingChoiceValueIsLoggedAndTheFirstEntrySelected) 
               (missing.lines +
                std::vector<LogLine>{
                    {'E', "UQComboBox::mf_initFromRegistry",
-                    "Failure getting registry selection key 'Authority':\r\n" + kTab + missing.error},
+                    "Failure getting registry selection key 'Authority':\r\n" + TAB + missing.error},
                    {'G', "UQComboBox::mf_initFromRegistry",
                     "Selecting 1st index instead of registry selection value ''"}}));
 }
@@ -270,23 +271,23 @@ TEST_F(UQComboBoxRegistry, FailedWritesAreLoggedWithTheListKeyAndSavingStillRetu
     HWND hCombo = dialog.item(IDC_COMBO);
     UQComboBox::mf_addText(hCombo, L"a");
     UQComboBox::mf_selectIndex(hCombo, 0);
-    UQRegistry::mf_injectFailure(0, 2);
+    UQRegistryInjection::mf_injectFailure(0, 2);
     const RegistryFailure list = registryFailure(
         [&] { UQRegistry::mf_setValues(L"Authorities", TextList({L"a"}), m_sPath, HKEY_CURRENT_USER); });
     const RegistryFailure choice =
         registryFailure([&] { UQRegistry::mf_setValue(L"Authority", L"a", 0, m_sPath, HKEY_CURRENT_USER); });
-    UQRegistry::mf_injectFailure(0, 2);
+    UQRegistryInjection::mf_injectFailure(0, 2);
     LogCheck log;
     EXPECT_EQ(UQComboBox::mf_saveToRegistry(hCombo, L"Authorities", m_sPath, L"Authority"), 1);
     EXPECT_EQ(
         log.lines(),
         (list.lines +
          std::vector<LogLine>{{'E', "UQComboBox::mf_saveToRegistry",
-                               "Failure setting registry keys 'Authorities':\r\n" + kTab + list.error}} +
+                               "Failure setting registry keys 'Authorities':\r\n" + TAB + list.error}} +
          choice.lines +
          std::vector<LogLine>{{'E', "UQComboBox::mf_saveToRegistry",
-                               "Failure setting registry keys 'Authorities':\r\n" + kTab + choice.error}}));
-    UQRegistry::mf_clearInjection();
+                               "Failure setting registry keys 'Authorities':\r\n" + TAB + choice.error}}));
+    UQRegistryInjection::mf_clearInjection();
     EXPECT_FALSE(UQRegistry::mf_exists(L"Authorities", m_sPath, HKEY_CURRENT_USER));
 }
 
@@ -297,8 +298,7 @@ TEST_F(UQComboBoxRegistry, TheRegistryItemFormsOfAMissingItemLogOnOneLineAndAnsw
     LogCheck log;
     EXPECT_EQ(UQComboBox::mf_initItemFromRegistry(dialog.hwnd(), IDC_MISSING, L"L", m_sPath, L"S", L"d"), 0);
     EXPECT_EQ(UQComboBox::mf_saveItemToRegistry(dialog.hwnd(), IDC_MISSING, L"L", m_sPath, L"S"), 0);
-    const LogLine lookup{'E', "UQWindow::mf_getItem",
-                         "Failure getting item with id=4242:\r\n" + kTab + error};
+    const LogLine lookup{'E', "UQWindow::mf_getItem", "Failure getting item with id=4242:\r\n" + TAB + error};
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{lookup,
                                                  {'E', "UQComboBox::mf_initItemFromRegistry",
                                                   "Failure getting item with id=4242: " + error},

@@ -1,26 +1,13 @@
 // UQDateTimeControl on real date and time pickers: single values, a date and a time combined, pickers
 // without a value, the configured formats.
 #include "ToolkitTestSupport.h"
+#include "support/TestTime.h"
 
 #include "guibase/toolkit/UQDateTimeControl.h"
 
 using namespace toolkittest;
 
 namespace {
-
-UQFileTime timeOf(WORD _wYear, WORD _wMonth, WORD _wDay, WORD _wHour, WORD _wMinute, WORD _wSecond) {
-    SYSTEMTIME st;
-    ZeroMemory(&st, sizeof st);
-    st.wYear = _wYear;
-    st.wMonth = _wMonth;
-    st.wDay = _wDay;
-    st.wHour = _wHour;
-    st.wMinute = _wMinute;
-    st.wSecond = _wSecond;
-    FILETIME ft;
-    SystemTimeToFileTime(&st, &ft);
-    return UQFileTime(ft);
-}
 
 std::string text(const UQFileTime& _time) {
     return utf8(_time.mf_toString());
@@ -45,7 +32,7 @@ void setNone(HWND _hPicker) {
 TEST(UQDateTimeControl, SetAndGetOfOnePickerRoundTrip) {
     TestDialog dialog;
     LogCheck log;
-    const UQFileTime time = timeOf(2024, 3, 5, 10, 0, 0);
+    const UQFileTime time = fileTime(2024, 3, 5, 10, 0, 0);
     EXPECT_EQ(UQDateTimeControl::mf_setItem(dialog.hwnd(), IDC_DATE, time), 1);
     UQFileTime read;
     EXPECT_EQ(UQDateTimeControl::mf_getItem(dialog.hwnd(), IDC_DATE, read), 1);
@@ -55,8 +42,8 @@ TEST(UQDateTimeControl, SetAndGetOfOnePickerRoundTrip) {
 
 TEST(UQDateTimeControl, TheDatesDayAndTheTimesTimeOfDayMakeOneValue) {
     TestDialog dialog;
-    ASSERT_EQ(UQDateTimeControl::mf_set(dialog.item(IDC_DATE), timeOf(2024, 3, 5, 10, 0, 0)), 1);
-    ASSERT_EQ(UQDateTimeControl::mf_set(dialog.item(IDC_TIME), timeOf(1999, 1, 1, 23, 15, 30)), 1);
+    ASSERT_EQ(UQDateTimeControl::mf_set(dialog.item(IDC_DATE), fileTime(2024, 3, 5, 10, 0, 0)), 1);
+    ASSERT_EQ(UQDateTimeControl::mf_set(dialog.item(IDC_TIME), fileTime(1999, 1, 1, 23, 15, 30)), 1);
     LogCheck log;
     UQFileTime combined;
     EXPECT_EQ(UQDateTimeControl::mf_getItem(dialog.hwnd(), IDC_DATE, IDC_TIME, combined), 1);
@@ -69,7 +56,7 @@ TEST(UQDateTimeControl, TheDatesDayAndTheTimesTimeOfDayMakeOneValue) {
 
 TEST(UQDateTimeControl, SettingAPairPutsTheSameValueIntoBoth) {
     TestDialog dialog;
-    const UQFileTime time = timeOf(2023, 12, 31, 6, 7, 8);
+    const UQFileTime time = fileTime(2023, 12, 31, 6, 7, 8);
     EXPECT_EQ(UQDateTimeControl::mf_setItem(dialog.hwnd(), IDC_DATE, IDC_TIME, time), 1);
     EXPECT_EQ(shown(dialog.item(IDC_DATE)), "2023-12-31 06:07:08");
     EXPECT_EQ(shown(dialog.item(IDC_TIME)), "2023-12-31 06:07:08");
@@ -87,7 +74,7 @@ TEST(UQDateTimeControl, APickerWithoutAValueAnswersZero) {
     UQFileTime read(12345);
     EXPECT_EQ(UQDateTimeControl::mf_get(hNone, read), 0);
     EXPECT_EQ(read, UQFileTime(12345)) << "nothing to convert, the value stays";
-    UQDateTimeControl::mf_set(dialog.item(IDC_TIME), timeOf(2000, 1, 1, 12, 0, 0));
+    UQDateTimeControl::mf_set(dialog.item(IDC_TIME), fileTime(2000, 1, 1, 12, 0, 0));
     EXPECT_EQ(UQDateTimeControl::mf_getItem(dialog.hwnd(), IDC_DATE_NONE, IDC_TIME, read), 0);
     // The date counts as day 0, 1601-01-01.
     EXPECT_EQ(text(read), "1601-01-01 12:00:00");
@@ -95,7 +82,7 @@ TEST(UQDateTimeControl, APickerWithoutAValueAnswersZero) {
 
 TEST(UQDateTimeControl, AValueThatIsNoCalendarTimeIsNotSet) {
     TestDialog dialog;
-    UQDateTimeControl::mf_set(dialog.item(IDC_TIME), timeOf(2001, 2, 3, 4, 5, 6));
+    UQDateTimeControl::mf_set(dialog.item(IDC_TIME), fileTime(2001, 2, 3, 4, 5, 6));
     const UQFileTime beyond(0x8000000000000000ull);
     EXPECT_EQ(UQDateTimeControl::mf_set(dialog.item(IDC_DATE), beyond), 0);
     EXPECT_EQ(UQDateTimeControl::mf_setItem(dialog.hwnd(), IDC_DATE, IDC_TIME, beyond), 0);
@@ -105,7 +92,7 @@ TEST(UQDateTimeControl, AValueThatIsNoCalendarTimeIsNotSet) {
 TEST(UQDateTimeControl, TheFormatSettersUseTheConfiguredPatterns) {
     TestDialog dialog;
     UQNumberFormatter::mf_configure(L"dd.MM.yyyy", L"HH-mm", L',');
-    UQDateTimeControl::mf_setItem(dialog.hwnd(), IDC_DATE, IDC_TIME, timeOf(2024, 3, 5, 23, 15, 30));
+    UQDateTimeControl::mf_setItem(dialog.hwnd(), IDC_DATE, IDC_TIME, fileTime(2024, 3, 5, 23, 15, 30));
     EXPECT_NE(UQDateTimeControl::mf_setItemDateFormat(dialog.hwnd(), IDC_DATE), 0);
     EXPECT_NE(UQDateTimeControl::mf_setTimeFormat(dialog.item(IDC_TIME)), 0);
     wchar_t szText[64] = {0};
@@ -130,7 +117,7 @@ TEST(UQDateTimeControl, ItemFormsPassAMissingItemOnUntested) {
     // The null handle answers 0 to every message, which reads as GDT_VALID with nothing in it.
     EXPECT_EQ(UQDateTimeControl::mf_getItem(dialog.hwnd(), IDC_MISSING, read), 1);
     EXPECT_EQ(read, UQFileTime(777));
-    EXPECT_EQ(UQDateTimeControl::mf_setItem(dialog.hwnd(), IDC_MISSING, timeOf(2024, 1, 1, 0, 0, 0)), 0);
+    EXPECT_EQ(UQDateTimeControl::mf_setItem(dialog.hwnd(), IDC_MISSING, fileTime(2024, 1, 1, 0, 0, 0)), 0);
     const LogLine lookup{'E', "UQWindow::mf_getItem",
                          "Failure getting item with id=4242:\r\n    " +
                              errorText(UQErrno::_E_::ItemNotFound, dwError)};

@@ -3,6 +3,7 @@
 // cannot be read.
 #include "DialogDriver.h"
 #include "ToolkitTestSupport.h"
+#include "interfaces/korbase_testing.h"
 
 #include "guibase/settings/RegistrySandbox.h"
 #include "guibase/toolkit/UQInformationBox.h"
@@ -154,12 +155,12 @@ TEST_F(UQInformationBoxTest, AFailedWriteIsLoggedAndTheChoiceStillReported) {
     DialogDriver driver;
     driver.then([](HWND _hDlg) {
         // The next store operation is the write of the choice.
-        UQRegistry::mf_injectFailure(0);
+        UQRegistryInjection::mf_injectFailure(0);
         tickAndPressOk(_hDlg);
     });
     LogCheck log;
     m_box.mf_show(nullptr);
-    UQRegistry::mf_clearInjection();
+    UQRegistryInjection::mf_clearInjection();
     const std::vector<LogLine> lines = log.lines();
     ASSERT_GE(lines.size(), 3u);
     EXPECT_EQ(lines.front(), OK_PRESSED);

@@ -322,3 +322,27 @@ TEST_F(UQProgressDialogTest, TheListenerNamesItself) {
     EXPECT_EQ(dialog.mf_getEventId(), 0x0040000000000000ull);
     EXPECT_TRUE(dialog.mf_isRegistered());
 }
+
+TEST_F(UQProgressDialogTest, ACopyMadeWhileOpenHasTheDialogHandleAndSharesTheWorkersCancelSwitch) {
+    ScriptedWorker worker([](ScriptedWorker& _worker) {
+        if (_worker.waitCancelled())
+            publish(UQProgressEvent::ACTION_END);
+    });
+    UQProgressDialog dialog(L"Copying files", worker);
+    HWND hCopied = nullptr, hOpen = nullptr;
+    int bCancelledThroughCopy = 0;
+    DialogDriver driver;
+    driver.then([&](HWND _hDlg) {
+        hOpen = _hDlg;
+        UQProgressDialog copy(dialog);
+        hCopied = copy.mf_getDialog();
+        // The copy trips the very switch the worker holds: the worker ends and so does the dialog.
+        bCancelledThroughCopy = copy.mf_getCancelSwitch().mf_implTryCancel();
+    });
+    EXPECT_EQ(dialog.mf_execute(language(), nullptr, IDD_PROGRESS), 0);
+    EXPECT_NE(hOpen, nullptr);
+    EXPECT_EQ(hCopied, hOpen);
+    EXPECT_EQ(bCancelledThroughCopy, 1);
+    EXPECT_TRUE(dialog.mf_getCancelSwitch().mf_isCancelled());
+    EXPECT_EQ(worker.mf_getCancelSwitch(), &dialog.mf_getCancelSwitch());
+}

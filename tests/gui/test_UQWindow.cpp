@@ -2,6 +2,7 @@
 // fonts and text widths, with the records of every failure.
 #include "ToolkitTestSupport.h"
 
+#include "compat/UQHandle.h"
 #include "guibase/toolkit/UQWindow.h"
 #include "korlang_ids.h"
 
@@ -9,11 +10,11 @@ using namespace toolkittest;
 
 namespace {
 
-const std::string kTab = "    ";
+const std::string TAB = "    ";
 
 LogLine missingItemLine(const char* _pszFunction, int _nId, DWORD _dwError) {
     return LogLine{'E', _pszFunction,
-                   "Failure getting item with id=" + std::to_string(_nId) + ":\r\n" + kTab +
+                   "Failure getting item with id=" + std::to_string(_nId) + ":\r\n" + TAB +
                        errorText(UQErrno::_E_::ItemNotFound, _dwError)};
 }
 
@@ -90,7 +91,7 @@ TEST(UQWindow, HasItemOfAWindowThatIsGoneLogsTheFailureUnderTheLookupsName) {
     } else {
         EXPECT_EQ(dwError, static_cast<DWORD>(ERROR_INVALID_WINDOW_HANDLE));
         EXPECT_EQ(log.lines(), (std::vector<LogLine>{{'E', "UQWindow::mf_getItem",
-                                                      "Failure checking item existence, id=1003:\r\n" + kTab +
+                                                      "Failure checking item existence, id=1003:\r\n" + TAB +
                                                           errorText(UQErrno::_E_::ItemNotFound, dwError)}}));
     }
 }
@@ -114,8 +115,8 @@ TEST(UQWindow, EnableOfAWindowThatIsGoneLogsAGuiFailure) {
     EXPECT_EQ(UQWindow::mf_enable(hGone, 1), 0);
     const std::string error = errorText(UQErrno::_E_::Gui, ERROR_INVALID_WINDOW_HANDLE);
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{
-                               {'E', "UQWindow::mf_enable", "Failure disabling window:\r\n" + kTab + error},
-                               {'E', "UQWindow::mf_enable", "Failure enabling window:\r\n" + kTab + error}}));
+                               {'E', "UQWindow::mf_enable", "Failure disabling window:\r\n" + TAB + error},
+                               {'E', "UQWindow::mf_enable", "Failure enabling window:\r\n" + TAB + error}}));
 }
 
 TEST(UQWindow, EnableItemOfAMissingItemLeavesTwoRecords) {
@@ -147,8 +148,8 @@ TEST(UQWindow, HideOfAWindowThatIsGoneLogsAGuiFailure) {
     EXPECT_EQ(UQWindow::mf_hide(hGone, 0), 0);
     const std::string error = errorText(UQErrno::_E_::Gui, ERROR_INVALID_WINDOW_HANDLE);
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{
-                               {'E', "UQWindow::mf_hide", "Failure hiding window:\r\n" + kTab + error},
-                               {'E', "UQWindow::mf_hide", "Failure showing window:\r\n" + kTab + error}}));
+                               {'E', "UQWindow::mf_hide", "Failure hiding window:\r\n" + TAB + error},
+                               {'E', "UQWindow::mf_hide", "Failure showing window:\r\n" + TAB + error}}));
 }
 
 TEST(UQWindow, HideItemOfAMissingItemLogsUnderTheNameOfEnableItem) {
@@ -177,7 +178,7 @@ TEST(UQWindow, FocusOfAWindowThatIsGoneLogsAGuiFailure) {
     EXPECT_EQ(UQWindow::mf_focus(hGone), 0);
     EXPECT_EQ(log.lines(),
               (std::vector<LogLine>{{'E', "UQWindow::mf_focus",
-                                     "Failure focusing window:\r\n" + kTab +
+                                     "Failure focusing window:\r\n" + TAB +
                                          errorText(UQErrno::_E_::Gui, ERROR_INVALID_WINDOW_HANDLE)}}));
 }
 
@@ -213,7 +214,7 @@ TEST(UQWindow, SetTextOfAWindowThatIsGoneLogsItemNotFound) {
     EXPECT_EQ(UQWindow::mf_setText(hGone, L"x"), 0);
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{
                                {'E', "UQWindow::mf_setText",
-                                "Failure setting window text:\r\n" + kTab +
+                                "Failure setting window text:\r\n" + TAB +
                                     errorText(UQErrno::_E_::ItemNotFound, ERROR_INVALID_WINDOW_HANDLE)}}));
 }
 
@@ -229,7 +230,7 @@ TEST(UQWindow, GetItemTextOfAMissingItemAnswersAnEmptyTextNotItemNotFound) {
                                missingItemLine("UQWindow::mf_getItem", IDC_MISSING, dwError),
                                missingItemLine("UQWindow::mf_getItemText", IDC_MISSING, dwError),
                                {'D', "UQWindow::mf_getText",
-                                "Window text length is 0, errno:\r\n" + kTab +
+                                "Window text length is 0, errno:\r\n" + TAB +
                                     errorText(UQErrno::_W_::ItemNotFound, ERROR_INVALID_WINDOW_HANDLE)}}));
 }
 
@@ -241,7 +242,7 @@ TEST(UQWindow, GetTextOfATextThatChangesWhileReadAnswersTheFailureText) {
     UQWindow::mf_getText(hWnd, sText);
     EXPECT_EQ(sText, L"<failure getting window text>");
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{{'D', "UQWindow::mf_getText",
-                                                  "Failure getting window text:\r\n" + kTab +
+                                                  "Failure getting window text:\r\n" + TAB +
                                                       errorText(UQErrno::_E_::BufferTooSmall, 0)}}));
     DestroyWindow(hWnd);
 }
@@ -261,7 +262,7 @@ TEST(UQWindow, HasTextOfAWindowThatIsGoneThrowsAfterItsRecord) {
     EXPECT_EQ(thrownCategory([&] { UQWindow::mf_hasText(hGone); }), "_W_::ItemNotFound");
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{
                                {'E', "UQWindow::mf_hasText",
-                                "Window text length is 0, errno:\r\n" + kTab +
+                                "Window text length is 0, errno:\r\n" + TAB +
                                     errorText(UQErrno::_W_::ItemNotFound, ERROR_INVALID_WINDOW_HANDLE)}}));
 }
 
@@ -368,11 +369,13 @@ TEST(UQWindow, SetFontAttributesGivesABoldUnderlinedCopyThatKeepsTheRest) {
     // An italic font first, to see that what is not asked for stays.
     LOGFONTW italic = fontOf(hLabel);
     italic.lfItalic = 1;
-    HFONT hItalic = CreateFontIndirectW(&italic);
+    const UQFont italicFont(CreateFontIndirectW(&italic));
+    HFONT hItalic = italicFont.mf_get();
     SendMessageW(hLabel, WM_SETFONT, reinterpret_cast<WPARAM>(hItalic), FALSE);
     LogCheck log;
 
-    HFONT hBold = UQWindow::mf_setItemFontAttributes(dialog.hwnd(), IDC_LABEL, 1, 1);
+    const UQFont boldFont(UQWindow::mf_setItemFontAttributes(dialog.hwnd(), IDC_LABEL, 1, 1));
+    HFONT hBold = boldFont.mf_get();
     ASSERT_NE(hBold, nullptr);
     EXPECT_EQ(reinterpret_cast<HFONT>(SendMessageW(hLabel, WM_GETFONT, 0, 0)), hBold);
     const LOGFONTW bold = fontOf(hLabel);
@@ -382,18 +385,16 @@ TEST(UQWindow, SetFontAttributesGivesABoldUnderlinedCopyThatKeepsTheRest) {
     EXPECT_EQ(bold.lfHeight, italic.lfHeight);
     EXPECT_STREQ(bold.lfFaceName, italic.lfFaceName);
 
-    HFONT hPlain = UQWindow::mf_setFontAttributes(hLabel, 0, 0);
-    ASSERT_NE(hPlain, nullptr);
+    const UQFont plainFont(UQWindow::mf_setFontAttributes(hLabel, 0, 0));
+    ASSERT_TRUE(plainFont);
     const LOGFONTW plain = fontOf(hLabel);
     EXPECT_EQ(plain.lfWeight, 400);
     EXPECT_EQ(plain.lfUnderline, 0);
     EXPECT_EQ(plain.lfItalic, 1);
     EXPECT_EQ(log.count(), 0u);
 
+    // The fonts are deleted once the label no longer uses them.
     SendMessageW(hLabel, WM_SETFONT, 0, FALSE);
-    DeleteObject(hPlain);
-    DeleteObject(hBold);
-    DeleteObject(hItalic);
 }
 
 TEST(UQWindow, SetFontAttributesOfAWindowWithoutAFontLogsAtTheGuiLevel) {
@@ -407,7 +408,7 @@ TEST(UQWindow, SetFontAttributesOfAWindowWithoutAFontLogsAtTheGuiLevel) {
     LogCheck log;
     EXPECT_EQ(UQWindow::mf_setFontAttributes(hWnd, 1, 0), nullptr);
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{{'G', "UQWindow::mf_setFontAttributes",
-                                                  "Failure getting original font information:\r\n" + kTab +
+                                                  "Failure getting original font information:\r\n" + TAB +
                                                       errorText(UQErrno::_E_::Gui, dwError)}}));
     DestroyWindow(hWnd);
 }

@@ -1,6 +1,7 @@
 // UQWindow's registry persistence of a window text: the registry root per backend, reading a value into a
 // control, writing a control's text, and the failures of both.
 #include "RegistryProbe.h"
+#include "interfaces/korbase_testing.h"
 
 #include "guibase/settings/RegistrySandbox.h"
 #include "guibase/toolkit/UQWindow.h"
@@ -9,7 +10,7 @@ using namespace toolkittest;
 
 namespace {
 
-const std::string kTab = "    ";
+const std::string TAB = "    ";
 
 class UQWindowRegistry : public ::testing::Test {
 protected:
@@ -69,9 +70,9 @@ TEST_F(UQWindowRegistry, InitFromRegistryOfAMissingValueClearsTheTextAndReturnsO
     UQWindow::mf_getText(dialog.item(IDC_EDIT), sText);
     EXPECT_EQ(sText, L"");
     EXPECT_EQ(log.lines(),
-              (missing.lines + std::vector<LogLine>{{'E', "UQWindow::mf_initFromRegistry",
-                                                     "Failure getting registry keys 'NotThere':\r\n" + kTab +
-                                                         missing.error}}));
+              (missing.lines + std::vector<LogLine>{
+                                   {'E', "UQWindow::mf_initFromRegistry",
+                                    "Failure getting registry keys 'NotThere':\r\n" + TAB + missing.error}}));
 }
 
 TEST_F(UQWindowRegistry, SaveToRegistryWritesTheTextThatInitReadsBack) {
@@ -109,17 +110,17 @@ TEST_F(UQWindowRegistry, WithABackendTheSavedTextIsReadBackUnderTheBackendsRoot)
 }
 
 TEST_F(UQWindowRegistry, SaveToRegistryReturnsOneEvenWhenTheWriteFails) {
-    UQRegistry::mf_injectFailure(0);
+    UQRegistryInjection::mf_injectFailure(0);
     const RegistryFailure refused = registryFailure(
         [] { UQRegistry::mf_setValue(L"OptionFile", L"x", 0, CString(), HKEY_CURRENT_USER); });
     TestDialog dialog;
     SetWindowTextW(dialog.item(IDC_EDIT), L"x");
-    UQRegistry::mf_injectFailure(0);
+    UQRegistryInjection::mf_injectFailure(0);
     LogCheck log;
     EXPECT_EQ(UQWindow::mf_saveToRegistry(dialog.item(IDC_EDIT), L"OptionFile"), 1);
     EXPECT_EQ(log.lines(),
               (refused.lines + std::vector<LogLine>{{'E', "UQWindow::mf_saveToRegistry",
-                                                     "Failure setting registry key 'OptionFile':\r\n" + kTab +
+                                                     "Failure setting registry key 'OptionFile':\r\n" + TAB +
                                                          refused.error}}));
     EXPECT_FALSE(UQRegistry::mf_exists(L"OptionFile", CString(), HKEY_CURRENT_USER));
 }
@@ -131,13 +132,12 @@ TEST_F(UQWindowRegistry, TheItemFormsOfAMissingItemAnswerZeroAndTouchNothing) {
     LogCheck log;
     EXPECT_EQ(UQWindow::mf_initItemFromRegistry(dialog.hwnd(), IDC_MISSING, L"A"), 0);
     EXPECT_EQ(UQWindow::mf_saveItemToRegistry(dialog.hwnd(), IDC_MISSING, L"A"), 0);
-    const LogLine lookup{'E', "UQWindow::mf_getItem",
-                         "Failure getting item with id=4242:\r\n" + kTab + error};
+    const LogLine lookup{'E', "UQWindow::mf_getItem", "Failure getting item with id=4242:\r\n" + TAB + error};
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{lookup,
                                                  {'E', "UQWindow::mf_initItemFromRegistry",
-                                                  "Failure getting item with id=4242:\r\n" + kTab + error},
+                                                  "Failure getting item with id=4242:\r\n" + TAB + error},
                                                  lookup,
                                                  {'E', "UQWindow::mf_saveItemToRegistry",
-                                                  "Failure getting item with id=4242:\r\n" + kTab + error}}));
+                                                  "Failure getting item with id=4242:\r\n" + TAB + error}}));
     EXPECT_FALSE(UQRegistry::mf_exists(L"A", CString(), HKEY_CURRENT_USER));
 }

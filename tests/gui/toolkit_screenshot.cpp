@@ -7,7 +7,9 @@
 #include "PngWriter.h"
 #include "Screenshot.h"
 #include "ToolkitTestIds.h"
+#include "support/TestTime.h"
 
+#include "compat/UQHandle.h"
 #include "guibase/toolkit/UQCheckBox.h"
 #include "guibase/toolkit/UQComboBox.h"
 #include "guibase/toolkit/UQDateTimeControl.h"
@@ -34,20 +36,6 @@ void pump() {
     }
 }
 
-UQFileTime timeOf(WORD _wYear, WORD _wMonth, WORD _wDay, WORD _wHour, WORD _wMinute, WORD _wSecond) {
-    SYSTEMTIME st;
-    ZeroMemory(&st, sizeof st);
-    st.wYear = _wYear;
-    st.wMonth = _wMonth;
-    st.wDay = _wDay;
-    st.wHour = _wHour;
-    st.wMinute = _wMinute;
-    st.wSecond = _wSecond;
-    FILETIME ft;
-    SystemTimeToFileTime(&st, &ft);
-    return UQFileTime(ft);
-}
-
 struct Row {
     const wchar_t* pszPath;
     const wchar_t* pszSize;
@@ -66,10 +54,10 @@ HFONT fill(HWND _hDlg) {
     SendDlgItemMessageW(_hDlg, IDC_SPIN, UDM_SETPOS32, 0, 3);
     UQDateTimeControl::mf_setItemDateFormat(_hDlg, IDC_DATE);
     UQDateTimeControl::mf_setItemTimeFormat(_hDlg, IDC_TIME);
-    UQDateTimeControl::mf_setItem(_hDlg, IDC_DATE, IDC_TIME, timeOf(2024, 3, 5, 23, 15, 30));
+    UQDateTimeControl::mf_setItem(_hDlg, IDC_DATE, IDC_TIME, fileTime(2024, 3, 5, 23, 15, 30));
     // A fixed date, so that the picture is the same every day.
     UQDateTimeControl::mf_setItemDateFormat(_hDlg, IDC_DATE_NONE);
-    UQDateTimeControl::mf_setItem(_hDlg, IDC_DATE_NONE, timeOf(2024, 4, 1, 0, 0, 0));
+    UQDateTimeControl::mf_setItem(_hDlg, IDC_DATE_NONE, fileTime(2024, 4, 1, 0, 0, 0));
 
     for (const wchar_t* pszAuthority : {L"<local computer>", L"CORVEX", L"CORVEX-LAB"})
         UQComboBox::mf_addItemText(_hDlg, IDC_COMBO, pszAuthority);
@@ -125,7 +113,7 @@ int wmain(int argc, wchar_t** argv) {
                       GetLastError());
         return 1;
     }
-    HFONT hBold = fill(hDlg);
+    UQFont boldFont(fill(hDlg));
     SetWindowPos(hDlg, HWND_TOP, 0, 0, 0, 0, SWP_NOSIZE | SWP_SHOWWINDOW);
     UQWindow::mf_focusItem(hDlg, IDC_LIST);
     pump();
@@ -138,8 +126,7 @@ int wmain(int argc, wchar_t** argv) {
     int nHeight = 0;
     const bool bCaptured = screenshot::capture(hDlg, rgb, nWidth, nHeight);
     SendDlgItemMessageW(hDlg, IDC_LABEL, WM_SETFONT, 0, FALSE);
-    if (hBold != nullptr)
-        DeleteObject(hBold);
+    boldFont.mf_reset();
     UQListPanel::mf_deleteImageList(GetDlgItem(hDlg, IDC_LIST));
     DestroyWindow(hDlg);
     if (!bCaptured || screenshot::colourCount(rgb) < 8) {

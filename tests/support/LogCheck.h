@@ -1,7 +1,7 @@
 // Log and error assertions shared by the tests.
 #pragma once
 
-#include "interfaces/korbase.h"
+#include "interfaces/korbase_testing.h"
 
 #include <gtest/gtest.h>
 

@@ -1,18 +1,23 @@
-// File times for tests, from calendar fields (UTC, as the library keeps them).
+// Calendar times for tests: a SYSTEMTIME and a file time from calendar fields (UTC, as the library keeps
+// them). The one place the tests build them.
 #pragma once
 
 #include "interfaces/korbase.h"
 
-inline UQFileTime fileTime(int year, int month, int day, int hour = 0, int minute = 0, int second = 0,
-                           int ms = 0) {
-    SYSTEMTIME st{};
-    st.wYear = static_cast<WORD>(year);
-    st.wMonth = static_cast<WORD>(month);
-    st.wDay = static_cast<WORD>(day);
-    st.wHour = static_cast<WORD>(hour);
-    st.wMinute = static_cast<WORD>(minute);
-    st.wSecond = static_cast<WORD>(second);
-    st.wMilliseconds = static_cast<WORD>(ms);
+inline SYSTEMTIME systemTime(int _nYear, int _nMonth, int _nDay, int _nHour = 0, int _nMinute = 0,
+                             int _nSecond = 0, int _nMilliseconds = 0, int _nDayOfWeek = 0) {
+    // In the order of the structure's fields: year, month, day of the week, day, hour, minute, second, ms.
+    const SYSTEMTIME st = {static_cast<WORD>(_nYear),      static_cast<WORD>(_nMonth),
+                           static_cast<WORD>(_nDayOfWeek), static_cast<WORD>(_nDay),
+                           static_cast<WORD>(_nHour),      static_cast<WORD>(_nMinute),
+                           static_cast<WORD>(_nSecond),    static_cast<WORD>(_nMilliseconds)};
+    return st;
+}
+
+// 0 when SystemTimeToFileTime refuses the fields.
+inline UQFileTime fileTime(int _nYear, int _nMonth, int _nDay, int _nHour = 0, int _nMinute = 0,
+                           int _nSecond = 0, int _nMilliseconds = 0) {
+    const SYSTEMTIME st = systemTime(_nYear, _nMonth, _nDay, _nHour, _nMinute, _nSecond, _nMilliseconds);
     FILETIME ft{};
     SystemTimeToFileTime(&st, &ft);
     return UQFileTime(ft);

@@ -1,7 +1,7 @@
 # Writes the bytes of INPUT as a C++ header OUTPUT that defines NAME (the bytes and a terminating zero) and
 # NAME_SIZE, so that the program carries the file in itself and needs nothing beside it. The bytes are
 # written as numbers: the text holds tabs, backslashes and UTF-8 that a string literal would have to escape.
-#   cmake -DINPUT=history.txt -DOUTPUT=SampleHistoryText.h -DNAME=kSampleHistory -P EmbedText.cmake
+#   cmake -DINPUT=history.txt -DOUTPUT=SampleHistoryText.h -DNAME=SAMPLE_HISTORY -P EmbedText.cmake
 foreach(var INPUT OUTPUT NAME)
   if(NOT ${var})
     message(FATAL_ERROR "EmbedText.cmake needs -D${var}=...")

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "guibase/filelist/UQFileListBase.h"
+#include "support/PathList.h"
 
 #include "support/LogCheck.h"
 #include "support/TestTime.h"
@@ -21,13 +22,6 @@ namespace filelisttest {
 inline const UQFileTime& testTime() {
     static const UQFileTime s_time = fileTime(2024, 3, 7, 14, 5, 9);
     return s_time;
-}
-
-inline std::vector<std::string> paths(const UQFileListItem::Array& items) {
-    std::vector<std::string> out;
-    for (INT_PTR i = 0; i < items.GetSize(); ++i)
-        out.push_back(utf8(items[i]->mf_getPath()));
-    return out;
 }
 
 // The version numbers of an item in array order.

@@ -2,6 +2,7 @@
 // close the list. Threads are joined with time limits; nothing waits by sleeping.
 #include "guibase/filelist/UQFileList.h"
 #include "guibase/filelist/UQListingFileList.h"
+#include "interfaces/korbase_testing.h"
 
 #include "FileListTestSupport.h"
 
@@ -14,9 +15,9 @@ using namespace filelisttest;
 
 namespace {
 
-constexpr int kPerProducer = 3000;
-constexpr int kTotal = 2 * kPerProducer;
-const std::chrono::seconds kLimit(120);
+constexpr int PER_PRODUCER = 3000;
+constexpr int TOTAL = 2 * PER_PRODUCER;
+const std::chrono::seconds LIMIT(120);
 
 // The outcome of a thread's work: empty when everything went as expected, else what went wrong.
 typedef std::future<std::string> Outcome;
@@ -35,9 +36,9 @@ template <class F> Outcome start(F f) {
 
 // A thread that does not finish in time is stuck on a lock; the process cannot go on safely with it.
 std::string finish(Outcome& outcome, const char* what) {
-    if (outcome.wait_for(kLimit) != std::future_status::ready) {
+    if (outcome.wait_for(LIMIT) != std::future_status::ready) {
         std::fprintf(stderr, "%s did not finish within %lld s\n", what,
-                     static_cast<long long>(kLimit.count()));
+                     static_cast<long long>(LIMIT.count()));
         std::abort();
     }
     return outcome.get();
@@ -49,16 +50,16 @@ CString producerPath(wchar_t drive, int i) {
     return path;
 }
 
-// Adds kPerProducer entries in ascending path order, version = index + 1.
+// Adds PER_PRODUCER entries in ascending path order, version = index + 1.
 std::string produce(UQFileList& list, wchar_t drive) {
-    for (int i = 0; i < kPerProducer; ++i)
+    for (int i = 0; i < PER_PRODUCER; ++i)
         list.mf_add(
             UQCMEntry(producerPath(drive, i), static_cast<std::uint32_t>(i + 1), UQFileSize(i), testTime()),
             L"Migrated");
     return std::string();
 }
 
-// Reads the count until both producers are done: it never goes down and never passes kTotal.
+// Reads the count until both producers are done: it never goes down and never passes TOTAL.
 std::string poll(UQFileListBase& list, const std::atomic<int>& producersLeft, int total) {
     int last = 0;
     for (;;) {
@@ -86,7 +87,7 @@ std::vector<std::string> pathsOfDrive(const UQFileListItem::Array& items, char d
 
 std::vector<std::string> expectedPaths(wchar_t drive) {
     std::vector<std::string> out;
-    for (int i = 0; i < kPerProducer; ++i)
+    for (int i = 0; i < PER_PRODUCER; ++i)
         out.push_back(utf8(producerPath(drive, i)));
     return out;
 }
@@ -97,7 +98,7 @@ TEST(FileListConcurrency, TwoProducersAndAPollerThenCloseReadAndSort) {
     LogCheck log;
     UQFileList list;
     std::atomic<int> producersLeft(2);
-    Outcome poller = start([&] { return poll(list, producersLeft, kTotal); });
+    Outcome poller = start([&] { return poll(list, producersLeft, TOTAL); });
     Outcome a = start([&] {
         const std::string r = produce(list, L'A');
         --producersLeft;
@@ -113,7 +114,7 @@ TEST(FileListConcurrency, TwoProducersAndAPollerThenCloseReadAndSort) {
     EXPECT_EQ(finish(poller, "poller"), "");
 
     list.mf_close();
-    EXPECT_EQ(list.mf_getItemCount(), static_cast<std::uint32_t>(kTotal));
+    EXPECT_EQ(list.mf_getItemCount(), static_cast<std::uint32_t>(TOTAL));
     ListItems items(list);
     // Every entry became its own item, and each producer's items keep that producer's order.
     EXPECT_EQ(pathsOfDrive(items, 'A'), expectedPaths(L'A'));
@@ -126,7 +127,7 @@ TEST(FileListConcurrency, TwoProducersAndAPollerThenCloseReadAndSort) {
     all.insert(all.end(), second.begin(), second.end());
     EXPECT_EQ(paths(sorted), all);
     for (INT_PTR i = 0; i < sorted.GetSize(); ++i)
-        ASSERT_EQ(sorted[i]->mf_getVersion(), static_cast<std::uint32_t>(i % kPerProducer + 1)) << i;
+        ASSERT_EQ(sorted[i]->mf_getVersion(), static_cast<std::uint32_t>(i % PER_PRODUCER + 1)) << i;
 
     list.mf_sortVersions(0);
     EXPECT_EQ(sorted[0]->mf_getVersionIndex(), 0);
@@ -137,7 +138,7 @@ TEST(FileListConcurrency, FailuresInsideLockedOperationsNeverBlockAProducer) {
     LogCheck log;
     UQFileList list;
     std::atomic<int> producersLeft(1);
-    constexpr int kRounds = 500;
+    constexpr int ROUNDS = 500;
     Outcome producer = start([&] {
         const std::string r = produce(list, L'A');
         --producersLeft;
@@ -145,7 +146,7 @@ TEST(FileListConcurrency, FailuresInsideLockedOperationsNeverBlockAProducer) {
     });
     // Each of these fails inside the lock while the list is open.
     Outcome failing = start([&]() -> std::string {
-        for (int i = 0; i < kRounds; ++i) {
+        for (int i = 0; i < ROUNDS; ++i) {
             UQFileListItem::Array items;
             for (const std::string& c :
                  {thrownCategory([&] { list.mf_getItemCount(); }), thrownCategory([&] { list.mf_sort(1); }),
@@ -157,10 +158,10 @@ TEST(FileListConcurrency, FailuresInsideLockedOperationsNeverBlockAProducer) {
     });
     EXPECT_EQ(finish(failing, "failing thread"), "");
     EXPECT_EQ(finish(producer, "producer"), "");
-    EXPECT_EQ(list.mf_getCurrentItemCount(), kPerProducer);
+    EXPECT_EQ(list.mf_getCurrentItemCount(), PER_PRODUCER);
 
     const std::vector<LogLine> lines = log.lines();
-    ASSERT_EQ(lines.size(), static_cast<std::size_t>(3 * kRounds));
+    ASSERT_EQ(lines.size(), static_cast<std::size_t>(3 * ROUNDS));
     for (std::size_t i = 0; i < lines.size(); i += 3) {
         ASSERT_EQ(lines[i], (LogLine{'E', "UQFileListBase::mf_getItemCount",
                                      "File item list must be close before items can be accessed"}));
@@ -174,16 +175,16 @@ TEST(FileListConcurrency, FailuresInsideLockedOperationsNeverBlockAProducer) {
 TEST(FileListConcurrency, InjectedFailuresOnOneProducerLeaveTheOtherUntouched) {
     LogCheck log;
     UQFileList list;
-    constexpr int kEvery = 100;
+    constexpr int EVERY = 100;
     // Producer A makes every 100th add fail with its own (per-thread) allocation failure.
     Outcome a = start([&]() -> std::string {
-        for (int i = 0; i < kPerProducer; ++i) {
-            if (i % kEvery == 0)
-                UQAllocation::mf_injectFailure(0);
+        for (int i = 0; i < PER_PRODUCER; ++i) {
+            if (i % EVERY == 0)
+                UQAllocationInjection::mf_injectFailure(0);
             const std::string c = thrownCategory([&] {
                 list.mf_add(UQCMEntry(producerPath(L'A', i), 1, UQFileSize(i), testTime()), L"Migrated");
             });
-            if (c != (i % kEvery == 0 ? "_E_::Memory" : "no exception"))
+            if (c != (i % EVERY == 0 ? "_E_::Memory" : "no exception"))
                 return "add " + std::to_string(i) + ": " + c;
         }
         return std::string();
@@ -195,13 +196,13 @@ TEST(FileListConcurrency, InjectedFailuresOnOneProducerLeaveTheOtherUntouched) {
     list.mf_close();
     ListItems items(list);
     std::vector<std::string> expectedA;
-    for (int i = 0; i < kPerProducer; ++i)
-        if (i % kEvery != 0)
+    for (int i = 0; i < PER_PRODUCER; ++i)
+        if (i % EVERY != 0)
             expectedA.push_back(utf8(producerPath(L'A', i)));
     EXPECT_EQ(pathsOfDrive(items, 'A'), expectedA);
     EXPECT_EQ(pathsOfDrive(items, 'B'), expectedPaths(L'B'));
     // Two records for each failed add, both from producer A's thread.
-    EXPECT_EQ(log.lines().size(), static_cast<std::size_t>(2 * kPerProducer / kEvery));
+    EXPECT_EQ(log.lines().size(), static_cast<std::size_t>(2 * PER_PRODUCER / EVERY));
 }
 
 TEST(FileListConcurrency, CloseWhileAProducerAddsFreezesTheList) {
@@ -222,7 +223,7 @@ TEST(FileListConcurrency, CloseWhileAProducerAddsFreezesTheList) {
         }
         return std::string("never refused");
     });
-    const auto deadline = std::chrono::steady_clock::now() + kLimit;
+    const auto deadline = std::chrono::steady_clock::now() + LIMIT;
     while (list.mf_getCurrentItemCount() < 100 && std::chrono::steady_clock::now() < deadline)
         std::this_thread::yield();
     list.mf_close();
@@ -242,21 +243,21 @@ TEST(FileListConcurrency, ListingEntriesFromAReaderThreadWhileTheGuiThreadPolls)
     // Every path comes with versions 1 and 2 in a row, so each merges into its item.
     Outcome reader = start([&]() -> std::string {
         UVListingFileReader& listener = list;
-        for (int i = 0; i < kPerProducer; ++i)
+        for (int i = 0; i < PER_PRODUCER; ++i)
             for (std::uint32_t v = 1; v <= 2; ++v)
                 listener.mf_onMigrationEntry(0, UQFileTime(), producerPath(L'C', i), v, L"Migrated",
                                              severities[i % 3]);
         --readersLeft;
         return std::string();
     });
-    Outcome poller = start([&] { return poll(list, readersLeft, kPerProducer); });
+    Outcome poller = start([&] { return poll(list, readersLeft, PER_PRODUCER); });
     EXPECT_EQ(finish(reader, "reader"), "");
     EXPECT_EQ(finish(poller, "poller"), "");
 
     list.mf_close();
     UQFileListItem::Array red;
     list.mf_getList(red, 0, 1, 1, 0);
-    ASSERT_EQ(red.GetSize(), kPerProducer / 3);
+    ASSERT_EQ(red.GetSize(), PER_PRODUCER / 3);
     for (INT_PTR i = 0; i < red.GetSize(); ++i) {
         EXPECT_TRUE(red[i]->mf_getSeverity().mf_isRed());
         EXPECT_EQ(red[i]->mf_getVersionCount(), 2);

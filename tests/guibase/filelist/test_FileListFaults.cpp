@@ -1,6 +1,7 @@
 // Allocation failures inside a list add: the category reaches the caller, the innermost record comes
 // first and the add overload's own record last, nothing is half-added and the lock is free afterwards.
 #include "guibase/filelist/UQFileList.h"
+#include "interfaces/korbase_testing.h"
 
 #include "FileListTestSupport.h"
 
@@ -10,18 +11,18 @@ using namespace filelisttest;
 
 namespace {
 
-const char* const kTimeText = "2024-03-07 14:05:09";
+const char* const TIME_TEXT = "2024-03-07 14:05:09";
 
 UQCMEntry entry(const wchar_t* path, std::uint32_t version) {
     return UQCMEntry(path, version, UQFileSize(2048), testTime());
 }
 
 std::string cmEntryText(const std::string& path, std::uint32_t version) {
-    return "'" + path + "' v" + std::to_string(version) + " 2048 bytes " + kTimeText;
+    return "'" + path + "' v" + std::to_string(version) + " 2048 bytes " + TIME_TEXT;
 }
 
 std::string itemRecordTail(const std::string& path, std::uint32_t version, const std::string& size = "2048",
-                           const std::string& time = kTimeText) {
+                           const std::string& time = TIME_TEXT) {
     return "Path='" + path + "', file-version=" + std::to_string(version) + ", file-size=" + size +
            ", last-write-time=" + time;
 }
@@ -30,7 +31,7 @@ std::string itemRecordTail(const std::string& path, std::uint32_t version, const
 class FileListFaults : public ::testing::Test {
 protected:
     void SetUp() override { list.mf_add(entry(L"C:\\data\\a.txt", 1), L"Migrated"); }
-    void TearDown() override { UQAllocation::mf_clearInjection(); }
+    void TearDown() override { UQAllocationInjection::mf_clearInjection(); }
 
     // Another thread adds a new path right after the failure: the lock was left.
     void expectLockFree() {
@@ -45,7 +46,7 @@ protected:
 
 TEST_F(FileListFaults, NullItemAllocationIsMemoryAndAddsNothing) {
     LogCheck log;
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     EXPECT_EQ(thrownCategory([&] { list.mf_add(entry(L"C:\\data\\b.txt", 3), L"Migrated"); }), "_E_::Memory");
     EXPECT_EQ(
         log.lines(),
@@ -61,7 +62,7 @@ TEST_F(FileListFaults, NullItemAllocationIsMemoryAndAddsNothing) {
 
 TEST_F(FileListFaults, ThrownItemAllocationKeepsItsCategory) {
     LogCheck log;
-    UQAllocation::mf_injectError(0, UQErrno::_E_::Internal);
+    UQAllocationInjection::mf_injectError(0, UQErrno::_E_::Internal);
     EXPECT_EQ(thrownCategory([&] { list.mf_add(entry(L"C:\\data\\b.txt", 3), L"Migrated"); }),
               "_E_::Internal");
     const std::string internal = errorText(UQErrno::_E_::Internal);
@@ -78,7 +79,7 @@ TEST_F(FileListFaults, ThrownItemAllocationKeepsItsCategory) {
 
 TEST_F(FileListFaults, NullVersionAllocationInANewItemFreesTheItem) {
     LogCheck log;
-    UQAllocation::mf_injectFailure(1); // the item's memory comes, its first version's does not
+    UQAllocationInjection::mf_injectFailure(1); // the item's memory comes, its first version's does not
     EXPECT_EQ(thrownCategory([&] { list.mf_add(entry(L"C:\\data\\b.txt", 3), L"Migrated"); }), "_E_::Memory");
     const std::string memory = errorText(UQErrno::_E_::Memory);
     EXPECT_EQ(
@@ -87,10 +88,10 @@ TEST_F(FileListFaults, NullVersionAllocationInANewItemFreesTheItem) {
             {'E', "UQFileListItem::mf_implAddVersion",
              std::string(
                  "No memory for adding file item version\r\n    Version=3, size=2048, last write time=") +
-                 kTimeText},
+                 TIME_TEXT},
             {'E', "UQFileListItem::UQFileListItem::1",
              "Failure adding version to file list: " + memory +
-                 "\r\n    File-version=3, file-size=2048, last-write-time=" + kTimeText},
+                 "\r\n    File-version=3, file-size=2048, last-write-time=" + TIME_TEXT},
             {'E', "UQFileListBase::mf_implAddItem",
              "Failure creating file list item: " + memory + "\r\n    " +
                  itemRecordTail("C:\\data\\b.txt", 3)},
@@ -103,7 +104,7 @@ TEST_F(FileListFaults, NullVersionAllocationInANewItemFreesTheItem) {
 
 TEST_F(FileListFaults, NullVersionAllocationForAKnownPathLeavesTheItemAsItWas) {
     LogCheck log;
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     EXPECT_EQ(thrownCategory([&] { list.mf_add(entry(L"C:\\data\\a.txt", 2), L"Migrated"); }), "_E_::Memory");
     const std::string memory = errorText(UQErrno::_E_::Memory);
     EXPECT_EQ(
@@ -112,7 +113,7 @@ TEST_F(FileListFaults, NullVersionAllocationForAKnownPathLeavesTheItemAsItWas) {
             {'E', "UQFileListItem::mf_implAddVersion",
              std::string(
                  "No memory for adding file item version\r\n    Version=2, size=2048, last write time=") +
-                 kTimeText},
+                 TIME_TEXT},
             {'E', "UQFileListItem::mf_addVersion",
              "Failure adding file list entry version: %sVersion=%lu, size=%s, last write time=%s\r\n"},
             {'E', "UQFileListBase::mf_implAddItem",
@@ -132,13 +133,13 @@ TEST_F(FileListFaults, NullVersionAllocationForAKnownPathLeavesTheItemAsItWas) {
 
 TEST_F(FileListFaults, ThrownVersionAllocationForAKnownPathKeepsItsCategory) {
     LogCheck log;
-    UQAllocation::mf_injectError(0, UQErrno::_E_::Memory);
+    UQAllocationInjection::mf_injectError(0, UQErrno::_E_::Memory);
     EXPECT_EQ(thrownCategory([&] { list.mf_add(entry(L"C:\\data\\a.txt", 2), L"Migrated"); }), "_E_::Memory");
     const std::vector<LogLine> lines = log.lines();
     ASSERT_EQ(lines.size(), 4u);
     EXPECT_EQ(lines[0], (LogLine{'E', "UQFileListItem::mf_implAddVersion",
                                  "Failure adding file item version: " + errorText(UQErrno::_E_::Memory) +
-                                     "\r\n    Version=2, size=2048, last write time=" + kTimeText}));
+                                     "\r\n    Version=2, size=2048, last write time=" + TIME_TEXT}));
     EXPECT_EQ(lines[1].function, "UQFileListItem::mf_addVersion");
     EXPECT_EQ(lines[2].function, "UQFileListBase::mf_implAddItem");
     EXPECT_EQ(lines[2].text.rfind("Failure adding version to file list entry: ", 0), 0u) << lines[2].text;
@@ -151,7 +152,7 @@ TEST_F(FileListFaults, ThrownVersionAllocationForAKnownPathKeepsItsCategory) {
 
 TEST_F(FileListFaults, BackupEventFailureNamesTheEvent) {
     LogCheck log;
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     EXPECT_EQ(thrownCategory(
                   [&] { list.mf_add(UQBackupEvent(L"C:\\data\\b.txt", UQSeverity::Info, L"Backed up")); }),
               "_E_::Memory");
@@ -169,7 +170,7 @@ TEST_F(FileListFaults, BackupEventFailureNamesTheEvent) {
 
 TEST_F(FileListFaults, SourceEventFailureNamesTheEvent) {
     LogCheck log;
-    UQAllocation::mf_injectError(0, UQErrno::_E_::Memory);
+    UQAllocationInjection::mf_injectError(0, UQErrno::_E_::Memory);
     EXPECT_EQ(
         thrownCategory([&] { list.mf_add(UQSourceEvent(L"C:\\data", L"b.txt", UQSeverity::Info, L"Seen")); }),
         "_E_::Memory");
@@ -198,7 +199,7 @@ TEST_F(FileListFaults, RefusalOnAClosedListLeavesTheLockFree) {
 }
 
 TEST_F(FileListFaults, TheListTakesAddsAgainAfterAFailure) {
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     EXPECT_EQ(thrownCategory([&] { list.mf_add(entry(L"C:\\data\\b.txt", 1), L"Migrated"); }), "_E_::Memory");
     list.mf_add(entry(L"C:\\data\\b.txt", 1), L"Migrated");
     list.mf_add(entry(L"C:\\data\\b.txt", 2), L"Migrated");

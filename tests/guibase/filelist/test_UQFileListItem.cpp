@@ -1,4 +1,5 @@
 #include "guibase/filelist/UQFileListItem.h"
+#include "support/PathList.h"
 
 #include "support/LogCheck.h"
 #include "support/TestTime.h"
@@ -8,25 +9,18 @@
 
 namespace {
 
-const UQFileTime kTime = fileTime(2024, 3, 7, 14, 5, 9);
+const UQFileTime TIME = fileTime(2024, 3, 7, 14, 5, 9);
 
 UQFileListItem makeItem(const wchar_t* path, std::uint32_t version = 1, const wchar_t* result = L"Migrated") {
-    return UQFileListItem(path, version, UQFileSize(1024), kTime, result, UQSeverity::Info);
+    return UQFileListItem(path, version, UQFileSize(1024), TIME, result, UQSeverity::Info);
 }
 
 // An item whose versions array holds these numbers in this order.
 std::unique_ptr<UQFileListItem> itemWithVersions(std::initializer_list<std::uint32_t> versions) {
     auto item = std::make_unique<UQFileListItem>(L"C:\\data\\file.txt", 0, CString(), UQSeverity());
     for (std::uint32_t v : versions)
-        item->mf_addVersion(v, UQFileSize(10), kTime);
+        item->mf_addVersion(v, UQFileSize(10), TIME);
     return item;
-}
-
-std::vector<std::string> paths(const UQFileListItem::Array& items) {
-    std::vector<std::string> out;
-    for (INT_PTR i = 0; i < items.GetSize(); ++i)
-        out.push_back(utf8(items[i]->mf_getPath()));
-    return out;
 }
 
 } // namespace
@@ -36,7 +30,7 @@ TEST(UQFileListItem, NewItemWithOneVersionSelectsIt) {
     EXPECT_EQ(item.mf_getVersionIndex(), 0);
     EXPECT_EQ(item.mf_getVersion(), 4u);
     EXPECT_EQ(item.mf_getSize().mf_getValue(), 1024);
-    EXPECT_EQ(item.mf_getLastWriteTime(), kTime);
+    EXPECT_EQ(item.mf_getLastWriteTime(), TIME);
     EXPECT_EQ(item.mf_isSelected(), 0);
 }
 
@@ -146,7 +140,7 @@ class UQFileListItemRanges : public ::testing::TestWithParam<RangesCase> {};
 TEST_P(UQFileListItemRanges, ShowsTheRangesOfAnArraySortedNewestFirst) {
     auto item = std::make_unique<UQFileListItem>(L"C:\\data\\file.txt", 0, CString(), UQSeverity());
     for (std::uint32_t v : GetParam().versions)
-        item->mf_addVersion(v, UQFileSize(1), kTime);
+        item->mf_addVersion(v, UQFileSize(1), TIME);
     EXPECT_EQ(utf8(item->mf_getRangesDisplayString()), GetParam().expected);
 }
 
@@ -168,15 +162,15 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(UQFileListItem, SelectedVersionDisplayStringShowsFilePartDateAndTime) {
     UQFileListItem item = makeItem(L"C:\\Projects\\Reports\\q1-summary.docx", 3);
-    const CString expected = CString(L"q1-summary.docx - ") + UQNumberFormatter::mf_formatDate(kTime) +
-                             L" - " + UQNumberFormatter::mf_formatTime(kTime);
+    const CString expected = CString(L"q1-summary.docx - ") + UQNumberFormatter::mf_formatDate(TIME) +
+                             L" - " + UQNumberFormatter::mf_formatTime(TIME);
     EXPECT_EQ(item.mf_getSelectedVersionDisplayString(), expected);
     EXPECT_EQ(item.mf_toString(), expected);
 }
 
 TEST(UQFileListItem, ResetClearsResultSeverityAndSelectionButKeepsVersions) {
-    UQFileListItem item(L"C:\\data\\a.txt", 2, UQFileSize(5), kTime, L"Access denied", UQSeverity::Error);
-    item.mf_addVersion(3, UQFileSize(6), kTime);
+    UQFileListItem item(L"C:\\data\\a.txt", 2, UQFileSize(5), TIME, L"Access denied", UQSeverity::Error);
+    item.mf_addVersion(3, UQFileSize(6), TIME);
     item.mf_setSelected(1);
     item.mf_reset();
     EXPECT_EQ(item.mf_getResult(), CString());
@@ -202,9 +196,9 @@ TEST(UQFileListItem, CopyIsUnselectedEvenWhenItsSourceIsSelected) {
 TEST(UQFileListItem, FailedCopyLogsAndThrowsTheCategoryWithoutLeaking) {
     auto source = itemWithVersions({1, 2, 3});
     LogCheck log;
-    UQAllocation::mf_injectError(1, UQErrno::_E_::Memory); // the second version's allocation throws
+    UQAllocationInjection::mf_injectError(1, UQErrno::_E_::Memory); // the second version's allocation throws
     EXPECT_EQ(thrownCategory([&] { UQFileListItem copy(*source); }), "_E_::Memory");
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_clearInjection();
     const std::string memory = utf8(UQErrno(UQErrno::_E_::Memory).mf_toString());
     EXPECT_EQ(log.lines(),
               (std::vector<LogLine>{{'E', "UQFileListItem::mf_implAddVersion",
@@ -217,9 +211,9 @@ TEST(UQFileListItem, FailedCopyLogsAndThrowsTheCategoryWithoutLeaking) {
 TEST(UQFileListItem, AddVersionFailureRecordKeepsTheSecondTextUnexpanded) {
     auto item = itemWithVersions({1});
     LogCheck log;
-    UQAllocation::mf_injectFailure(0);
-    EXPECT_EQ(thrownCategory([&] { item->mf_addVersion(2, UQFileSize(-5), kTime); }), "_E_::Memory");
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_injectFailure(0);
+    EXPECT_EQ(thrownCategory([&] { item->mf_addVersion(2, UQFileSize(-5), TIME); }), "_E_::Memory");
+    UQAllocationInjection::mf_clearInjection();
     EXPECT_EQ(
         log.lines(),
         (std::vector<LogLine>{
@@ -234,9 +228,9 @@ TEST(UQFileListItem, AddVersionFailureRecordKeepsTheSecondTextUnexpanded) {
 TEST(UQFileListItem, ThrownAllocationErrorIsLoggedAndPassedOn) {
     auto item = itemWithVersions({1});
     LogCheck log;
-    UQAllocation::mf_injectError(0, UQErrno::_E_::Internal);
-    EXPECT_EQ(thrownCategory([&] { item->mf_addVersion(2, UQFileSize(7), kTime); }), "_E_::Internal");
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_injectError(0, UQErrno::_E_::Internal);
+    EXPECT_EQ(thrownCategory([&] { item->mf_addVersion(2, UQFileSize(7), TIME); }), "_E_::Internal");
+    UQAllocationInjection::mf_clearInjection();
     const std::vector<LogLine> lines = log.lines();
     ASSERT_EQ(lines.size(), 2u);
     EXPECT_EQ(
@@ -250,11 +244,11 @@ TEST(UQFileListItem, ThrownAllocationErrorIsLoggedAndPassedOn) {
 TEST(UQFileListItem, OutOfRangeTimeInAFailureRecordReadsFileTimeError) {
     UQFileListItem item(L"C:\\data\\a.txt", 0, L"", UQSeverity());
     LogCheck log;
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     EXPECT_EQ(
         thrownCategory([&] { item.mf_addVersion(1, UQFileSize(1), UQFileTime(0x8000000000000000ull)); }),
         "_E_::Memory");
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_clearInjection();
     const std::vector<LogLine> lines = log.lines();
     // Each failure record converts the time for its text, and each conversion logs its own failure first.
     ASSERT_EQ(lines.size(), 4u);

@@ -1,4 +1,5 @@
 #include "guibase/filelist/UQListingFileList.h"
+#include "interfaces/korbase_testing.h"
 
 #include "FileListTestSupport.h"
 
@@ -8,7 +9,7 @@ using namespace filelisttest;
 
 namespace {
 
-const UQSeverity kGreen(UVSeverity::GREEN), kYellow(UVSeverity::YELLOW), kRed(UVSeverity::RED);
+const UQSeverity GREEN(UVSeverity::GREEN), YELLOW(UVSeverity::YELLOW), RED(UVSeverity::RED);
 
 CString stubText() {
     return UQString(UQErrno::_I_::StubFile.mf_getMessageNumber());
@@ -34,11 +35,11 @@ protected:
         CString differentCase = stubText();
         differentCase.MakeUpper();
         ASSERT_NE(differentCase.Compare(stubText()), 0);
-        report(list, L"C:\\a", 1, stubText(), kGreen);
-        report(list, L"C:\\b", 1, differentCase, kGreen);
-        report(list, L"C:\\c", 1, L"Migrated", kGreen);
-        report(list, L"C:\\d", 1, L"Migrated with warnings", kYellow);
-        report(list, L"C:\\e", 1, L"Access denied", kRed);
+        report(list, L"C:\\a", 1, stubText(), GREEN);
+        report(list, L"C:\\b", 1, differentCase, GREEN);
+        report(list, L"C:\\c", 1, L"Migrated", GREEN);
+        report(list, L"C:\\d", 1, L"Migrated with warnings", YELLOW);
+        report(list, L"C:\\e", 1, L"Access denied", RED);
         list.mf_close();
     }
 
@@ -49,8 +50,8 @@ protected:
 
 TEST(UQListingFileList, TwoVersionsOfAPathGiveOneItemWithEmptySizesAndTimes) {
     UQListingFileList list;
-    report(list, L"C:\\data\\a.txt", 1, L"Migrated", kGreen);
-    report(list, L"C:\\data\\a.txt", 2, L"Access denied", kRed);
+    report(list, L"C:\\data\\a.txt", 1, L"Migrated", GREEN);
+    report(list, L"C:\\data\\a.txt", 2, L"Access denied", RED);
     list.mf_close();
     ListItems items(list);
     ASSERT_EQ(items.GetSize(), 1);
@@ -73,7 +74,7 @@ TEST(UQListingFileList, TwoVersionsOfAPathGiveOneItemWithEmptySizesAndTimes) {
 
 TEST(UQListingFileList, EntryKeepsItsResultAndSeverity) {
     UQListingFileList list;
-    report(list, L"C:\\data\\a.txt", 4, L"Access denied", kRed);
+    report(list, L"C:\\data\\a.txt", 4, L"Access denied", RED);
     list.mf_close();
     ListItems items(list);
     ASSERT_EQ(items.GetSize(), 1);
@@ -84,12 +85,12 @@ TEST(UQListingFileList, EntryKeepsItsResultAndSeverity) {
 
 TEST(UQListingFileList, EntryAfterCloseIsRefusedAndAddsNothing) {
     UQListingFileList list;
-    report(list, L"C:\\a", 1, L"Migrated", kGreen);
+    report(list, L"C:\\a", 1, L"Migrated", GREEN);
     list.mf_close();
     LogCheck log;
-    EXPECT_EQ(thrownCategory([&] { report(list, L"C:\\a", 2, L"Migrated", kGreen); }),
+    EXPECT_EQ(thrownCategory([&] { report(list, L"C:\\a", 2, L"Migrated", GREEN); }),
               "_E_::AlreadyInitialized");
-    EXPECT_EQ(thrownCategory([&] { report(list, L"C:\\b", 1, L"Migrated", kGreen); }),
+    EXPECT_EQ(thrownCategory([&] { report(list, L"C:\\b", 1, L"Migrated", GREEN); }),
               "_E_::AlreadyInitialized");
     const LogLine refused{'E', "UQListingFileList::mf_onMigrationEntry",
                           "File item list has already been closed"};
@@ -100,7 +101,7 @@ TEST(UQListingFileList, EntryAfterCloseIsRefusedAndAddsNothing) {
 
 TEST(UQListingFileList, GetListOnAnOpenListFailsEvenWithoutFilters) {
     UQListingFileList list;
-    report(list, L"C:\\a", 1, L"Migrated", kGreen);
+    report(list, L"C:\\a", 1, L"Migrated", GREEN);
     LogCheck log;
     UQFileListItem::Array items;
     EXPECT_EQ(thrownCategory([&] { list.mf_getList(items, 0, 0, 0, 0); }), "_E_::Initialization");
@@ -112,7 +113,7 @@ TEST(UQListingFileList, GetListOnAnOpenListFailsEvenWithoutFilters) {
 
 TEST(UQListingFileList, UnfilteredReadIsTheBaseReadWithItsChecks) {
     UQListingFileList list;
-    report(list, L"C:\\a", 1, L"Migrated", kGreen);
+    report(list, L"C:\\a", 1, L"Migrated", GREEN);
     list.mf_close();
     UQFileListItem foreign(L"C:\\foreign", 1, UQFileSize(), UQFileTime(), L"", UQSeverity());
     UQFileListItem::Array items;
@@ -126,8 +127,8 @@ TEST(UQListingFileList, UnfilteredReadIsTheBaseReadWithItsChecks) {
 
 TEST(UQListingFileList, FilteredReadAppendsToANonEmptyArray) {
     UQListingFileList list;
-    report(list, L"C:\\a", 1, L"Migrated", kGreen);
-    report(list, L"C:\\b", 1, L"Access denied", kRed);
+    report(list, L"C:\\a", 1, L"Migrated", GREEN);
+    report(list, L"C:\\b", 1, L"Access denied", RED);
     list.mf_close();
     UQFileListItem foreign(L"C:\\foreign", 1, UQFileSize(), UQFileTime(), L"", UQSeverity());
     UQFileListItem::Array items;
@@ -172,21 +173,21 @@ TEST_F(ListingFilter, FlagsCombine) {
 
 TEST(UQListingFileList, ClearOpensTheListForANewListing) {
     UQListingFileList list;
-    report(list, L"C:\\a", 1, L"Migrated", kGreen);
+    report(list, L"C:\\a", 1, L"Migrated", GREEN);
     list.mf_close();
     list.mf_clear();
-    report(list, L"C:\\b", 1, L"Migrated", kGreen);
+    report(list, L"C:\\b", 1, L"Migrated", GREEN);
     list.mf_close();
     EXPECT_EQ(filtered(list, 0, 0, 0, 1), (std::vector<std::string>{"C:\\b"}));
 }
 
 TEST(UQListingFileList, FailedEntryIsWrappedAndAddsNothing) {
     UQListingFileList list;
-    report(list, L"C:\\a", 1, L"Migrated", kGreen);
+    report(list, L"C:\\a", 1, L"Migrated", GREEN);
     LogCheck log;
-    UQAllocation::mf_injectFailure(0);
-    EXPECT_EQ(thrownCategory([&] { report(list, L"C:\\b", 3, L"Migrated", kGreen); }), "_E_::Memory");
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_injectFailure(0);
+    EXPECT_EQ(thrownCategory([&] { report(list, L"C:\\b", 3, L"Migrated", GREEN); }), "_E_::Memory");
+    UQAllocationInjection::mf_clearInjection();
     EXPECT_EQ(
         log.lines(),
         (std::vector<LogLine>{
@@ -196,17 +197,17 @@ TEST(UQListingFileList, FailedEntryIsWrappedAndAddsNothing) {
             {'E', "UQListingFileList::mf_onMigrationEntry",
              "Failure adding file item 'C:\\b', version=3:\r\n    " + errorText(UQErrno::_E_::Memory)}}));
     EXPECT_EQ(list.mf_getCurrentItemCount(), 1);
-    EXPECT_EQ(categoryOnOtherThread([&] { report(list, L"C:\\c", 1, L"Migrated", kGreen); }), "no exception");
+    EXPECT_EQ(categoryOnOtherThread([&] { report(list, L"C:\\c", 1, L"Migrated", GREEN); }), "no exception");
     EXPECT_EQ(list.mf_getCurrentItemCount(), 2);
 }
 
 TEST(UQListingFileList, FailedVersionForAKnownPathIsWrappedAndLeavesTheItem) {
     UQListingFileList list;
-    report(list, L"C:\\a", 1, L"Migrated", kGreen);
+    report(list, L"C:\\a", 1, L"Migrated", GREEN);
     LogCheck log;
-    UQAllocation::mf_injectError(0, UQErrno::_E_::Memory);
-    EXPECT_EQ(thrownCategory([&] { report(list, L"C:\\a", 2, L"Migrated", kGreen); }), "_E_::Memory");
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_injectError(0, UQErrno::_E_::Memory);
+    EXPECT_EQ(thrownCategory([&] { report(list, L"C:\\a", 2, L"Migrated", GREEN); }), "_E_::Memory");
+    UQAllocationInjection::mf_clearInjection();
     const std::vector<LogLine> lines = log.lines();
     ASSERT_EQ(lines.size(), 4u);
     EXPECT_EQ(lines[0].function, "UQFileListItem::mf_implAddVersion");
@@ -216,4 +217,20 @@ TEST(UQListingFileList, FailedVersionForAKnownPathIsWrappedAndLeavesTheItem) {
                                      errorText(UQErrno::_E_::Memory)}));
     list.mf_close();
     EXPECT_EQ(versions(*ListItems(list)[0]), (std::vector<std::uint32_t>{1}));
+}
+
+TEST(UQListingFileList, SurrogatesOrderBeforeThePrivateUseAreaSoAPathIsFoundAgain) {
+    // Entries in UTF-16 order: U+1F600 (a surrogate pair) sorts before U+E000, as on Windows.
+    const CString emoji = CString(L"C:\\") + static_cast<wchar_t>(0xD83D) + static_cast<wchar_t>(0xDE00);
+    const CString privateUse = CString(L"C:\\") + static_cast<wchar_t>(0xE000);
+    UQListingFileList list;
+    report(list, L"C:\\a", 1, L"Migrated", GREEN);
+    report(list, emoji, 1, L"Migrated", GREEN);
+    report(list, privateUse, 1, L"Migrated", GREEN);
+    report(list, privateUse, 2, L"Migrated", GREEN);
+    list.mf_close();
+    ListItems items(list);
+    ASSERT_EQ(items.GetSize(), 3);
+    EXPECT_EQ(items[1]->mf_getPath(), emoji);
+    EXPECT_EQ(versions(*items[2]), (std::vector<std::uint32_t>{1, 2}));
 }

@@ -83,13 +83,13 @@ TEST(ErrorFrame, LockIsReentrantForItsOwner) {
 TEST(ErrorFrame, WrappedMemoryFailureReachesTheCallerWithItsCategoryInnerRecordFirst) {
     LogCheck log;
     const UQFileTime t = fileTime(2024, 3, 7, 14, 5, 9);
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     EXPECT_EQ(thrownCategory([&] {
                   UQFileListItem item(L"C:\\data\\a.txt", 7, UQFileSize(100), t, L"Migrated",
                                       UQSeverity::Info);
               }),
               "_E_::Memory");
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_clearInjection();
     const std::string memory = utf8(UQErrno(UQErrno::_E_::Memory).mf_toString());
     EXPECT_EQ(log.lines(),
               (std::vector<LogLine>{

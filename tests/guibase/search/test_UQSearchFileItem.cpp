@@ -1,4 +1,5 @@
 #include "guibase/search/UQSearchFileItem.h"
+#include "support/PathList.h"
 
 #include "SearchRecords.h"
 
@@ -18,15 +19,15 @@ struct UQSearchFileItemTestAccess {
 
 namespace {
 
-const wchar_t* const kPath = L"\\\\srv\\share\\file.txt";
+const wchar_t* const PATH = L"\\\\srv\\share\\file.txt";
 
-UQSearchFileVersion* version(std::uint32_t number, std::uint32_t flags = 0, const wchar_t* path = kPath) {
+UQSearchFileVersion* version(std::uint32_t number, std::uint32_t flags = 0, const wchar_t* path = PATH) {
     return new UQSearchFileVersion(newRecord(path, number, flags));
 }
 
 // An item with versions of these numbers, added in this order.
 std::unique_ptr<UQSearchFileItem> itemWith(std::initializer_list<std::uint32_t> numbers,
-                                           const wchar_t* path = kPath, std::uint32_t flags = 0) {
+                                           const wchar_t* path = PATH, std::uint32_t flags = 0) {
     auto it = numbers.begin();
     auto item = std::make_unique<UQSearchFileItem>(version(*it, flags, path));
     for (++it; it != numbers.end(); ++it)
@@ -40,13 +41,6 @@ std::vector<std::uint32_t> numbers(const UQSearchFileItem& item, int ascending =
     std::vector<std::uint32_t> out;
     for (INT_PTR i = 0; i < versions.GetSize(); ++i)
         out.push_back(versions[i]->mf_getVersion());
-    return out;
-}
-
-std::vector<std::string> paths(const UQSearchFileItem::Array& items) {
-    std::vector<std::string> out;
-    for (INT_PTR i = 0; i < items.GetSize(); ++i)
-        out.push_back(utf8(items[i]->mf_getPath()));
     return out;
 }
 
@@ -81,13 +75,13 @@ TEST(UQSearchFileItem, NewItemHoldsItsOneVersionUnselected) {
 
 TEST(UQSearchFileItem, VersionsAddedOutOfOrderAreKeptAscending) {
     auto item = std::make_unique<UQSearchFileItem>(new UQSearchFileVersion(
-        new UQQueryData(kPath, L"C:\\three.txt", 3, writeTime(), UQFileSize(3), 0, noExpiry(), {1, 0})));
+        new UQQueryData(PATH, L"C:\\three.txt", 3, writeTime(), UQFileSize(3), 0, noExpiry(), {1, 0})));
     UQSearchFileItemTestAccess::add(
-        *item, new UQSearchFileVersion(new UQQueryData(kPath, L"C:\\one.txt", 1, writeTime(), UQFileSize(1),
-                                                       0, noExpiry(), {1, 0})));
+        *item, new UQSearchFileVersion(new UQQueryData(PATH, L"C:\\one.txt", 1, writeTime(), UQFileSize(1), 0,
+                                                       noExpiry(), {1, 0})));
     UQSearchFileItemTestAccess::add(
-        *item, new UQSearchFileVersion(new UQQueryData(kPath, L"C:\\two.txt", 2, writeTime(), UQFileSize(2),
-                                                       0, noExpiry(), {1, 0})));
+        *item, new UQSearchFileVersion(new UQQueryData(PATH, L"C:\\two.txt", 2, writeTime(), UQFileSize(2), 0,
+                                                       noExpiry(), {1, 0})));
     EXPECT_EQ(numbers(*item), (std::vector<std::uint32_t>{1, 2, 3}));
     EXPECT_EQ(item->mf_getLatestVersion()->mf_getVersion(), 3u);
     EXPECT_EQ(utf8(item->mf_getPath()), "C:\\one.txt");
@@ -212,7 +206,7 @@ TEST(UQSearchFileItem, SecurityAndStreamTextsFollowTheLatestVersion) {
     UQSearchFileItemTestAccess::add(*item, version(3, S));
     EXPECT_EQ(utf8(item->mf_getSecurityDisplayString()), "Yes");
     EXPECT_EQ(utf8(item->mf_getADStreamsDisplayString()), "No");
-    EXPECT_EQ(utf8(itemWith({1}, kPath, A)->mf_getSecurityDisplayString()), catalogue(3545));
+    EXPECT_EQ(utf8(itemWith({1}, PATH, A)->mf_getSecurityDisplayString()), catalogue(3545));
 }
 
 TEST(UQSearchFileItem, SortingAnArrayThatNeverGrewOnlyWarns) {
@@ -338,7 +332,7 @@ TEST(UQSearchFileItem, CopyOwnsClonesAndSelectsTheSamePlace) {
     EXPECT_NE(copy.mf_getSelectedVersion(), original->mf_getSelectedVersion());
     EXPECT_NE(&copy.mf_getQueryData(), &original->mf_getQueryData());
     original.reset();
-    EXPECT_EQ(utf8(copy.mf_getPath()), utf8(kPath));
+    EXPECT_EQ(utf8(copy.mf_getPath()), utf8(PATH));
     EXPECT_EQ(copy.mf_getQueryData().mf_getVersion(), 3u);
 }
 
@@ -349,14 +343,14 @@ TEST(UQSearchFileItem, AssignmentReplacesTheVersions) {
     *target = *source;
     EXPECT_EQ(numbers(*target), (std::vector<std::uint32_t>{4, 5}));
     EXPECT_EQ(target->mf_isSelected(), 0);
-    EXPECT_EQ(utf8(target->mf_getPath()), utf8(kPath));
+    EXPECT_EQ(utf8(target->mf_getPath()), utf8(PATH));
 }
 
 TEST(UQSearchFileItem, CopyWhoseCloneFailsLeavesNothingBehind) {
     const int before = CountedRecord::alive();
-    UQSearchFileItem original(new UQSearchFileVersion(new CountedRecord(record(kPath, 1))));
+    UQSearchFileItem original(new UQSearchFileVersion(new CountedRecord(record(PATH, 1))));
     UQSearchFileItemTestAccess::add(
-        original, new UQSearchFileVersion(new FailingCloneRecord(record(kPath, 2), UQErrno::_E_::Resource)));
+        original, new UQSearchFileVersion(new FailingCloneRecord(record(PATH, 2), UQErrno::_E_::Resource)));
     EXPECT_EQ(CountedRecord::alive(), before + 1);
     EXPECT_EQ(thrownCategory([&] { UQSearchFileItem copy(original); }), "_E_::Resource");
     EXPECT_EQ(CountedRecord::alive(), before + 1);
@@ -369,8 +363,8 @@ TEST(UQSearchFileItem, CopyWhoseCloneFailsLeavesNothingBehind) {
 TEST(UQSearchFileItem, DestroyingTheItemDeletesEveryRecord) {
     const int before = CountedRecord::alive();
     {
-        UQSearchFileItem item(new UQSearchFileVersion(new CountedRecord(record(kPath, 1))));
-        UQSearchFileItemTestAccess::add(item, new UQSearchFileVersion(new CountedRecord(record(kPath, 2))));
+        UQSearchFileItem item(new UQSearchFileVersion(new CountedRecord(record(PATH, 1))));
+        UQSearchFileItemTestAccess::add(item, new UQSearchFileVersion(new CountedRecord(record(PATH, 2))));
         EXPECT_EQ(CountedRecord::alive(), before + 2);
     }
     EXPECT_EQ(CountedRecord::alive(), before);

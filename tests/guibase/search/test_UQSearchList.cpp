@@ -1,4 +1,5 @@
 #include "guibase/search/UQSearchList.h"
+#include "interfaces/korbase_testing.h"
 
 #include "SearchRecords.h"
 
@@ -51,7 +52,7 @@ void addOneOfEachState(UQSearchList& list) {
     list.mf_add(record(L"\\\\srv\\6 deleted protected", 1, E | D | P));
 }
 
-const std::vector<std::string> kAllStates = {"\\\\srv\\1 available", "\\\\srv\\2 available protected",
+const std::vector<std::string> ALL_STATES = {"\\\\srv\\1 available", "\\\\srv\\2 available protected",
                                              "\\\\srv\\3 expiring",  "\\\\srv\\4 expiring protected",
                                              "\\\\srv\\5 deleted",   "\\\\srv\\6 deleted protected"};
 
@@ -227,7 +228,7 @@ TEST(UQSearchList, FileListWithoutFlagsHasEveryItem) {
     UQSearchList list;
     addOneOfEachState(list);
     list.mf_close();
-    EXPECT_EQ(fileList(list), kAllStates);
+    EXPECT_EQ(fileList(list), ALL_STATES);
 }
 
 TEST(UQSearchList, EachExclusionFlagLeavesOutItsOwnClass) {
@@ -237,7 +238,7 @@ TEST(UQSearchList, EachExclusionFlagLeavesOutItsOwnClass) {
     for (int flag = 0; flag < 6; ++flag) {
         int flags[6] = {0, 0, 0, 0, 0, 0};
         flags[flag] = 1;
-        std::vector<std::string> expected = kAllStates;
+        std::vector<std::string> expected = ALL_STATES;
         expected.erase(expected.begin() + flag);
         EXPECT_EQ(fileList(list, flags[0], flags[1], flags[2], flags[3], flags[4], flags[5]), expected)
             << "flag " << flag + 1;
@@ -387,9 +388,9 @@ TEST(UQSearchList, CloneWithoutMemoryIsAMemoryError) {
     UQSearchList list;
     const UQQueryData data = record(L"\\\\srv\\a", 1);
     LogCheck log;
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     EXPECT_EQ(thrownCategory([&] { list.mf_add(data); }), "_E_::Memory");
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_clearInjection();
     const std::string described = utf8(data.mf_toString());
     EXPECT_EQ(log.lines(),
               (std::vector<LogLine>{
@@ -426,9 +427,9 @@ TEST(UQSearchList, NoMemoryForAVersionInTheMiddleOfClose) {
     list.mf_add(CountedRecord(record(L"\\\\srv\\a", 3)));
     LogCheck log;
     // The allocations of the close: the sort buffer, version a1, item a, version a3, version b1 ...
-    UQAllocation::mf_injectFailure(4);
+    UQAllocationInjection::mf_injectFailure(4);
     EXPECT_EQ(thrownCategory([&] { list.mf_close(); }), "_E_::Memory");
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_clearInjection();
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{
                                {'E', "UQSearchList::mf_close", "No memory to create search file version"}}));
     EXPECT_TRUE(lockIsFree(list));
@@ -456,9 +457,9 @@ TEST(UQSearchList, NoMemoryForAnItemInTheMiddleOfClose) {
     list.mf_add(CountedRecord(record(L"\\\\srv\\c", 1)));
     LogCheck log;
     // Sort buffer, version a, item a, version b, item b.
-    UQAllocation::mf_injectFailure(4);
+    UQAllocationInjection::mf_injectFailure(4);
     EXPECT_EQ(thrownCategory([&] { list.mf_close(); }), "_E_::Memory");
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_clearInjection();
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{
                                {'E', "UQSearchList::mf_close", "No memory to create search file item"}}));
     EXPECT_TRUE(lockIsFree(list));
@@ -471,9 +472,9 @@ TEST(UQSearchList, ErrorWhileMakingAVersionIsWrappedAndKeepsItsCategory) {
     list.mf_add(record(L"\\\\srv\\a", 1));
     list.mf_add(record(L"\\\\srv\\b", 1));
     LogCheck log;
-    UQAllocation::mf_injectError(3, UQErrno::_E_::Resource);
+    UQAllocationInjection::mf_injectError(3, UQErrno::_E_::Resource);
     EXPECT_EQ(thrownCategory([&] { list.mf_close(); }), "_E_::Resource");
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_clearInjection();
     EXPECT_EQ(log.lines(),
               (std::vector<LogLine>{{'E', "UQSearchList::mf_close",
                                      "Failure creating search file version of query data no. 1:\r\n    " +
@@ -487,9 +488,9 @@ TEST(UQSearchList, FailedSortLeavesAClosedEmptyList) {
     for (const wchar_t* path : {L"\\\\srv\\d", L"\\\\srv\\c", L"\\\\srv\\b", L"\\\\srv\\a"})
         list.mf_add(CountedRecord(record(path, 1)));
     LogCheck log;
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     EXPECT_EQ(thrownCategory([&] { list.mf_close(); }), "_E_::Memory");
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_clearInjection();
     const std::string bytes = std::to_string(2 * sizeof(void*));
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{{'E', "UQQueryData::mf_sortByPathAndVersion::1",
                                                   "No memory for 2 sort entries (" + bytes + " bytes)"},
@@ -508,9 +509,9 @@ TEST(UQSearchList, FailedAccessOrderSortKeepsTheSelectedItems) {
     list.mf_close();
     UQSearchFileItem::Array items;
     LogCheck log;
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     EXPECT_EQ(thrownCategory([&] { list.mf_getSelectedFileList(items, 1); }), "_E_::Memory");
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_clearInjection();
     const std::string bytes = std::to_string(3 * 2 * sizeof(void*));
     EXPECT_EQ(
         log.lines(),
@@ -529,9 +530,9 @@ TEST(UQSearchList, FailedPathSortKeepsTheOrder) {
     list.mf_add(record(L"\\\\srv\\b", 1));
     list.mf_close();
     LogCheck log;
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     EXPECT_EQ(thrownCategory([&] { list.mf_sortByPath(0); }), "_E_::Memory");
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_clearInjection();
     const std::string bytes = std::to_string(3 * 2 * sizeof(void*));
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{{'E', "UQQueryData::mf_sortByPathAndVersion::2",
                                                   "No memory for 3 sort entries (" + bytes + " bytes)"},
@@ -540,4 +541,22 @@ TEST(UQSearchList, FailedPathSortKeepsTheOrder) {
                                                       errorText(UQErrno::_E_::Memory)}}));
     EXPECT_TRUE(lockIsFree(list));
     EXPECT_EQ(fileList(list), (std::vector<std::string>{"\\\\srv\\a", "\\\\srv\\b"}));
+}
+
+TEST(UQSearchList, PathsDifferingOnlyInCaseAreOneFileInEveryScript) {
+    LogCheck log;
+    UQSearchList list;
+    list.mf_add(record(L"C:\\u\\\u0490\u0430\u043d\u043e\u043a.txt", 1));
+    list.mf_add(record(L"C:\\u\\\u0491\u0430\u043d\u043e\u043a.txt", 2));
+    list.mf_add(record(L"C:\\u\\\u03a3\u03b7\u03bc\u03b5\u03b9\u03ce\u03c3\u03b5\u03b9\u03c2", 1));
+    list.mf_add(record(L"C:\\U\\\u03a3\u0397\u039c\u0395\u0399\u038f\u03a3\u0395\u0399\u03a3", 2));
+    list.mf_add(record(L"C:\\u\\\uff41\u0561\u01c6", 1));
+    list.mf_add(record(L"c:\\u\\\uff21\u0531\u01c4", 2));
+    list.mf_close();
+    EXPECT_EQ(log.lines(), (std::vector<LogLine>{summary(3)}));
+    UQSearchFileItem::Array items;
+    list.mf_getFileList(items, 0, 0, 0, 0, 0, 0);
+    ASSERT_EQ(items.GetSize(), 3);
+    for (INT_PTR i = 0; i < items.GetSize(); ++i)
+        EXPECT_EQ(items[i]->mf_getVersionCount(), 2) << i;
 }

@@ -55,8 +55,8 @@ inline std::vector<std::string> strings(const UQArray<CString>& a) {
 class GuiRegistryTest : public ::testing::Test {
 protected:
     void TearDown() override {
-        UQRegistry::mf_clearInjection();
-        UQAllocation::mf_clearInjection();
+        UQRegistryInjection::mf_clearInjection();
+        UQAllocationInjection::mf_clearInjection();
     }
 
     // The stored MRU, read past UQGuiRegistry.

@@ -20,7 +20,7 @@ struct Flag {
 };
 
 // The four flags that are created with 1 when read and missing.
-const Flag kCreatedFlags[] = {
+const Flag CREATED_FLAGS[] = {
     {"UQGuiRegistry::mf_isDefaultMigrationFileSecurity", "UQGuiRegistry::mf_setDefaultMigrationFileSecurity",
      &UQGuiRegistry::mf_isDefaultMigrationFileSecurity, &UQGuiRegistry::mf_setDefaultMigrationFileSecurity,
      &MIGRATION, L"FileSecurityDefault", "Set migration-file-security"},
@@ -35,13 +35,13 @@ const Flag kCreatedFlags[] = {
      L"ADStreamDefault", "Set retrieval-alternate-data-streams"},
 };
 
-const Flag kBackupBeforeMigrate = {"UQGuiRegistry::mf_isDefaultBackupBeforeMigrate",
-                                   "UQGuiRegistry::mf_setDefaultBackupBeforeMigrate",
-                                   &UQGuiRegistry::mf_isDefaultBackupBeforeMigrate,
-                                   &UQGuiRegistry::mf_setDefaultBackupBeforeMigrate,
-                                   &BACKUP,
-                                   L"BackupBeforeMigrate",
-                                   "Set backup-before-migrate"};
+const Flag BACKUP_BEFORE_MIGRATE = {"UQGuiRegistry::mf_isDefaultBackupBeforeMigrate",
+                                    "UQGuiRegistry::mf_setDefaultBackupBeforeMigrate",
+                                    &UQGuiRegistry::mf_isDefaultBackupBeforeMigrate,
+                                    &UQGuiRegistry::mf_setDefaultBackupBeforeMigrate,
+                                    &BACKUP,
+                                    L"BackupBeforeMigrate",
+                                    "Set backup-before-migrate"};
 
 std::string n(const wchar_t* name) {
     return utf8(name);
@@ -66,7 +66,7 @@ std::string setFailure(const std::string& name, const std::string& error) {
 // Flags
 
 TEST_F(GuiRegistryTest, MissingFlagsReadAs1AndAreCreatedWith1) {
-    for (const Flag& f : kCreatedFlags) {
+    for (const Flag& f : CREATED_FLAGS) {
         EXPECT_FALSE(machineExists(*f.key, f.name)) << f.getter;
         EXPECT_EQ(f.get(), 1) << f.getter;
         EXPECT_EQ(machineNumber(*f.key, f.name), 1) << f.getter;
@@ -75,7 +75,7 @@ TEST_F(GuiRegistryTest, MissingFlagsReadAs1AndAreCreatedWith1) {
 }
 
 TEST_F(GuiRegistryTest, FlagsAnswerTheStoredValue) {
-    for (const Flag& f : kCreatedFlags) {
+    for (const Flag& f : CREATED_FLAGS) {
         UQRegistry::mf_setValue(f.name, 0, w(*f.key), HKEY_LOCAL_MACHINE);
         EXPECT_EQ(f.get(), 0) << f.getter;
     }
@@ -88,8 +88,8 @@ TEST_F(GuiRegistryTest, FlagsAnswerTheStoredValue) {
 }
 
 TEST_F(GuiRegistryTest, FlagSettersWriteTheValueAndLogIt) {
-    std::vector<Flag> all(std::begin(kCreatedFlags), std::end(kCreatedFlags));
-    all.push_back(kBackupBeforeMigrate);
+    std::vector<Flag> all(std::begin(CREATED_FLAGS), std::end(CREATED_FLAGS));
+    all.push_back(BACKUP_BEFORE_MIGRATE);
     for (const Flag& f : all) {
         m_log.clear();
         EXPECT_EQ(f.set(0), 1) << f.setter;
@@ -184,7 +184,7 @@ TEST_F(GuiRegistryTest, MissingDefaultOptionFileReadsAsEmpty) {
 }
 
 TEST_F(GuiRegistryTest, FailingDefaultOptionFileWriteNamesBackupBeforeMigrateAndThrows) {
-    UQRegistry::mf_injectFailure(0, 1);
+    UQRegistryInjection::mf_injectFailure(0, 1);
     EXPECT_EQ(thrownCategory([] { UQGuiRegistry::mf_setDefaultBackupOptionFilePath(L"x.opt"); }),
               "_E_::Registry");
     const std::string detail = injected(machineValue("BackupOptionFileDefault", BACKUP));
@@ -230,7 +230,7 @@ TEST_F(GuiRegistryTest, EveryGetterAndSetterSurvivesAFailingRegistry) {
     UQRegistry::mf_setValue(L"MgmtClassDefault", L"GOLD", 0, w(MIGRATION), HKEY_LOCAL_MACHINE);
     UQRegistry::mf_setValue(L"HistorySearchRoot", L"D:\\", 0, L"", HKEY_CURRENT_USER);
     storeMru({"a.opt"});
-    UQRegistry::mf_injectFailure(0, 1000);
+    UQRegistryInjection::mf_injectFailure(0, 1000);
 
     struct Call {
         const char* function;
@@ -346,7 +346,7 @@ TEST_F(GuiRegistryTest, EveryGetterAndSetterSurvivesAFailingRegistry) {
     EXPECT_EQ(m_log.lines().size(), 2u);
 
     // Nothing was changed.
-    UQRegistry::mf_clearInjection();
+    UQRegistryInjection::mf_clearInjection();
     EXPECT_EQ(machineString(MIGRATION, L"MgmtClassDefault"), "GOLD");
     EXPECT_FALSE(machineExists(MIGRATION, L"FileSecurityDefault"));
     EXPECT_EQ(mru(), (std::vector<std::string>{"a.opt"}));

@@ -184,7 +184,7 @@ TEST_F(GuiRegistryInitializeTest, PlaceholderInOtherCaseDoesNotCountButIsNotAdde
 }
 
 TEST_F(GuiRegistryInitializeTest, EveryStepFailingIsLoggedAndNothingIsThrown) {
-    UQRegistry::mf_injectFailure(0, 1000);
+    UQRegistryInjection::mf_injectFailure(0, 1000);
     EXPECT_EQ(thrownCategory([] { UQGuiRegistry::mf_initialize(); }), "no exception");
     const std::string mgmt = injected(machineValue("MgmtClassDefault", MIGRATION));
     const std::string before = injected(machineValue("BackupBeforeMigrate", BACKUP));
@@ -209,7 +209,7 @@ TEST_F(GuiRegistryInitializeTest, EveryStepFailingIsLoggedAndNothingIsThrown) {
 
 TEST_F(GuiRegistryInitializeTest, FailureWritingTheManagementClassIsLoggedTwiceAndTheNextStepsRun) {
     const std::string optionFile = installBackupClient();
-    UQRegistry::mf_injectFailure(1, 1); // the check passes, the write fails
+    UQRegistryInjection::mf_injectFailure(1, 1); // the check passes, the write fails
     UQGuiRegistry::mf_initialize();
     const std::string error = registryError(injected(machineValue("MgmtClassDefault", MIGRATION)));
     EXPECT_EQ(
@@ -227,7 +227,8 @@ TEST_F(GuiRegistryInitializeTest, FailureWritingTheManagementClassIsLoggedTwiceA
 
 TEST_F(GuiRegistryInitializeTest, FailureWritingBackupBeforeMigrateIsLoggedTwiceAndTheNextStepsRun) {
     const std::string optionFile = installBackupClient();
-    UQRegistry::mf_injectFailure(3, 1); // management class checked and written, then this check passes
+    UQRegistryInjection::mf_injectFailure(3,
+                                          1); // management class checked and written, then this check passes
     UQGuiRegistry::mf_initialize();
     const std::string detail = injected(machineValue("BackupBeforeMigrate", BACKUP));
     EXPECT_EQ(
@@ -245,7 +246,8 @@ TEST_F(GuiRegistryInitializeTest, FailureWritingBackupBeforeMigrateIsLoggedTwice
 
 TEST_F(GuiRegistryInitializeTest, FailureWritingTheDefaultOptionFileIsLoggedTwiceAndTheMruIsSeeded) {
     installBackupClient();
-    UQRegistry::mf_injectFailure(6, 1); // two steps done, then the check and the client's path read pass
+    UQRegistryInjection::mf_injectFailure(
+        6, 1); // two steps done, then the check and the client's path read pass
     UQGuiRegistry::mf_initialize();
     const std::string detail = injected(machineValue("BackupOptionFileDefault", BACKUP));
     EXPECT_EQ(
@@ -264,7 +266,7 @@ TEST_F(GuiRegistryInitializeTest, FailureWritingTheDefaultOptionFileIsLoggedTwic
 
 TEST_F(GuiRegistryInitializeTest, FailureReadingTheMruEndsTheMruStepOnly) {
     presetEverything();
-    UQRegistry::mf_injectFailure(4, 1); // three existence checks and the MRU's pass, its read fails
+    UQRegistryInjection::mf_injectFailure(4, 1); // three existence checks and the MRU's pass, its read fails
     UQGuiRegistry::mf_initialize();
     const std::string detail = injected(userValue("BackupOptionFilesMru"));
     const std::vector<LogLine> lines = m_log.lines();
@@ -281,7 +283,7 @@ TEST_F(GuiRegistryInitializeTest, FailureWritingTheMruIsLoggedByTheStoreAndTheSt
     presetEverything();
     storeMru({"C:\\x.opt"});
     // Checks of the three steps, the MRU's check and read, then the update's own check and read pass.
-    UQRegistry::mf_injectFailure(7, 1);
+    UQRegistryInjection::mf_injectFailure(7, 1);
     UQGuiRegistry::mf_initialize();
     const std::string detail = injected(userValue("BackupOptionFilesMru"));
     const std::vector<LogLine> lines = m_log.lines();

@@ -52,7 +52,7 @@ TEST_F(GuiRegistryTest, MruWithoutThePlaceholderGetsTheTranslatedEntryAtTheEnd) 
 
 TEST_F(GuiRegistryTest, FailingCheckEmptiesTheListAndAnswers0) {
     storeMru({"a.opt"});
-    UQRegistry::mf_injectFailure(0, 1);
+    UQRegistryInjection::mf_injectFailure(0, 1);
     UQArray<CString> paths;
     paths.Add(L"stale");
     EXPECT_EQ(UQGuiRegistry::mf_getTranslatedBackupOptionFilePathMRU(paths), 0);
@@ -136,7 +136,7 @@ TEST_F(GuiRegistryTest, StoringOneOrNoEntryWritesItAsGiven) {
 
 TEST_F(GuiRegistryTest, FailingWriteIsLoggedUnderItsOwnSpellingAndAnswers0) {
     storeMru({"old.opt"});
-    UQRegistry::mf_injectFailure(0, 1);
+    UQRegistryInjection::mf_injectFailure(0, 1);
     UQArray<CString> paths;
     EXPECT_EQ(UQGuiRegistry::mf_setTranslatedBackupOptionFilePathMRU(fill(paths, {"b.opt", "a.opt"})), 0);
     const std::string detail = injected(userValue("BackupOptionFilesMru"));
@@ -149,7 +149,7 @@ TEST_F(GuiRegistryTest, FailingWriteIsLoggedUnderItsOwnSpellingAndAnswers0) {
 
 TEST_F(GuiRegistryTest, FailingSortIsLoggedAndNothingIsWritten) {
     storeMru({"old.opt"});
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     UQArray<CString> paths;
     EXPECT_EQ(
         UQGuiRegistry::mf_setTranslatedBackupOptionFilePathMRU(fill(paths, {"c.opt", "b.opt", "a.opt"})), 0);
@@ -255,7 +255,7 @@ TEST_F(GuiRegistryTest, MruHasNoLengthLimit) {
 }
 
 TEST_F(GuiRegistryTest, UpdateThatCannotReadTheMruAnswers0) {
-    UQRegistry::mf_injectFailure(0, 1);
+    UQRegistryInjection::mf_injectFailure(0, 1);
     EXPECT_EQ(UQGuiRegistry::mf_updateTranslatedBackupOptionFilePathMRU(L"x.opt", 0), 0);
     const std::string detail = injected(userValue("BackupOptionFilesMru"));
     EXPECT_EQ(m_log.lines(),
@@ -267,7 +267,7 @@ TEST_F(GuiRegistryTest, UpdateThatCannotReadTheMruAnswers0) {
 
 TEST_F(GuiRegistryTest, UpdateWhoseWriteFailsStillReportsTheChange) {
     storeMru({"b.opt"});
-    UQRegistry::mf_injectFailure(2, 1); // its check and read pass, the write fails
+    UQRegistryInjection::mf_injectFailure(2, 1); // its check and read pass, the write fails
     EXPECT_EQ(UQGuiRegistry::mf_updateTranslatedBackupOptionFilePathMRU(L"a.opt", 0), 1);
     const std::string detail = injected(userValue("BackupOptionFilesMru"));
     EXPECT_EQ(m_log.lines(),

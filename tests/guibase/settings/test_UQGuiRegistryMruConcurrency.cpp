@@ -56,26 +56,26 @@ private:
 
 TEST_F(GuiRegistryTest, ThreadsAddingToTheMruAtOnceLoseNoPath) {
     // A Win32 mutex belongs to a thread, so threads wait for each other's updates as processes do.
-    const int kAdders = 4;
-    const int kEach = 25;
-    StartLine start(kAdders);
+    const int ADDERS = 4;
+    const int EACH = 25;
+    StartLine start(ADDERS);
     std::atomic<int> added{0};
     std::atomic<int> late{0};
     std::vector<std::thread> threads;
-    for (int a = 0; a < kAdders; ++a) {
+    for (int a = 0; a < ADDERS; ++a) {
         threads.emplace_back([&, a] {
             if (!start.arrive())
                 ++late;
-            for (int i = 0; i < kEach; ++i)
+            for (int i = 0; i < EACH; ++i)
                 added += UQGuiRegistry::mf_updateTranslatedBackupOptionFilePathMRU(adderPath(a, i), 0);
         });
     }
     for (std::thread& t : threads)
         t.join();
     EXPECT_EQ(late.load(), 0);
-    EXPECT_EQ(added.load(), kAdders * kEach);
-    EXPECT_EQ(mru(), expectedPaths(kAdders, kEach));
-    EXPECT_EQ(m_log.lines().size(), static_cast<std::size_t>(kAdders * kEach));
+    EXPECT_EQ(added.load(), ADDERS * EACH);
+    EXPECT_EQ(mru(), expectedPaths(ADDERS, EACH));
+    EXPECT_EQ(m_log.lines().size(), static_cast<std::size_t>(ADDERS * EACH));
     for (const LogLine& line : m_log.lines())
         EXPECT_EQ(line.level, 'G') << line.text;
 }
@@ -83,12 +83,12 @@ TEST_F(GuiRegistryTest, ThreadsAddingToTheMruAtOnceLoseNoPath) {
 #if !defined(_WIN32)
 
 TEST_F(GuiRegistryTest, ProcessesAddingToTheMruAtOnceLoseNoPath) {
-    const int kAdders = 4;
-    const int kEach = 20;
+    const int ADDERS = 4;
+    const int EACH = 20;
     int start[2];
     ASSERT_EQ(::pipe(start), 0);
     std::vector<pid_t> children;
-    for (int a = 0; a < kAdders; ++a) {
+    for (int a = 0; a < ADDERS; ++a) {
         const pid_t child = ::fork();
         ASSERT_GE(child, 0);
         if (child == 0) {
@@ -98,7 +98,7 @@ TEST_F(GuiRegistryTest, ProcessesAddingToTheMruAtOnceLoseNoPath) {
             if (::read(start[0], &go, 1) != 0)
                 ::_exit(3);
             int failed = 0;
-            for (int i = 0; i < kEach; ++i)
+            for (int i = 0; i < EACH; ++i)
                 failed += UQGuiRegistry::mf_updateTranslatedBackupOptionFilePathMRU(adderPath(a, i), 0) != 1;
             ::_exit(failed == 0 ? 0 : 1);
         }
@@ -121,7 +121,7 @@ TEST_F(GuiRegistryTest, ProcessesAddingToTheMruAtOnceLoseNoPath) {
         }
         EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "adder status " << status;
     }
-    EXPECT_EQ(mru(), expectedPaths(kAdders, kEach));
+    EXPECT_EQ(mru(), expectedPaths(ADDERS, EACH));
     EXPECT_EQ(m_log.count(), 0u);
 }
 

@@ -193,3 +193,21 @@ TEST(UQProgressBar, ACopyHasAllFourFields) {
     assigned = bar;
     EXPECT_EQ(assigned.mf_getProgress(), 40ul);
 }
+
+TEST(UQProgressBar, AssigningReplacesEveryFieldAndSelfAssignmentKeepsThem) {
+    UQProgressControl control;
+    UQProgressBar source;
+    source.mf_setProgressBar(control.mf_getHandle());
+    source.mf_setProgress(20);
+    UQProgressBar target;
+    target.mf_setRunning(1);
+    target = source;
+    EXPECT_EQ(target.mf_getStyle(), UQProgressBar::STYLE_PERCENT);
+    EXPECT_EQ(target.mf_isRunning(), 0);
+    EXPECT_EQ(target.mf_getProgress(), 20ul);
+    EXPECT_EQ(target.mf_getProgressBar(), control.mf_getHandle());
+    UQProgressBar& alias = target;
+    target = alias;
+    EXPECT_EQ(target.mf_getProgress(), 20ul);
+    EXPECT_EQ(target.mf_getProgressBar(), control.mf_getHandle());
+}

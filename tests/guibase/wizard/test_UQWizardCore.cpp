@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-using threadtest::kLimitMs;
+using threadtest::LIMIT_MS;
 using threadtest::Signal;
 
 namespace {
@@ -397,7 +397,7 @@ TEST(UQWizardCore, FailingExecutionIsLoggedAndEndsTheWorker) {
     LogCheck log;
     UQErrnoData error;
     ASSERT_EQ(core.mf_next(readsFine, error), UQWizardCore::NEXT_EXECUTING);
-    ASSERT_EQ(worker.mf_wait(kLimitMs).mf_getNumber(), 0u);
+    ASSERT_EQ(worker.mf_wait(LIMIT_MS).mf_getNumber(), 0u);
     EXPECT_TRUE(worker.mf_getExitError().mf_is(UQErrno::_E_::System));
     const std::string sError = utf8(UQErrno(UQErrno::_E_::System).mf_toString());
     const std::vector<LogLine> lines = log.lines();
@@ -458,7 +458,7 @@ TEST(UQWizardCore, StopWorkerOnItsOwnThreadIsLoggedNotThrown) {
     LogCheck log;
     UQErrnoData error;
     ASSERT_EQ(core.mf_next(readsFine, error), UQWizardCore::NEXT_EXECUTING);
-    ASSERT_EQ(worker.mf_wait(kLimitMs).mf_getNumber(), 0u);
+    ASSERT_EQ(worker.mf_wait(LIMIT_MS).mf_getNumber(), 0u);
     const std::vector<LogLine> lines = log.lines();
     ASSERT_EQ(lines.size(), 2u);
     EXPECT_EQ(lines[0], (LogLine{'E', "UQThreads::mf_stopWait",

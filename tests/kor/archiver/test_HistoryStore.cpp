@@ -17,7 +17,7 @@
 
 namespace {
 
-const CString kName = L"store.txt";
+const CString NAME = L"store.txt";
 
 // Keeps what a search hands over, as texts, with the thread it came on.
 class Collector : public UVQueryDataSink {
@@ -45,7 +45,7 @@ private:
 
 UQHistoryStore::Result search(const std::string& text, Collector& sink,
                               const UQHistoryQuery& query = UQHistoryQuery()) {
-    return UQHistoryStore::mf_searchText(text, kName, query, sink);
+    return UQHistoryStore::mf_searchText(text, NAME, query, sink);
 }
 
 std::vector<std::string> details(const UQHistoryStore::Result& result) {
@@ -57,9 +57,9 @@ std::vector<std::string> details(const UQHistoryStore::Result& result) {
     return out;
 }
 
-const std::string kGood = "\\\\srv\\share\\a.txt\t=\t3\t2024-03-07 14:05:09\t1024\tSP\t-\t17:4096\n";
+const std::string GOOD = "\\\\srv\\share\\a.txt\t=\t3\t2024-03-07 14:05:09\t1024\tSP\t-\t17:4096\n";
 // The next version of the same file.
-const std::string kGood4 = "\\\\srv\\share\\a.txt\t=\t4\t2024-03-08 14:05:09\t1024\tSP\t-\t17:4097\n";
+const std::string GOOD4 = "\\\\srv\\share\\a.txt\t=\t4\t2024-03-08 14:05:09\t1024\tSP\t-\t17:4097\n";
 
 std::string slurp(const char* path) {
     std::string text;
@@ -77,7 +77,7 @@ std::string slurp(const char* path) {
 
 TEST(UQHistoryStore, ReadsEveryFieldOfARecord) {
     Collector sink;
-    const std::string text = kGood +
+    const std::string text = GOOD +
                              "\\\\srv\\share\\b.txt\tC:\\data\\b.txt\t1\t2020-01-02 03:04:05.25\t0\tSAEPD\t"
                              "2021-06-30 00:00:00\t4294967295:18446744073709551615\n";
     const auto result = search(text, sink);
@@ -97,8 +97,8 @@ TEST(UQHistoryStore, ReadsEveryFieldOfARecord) {
 
 TEST(UQHistoryStore, CommentsBlankLinesByteOrderMarkAndLineEnds) {
     Collector sink;
-    const std::string text = "\xEF\xBB\xBF# header\r\n\r\n   \n" + kGood.substr(0, kGood.size() - 1) +
-                             "\r\n# done\n" + kGood4.substr(0, kGood4.size() - 1);
+    const std::string text = "\xEF\xBB\xBF# header\r\n\r\n   \n" + GOOD.substr(0, GOOD.size() - 1) +
+                             "\r\n# done\n" + GOOD4.substr(0, GOOD4.size() - 1);
     const auto result = search(text, sink);
     EXPECT_EQ(result.uRecords, 2u);
     EXPECT_TRUE(result.errors.empty());
@@ -111,7 +111,7 @@ TEST(UQHistoryStore, CommentsBlankLinesByteOrderMarkAndLineEnds) {
 TEST(UQHistoryStore, ByteOrderMarkAtTheStartOfALaterLineIsNoPartOfThePath) {
     Collector sink;
     const auto result =
-        search("\xEF\xBB\xBF" + kGood + "\xEF\xBB\xBF# second store\n\xEF\xBB\xBF" + kGood4, sink);
+        search("\xEF\xBB\xBF" + GOOD + "\xEF\xBB\xBF# second store\n\xEF\xBB\xBF" + GOOD4, sink);
     EXPECT_TRUE(result.errors.empty());
     EXPECT_EQ(result.uRecords, 2u);
     ASSERT_EQ(sink.texts.size(), 2u);
@@ -125,11 +125,11 @@ TEST(UQHistoryStore, ByteOrderMarkAtTheStartOfALaterLineIsNoPartOfThePath) {
 TEST(UQHistoryStore, RepeatedObjectPathAndVersionIsMalformedNamingTheFirstLine) {
     Collector sink;
     LogCheck log;
-    std::string upper = kGood;
+    std::string upper = GOOD;
     upper.replace(0, 17, "\\\\SRV\\SHARE\\A.TXT");
-    std::string padded = kGood;
+    std::string padded = GOOD;
     padded.replace(padded.find("\t3\t"), 3, "\t003\t");
-    const auto result = search(kGood + kGood4 + upper + padded, sink);
+    const auto result = search(GOOD + GOOD4 + upper + padded, sink);
     EXPECT_EQ(details(result),
               (std::vector<std::string>{"store.txt:3: version 3 of this path is already listed on line 1",
                                         "store.txt:4: version 3 of this path is already listed on line 1"}));
@@ -172,7 +172,7 @@ TEST(UQHistoryStore, MalformedRecordsAreReportedWithFileAndLineAndSkipped) {
                              "\\\\srv\\M\xFCller\t=\t1\t2024-01-01 00:00:00\t1\t-\t-\t1:1\n"
                              "\\\\srv\\a\rb\t=\t1\t2024-01-01 00:00:00\t1\t-\t-\t1:1\n"
                              " \t \n" +
-                             kGood;
+                             GOOD;
     const auto result = search(text, sink);
     const std::vector<std::string> expected = {
         "store.txt:2: expected 8 tab-separated fields, found 3",
@@ -225,7 +225,7 @@ TEST(UQHistoryStore, AnEchoedFieldIsCutWithAMarker) {
     Collector sink;
     LogCheck log;
     const std::string longVersion = "\xC3\xA9" + std::string(1 << 20, '9');
-    std::string line = kGood;
+    std::string line = GOOD;
     line.replace(line.find("\t3\t"), 3, "\t" + longVersion + "\t");
     const auto result = search(line, sink);
     const std::string expected = "store.txt:1: bad version number '\xC3\xA9" + std::string(198, '9') +
@@ -307,6 +307,39 @@ TEST(UQHistoryStore, FormattedRecordsReadBackTheSame) {
               (std::vector<std::string>{utf8(records[0].mf_toString()), utf8(records[1].mf_toString())}));
 }
 
+TEST(UQHistoryStore, FormattingRefusesPathsALineCannotCarry) {
+    const auto record = [](const CString& _sObjectPath, const CString& _sFilePath) {
+        return UQQueryData(_sObjectPath, _sFilePath, 1, fileTime(2024, 1, 1), UQFileSize(1), 0,
+                           UQExpiryTime{0}, {0, 0});
+    };
+    LogCheck log;
+    const CString tab(L"C:\\u\\tab\t.txt");
+    EXPECT_EQ(thrownCategory([&] { UQHistoryStore::mf_formatRecord(record(tab, L"")); }), "_E_::Parameter");
+    CString lineBreak(L"C:\\u\\line\nbreak.txt");
+    EXPECT_EQ(thrownCategory([&] { UQHistoryStore::mf_formatRecord(record(L"C:\\x", lineBreak)); }),
+              "_E_::Parameter");
+    CString lone(L"C:\\u\\lone");
+    lone += static_cast<wchar_t>(0xD83D);
+    EXPECT_EQ(thrownCategory([&] { UQHistoryStore::mf_formatRecord(record(lone, L"")); }), "_E_::Parameter");
+    EXPECT_EQ(
+        log.lines(),
+        (std::vector<LogLine>{
+            {'E', "UQHistoryStore::mf_formatRecord",
+             "The object path 'C:\\u\\tab\\u0009.txt' cannot be stored: control character U+0009 at unit 9"},
+            {'E', "UQHistoryStore::mf_formatRecord",
+             "The file path 'C:\\u\\line\\u000Abreak.txt' cannot be stored: control character U+000A at unit "
+             "10"},
+            {'E', "UQHistoryStore::mf_formatRecord",
+             "The object path 'C:\\u\\lone\\uD83D' cannot be stored: unpaired surrogate U+D83D at unit "
+             "10"}}));
+    // A surrogate pair is one character beyond the BMP, written as UTF-8.
+    CString emoji(L"C:\\u\\emoji-");
+    emoji += static_cast<wchar_t>(0xD83D);
+    emoji += static_cast<wchar_t>(0xDE00);
+    EXPECT_EQ(UQHistoryStore::mf_formatRecord(record(emoji, L"")).substr(0, 15),
+              "C:\\u\\emoji-\xF0\x9F\x98\x80");
+}
+
 TEST(UQHistoryStore, TheShippedSampleReadsCleanly) {
     UQHistoryStore store(CString::FromUtf8(KOR_HISTORY_SAMPLE));
     UQSearchList list;
@@ -367,7 +400,7 @@ TEST(UQHistoryStore, ASinkErrorEndsTheSearch) {
     } sink;
     LogCheck log;
     EXPECT_EQ(thrownCategory([&] {
-                  UQHistoryStore::mf_searchText("# x\n" + kGood + kGood, kName, UQHistoryQuery(), sink);
+                  UQHistoryStore::mf_searchText("# x\n" + GOOD + GOOD, NAME, UQHistoryQuery(), sink);
               }),
               "_E_::AlreadyInitialized");
     EXPECT_EQ(sink.calls, 1);
@@ -383,7 +416,7 @@ TEST(UQHistoryStore, ATrippedCancelSwitchEndsTheSearch) {
     Collector sink;
     LogCheck log;
     EXPECT_EQ(
-        thrownCategory([&] { UQHistoryStore::mf_searchText(kGood, kName, UQHistoryQuery(), sink, &cancel); }),
+        thrownCategory([&] { UQHistoryStore::mf_searchText(GOOD, NAME, UQHistoryQuery(), sink, &cancel); }),
         "_W_::UserCanceled");
     EXPECT_TRUE(sink.texts.empty());
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{{'W', "UQHistoryStore::mf_searchText",
@@ -475,7 +508,7 @@ TEST(UQHistorySearch, CancelStopsTheSearchAfterTheRecordAtHand) {
     } sink;
     const char* file = "cancel-history.txt";
     {
-        const std::string text = kGood + kGood + kGood;
+        const std::string text = GOOD + GOOD + GOOD;
         FILE* f = std::fopen(file, "wb");
         ASSERT_NE(f, nullptr);
         std::fwrite(text.data(), 1, text.size(), f);

@@ -1,5 +1,6 @@
 #include "guibase/filelist/UQListingFileList.h"
 #include "interfaces/korarchiver.h"
+#include "support/PathList.h"
 
 #include "support/LogCheck.h"
 
@@ -10,7 +11,7 @@
 
 namespace {
 
-const CString kName = L"listing.txt";
+const CString NAME = L"listing.txt";
 
 // One reported entry, as the tests compare it.
 struct Entry {
@@ -68,7 +69,7 @@ std::vector<std::string> categories(const UQListingReader::Result& result) {
 // The one error of a one-line listing.
 std::string errorOf(const std::string& line) {
     RecordingListener listener;
-    const UQListingReader::Result result = UQListingReader::mf_readText(line + "\n", kName, listener);
+    const UQListingReader::Result result = UQListingReader::mf_readText(line + "\n", NAME, listener);
     EXPECT_EQ(result.uEntries, 0u) << line;
     EXPECT_TRUE(listener.entries.empty()) << line;
     if (result.errors.size() != 1)
@@ -79,13 +80,6 @@ std::string errorOf(const std::string& line) {
 
 CString samplePath() {
     return CString::FromUtf8(KOR_LISTING_SAMPLE);
-}
-
-std::vector<std::string> paths(const UQFileListItem::Array& items) {
-    std::vector<std::string> out;
-    for (INT_PTR i = 0; i < items.GetSize(); ++i)
-        out.push_back(utf8(items[i]->mf_getPath()));
-    return out;
 }
 
 // A scratch file in the temporary directory, named per process so that parallel runs do not meet; removed
@@ -119,7 +113,7 @@ TEST(UQListingReader, ReadsEveryStatusWithItsResultAndSeverity) {
                                      "C:\\c.txt\t3\tstub\n"
                                      "C:\\d.txt\t4\twarning\tMigrated with warnings\n"
                                      "C:\\e.txt\t5\tfailed\tAccess denied\n",
-                                     kName, listener);
+                                     NAME, listener);
     EXPECT_EQ(result.uEntries, 5u);
     EXPECT_TRUE(result.errors.empty());
     EXPECT_EQ(listener.entries,
@@ -132,7 +126,7 @@ TEST(UQListingReader, ReadsEveryStatusWithItsResultAndSeverity) {
 
 TEST(UQListingReader, StubResultIsAlwaysTheCatalogueText) {
     RecordingListener listener;
-    UQListingReader::mf_readText("C:\\a.txt\t1\tstub\tsomething else\n", kName, listener);
+    UQListingReader::mf_readText("C:\\a.txt\t1\tstub\tsomething else\n", NAME, listener);
     ASSERT_EQ(listener.entries.size(), 1u);
     EXPECT_EQ(listener.entries[0].result, stubText());
 }
@@ -140,7 +134,7 @@ TEST(UQListingReader, StubResultIsAlwaysTheCatalogueText) {
 TEST(UQListingReader, CommentsAndBlankLinesAreSkippedButCounted) {
     RecordingListener listener;
     const UQListingReader::Result result = UQListingReader::mf_readText(
-        "# header\n\n   \nC:\\a.txt\t1\tmigrated\n#C:\\b.txt\t1\tmigrated\nC:\\c.txt\t1\tmigrated", kName,
+        "# header\n\n   \nC:\\a.txt\t1\tmigrated\n#C:\\b.txt\t1\tmigrated\nC:\\c.txt\t1\tmigrated", NAME,
         listener);
     EXPECT_TRUE(result.errors.empty());
     EXPECT_EQ(listener.entries, (std::vector<Entry>{{4, "C:\\a.txt", 1, "Migrated", UVSeverity::GREEN},
@@ -150,7 +144,7 @@ TEST(UQListingReader, CommentsAndBlankLinesAreSkippedButCounted) {
 TEST(UQListingReader, IndentedCommentsAndLinesOfBlanksAndTabsAreSkipped) {
     RecordingListener listener;
     const UQListingReader::Result result = UQListingReader::mf_readText(
-        " \t# indented comment\n\t\t\n \t \nC:\\Build\\release#12.zip\t1\tmigrated\n", kName, listener);
+        " \t# indented comment\n\t\t\n \t \nC:\\Build\\release#12.zip\t1\tmigrated\n", NAME, listener);
     EXPECT_TRUE(result.errors.empty());
     // A '#' after the start of a line is data.
     EXPECT_EQ(listener.entries,
@@ -170,7 +164,7 @@ TEST(UQListingReader, ControlCharactersAreMalformed) {
 
 TEST(UQListingReader, FieldsAreTrimmedOfBlanks) {
     RecordingListener listener;
-    UQListingReader::mf_readText(" C:\\a b.txt \t 0007 \t failed \t Access denied \n", kName, listener);
+    UQListingReader::mf_readText(" C:\\a b.txt \t 0007 \t failed \t Access denied \n", NAME, listener);
     EXPECT_EQ(listener.entries,
               (std::vector<Entry>{{1, "C:\\a b.txt", 7, "Access denied", UVSeverity::RED}}));
 }
@@ -178,7 +172,7 @@ TEST(UQListingReader, FieldsAreTrimmedOfBlanks) {
 TEST(UQListingReader, VersionRangeIsUnsigned32Bit) {
     RecordingListener listener;
     const UQListingReader::Result result =
-        UQListingReader::mf_readText("C:\\a\t0\tmigrated\nC:\\a\t4294967295\tmigrated\n", kName, listener);
+        UQListingReader::mf_readText("C:\\a\t0\tmigrated\nC:\\a\t4294967295\tmigrated\n", NAME, listener);
     EXPECT_TRUE(result.errors.empty());
     ASSERT_EQ(listener.entries.size(), 2u);
     EXPECT_EQ(listener.entries[0].version, 0u);
@@ -189,7 +183,7 @@ TEST(UQListingReader, NonAsciiPathsAreReadAsUtf8) {
     RecordingListener listener;
     UQListingReader::mf_readText("C:\\Daten\\\xC3\x9C"
                                  "bersicht \xE2\x82\xAC.docx\t1\tmigrated\n",
-                                 kName, listener);
+                                 NAME, listener);
     ASSERT_EQ(listener.entries.size(), 1u);
     const CString path = CString::FromUtf8(listener.entries[0].path);
     ASSERT_EQ(path.GetLength(), 25);
@@ -283,7 +277,7 @@ TEST(UQListingReader, MalformedLinesLoseNoGoodLine) {
         }
     LogCheck log;
     RecordingListener listener;
-    const UQListingReader::Result result = UQListingReader::mf_readText(text, kName, listener);
+    const UQListingReader::Result result = UQListingReader::mf_readText(text, NAME, listener);
     EXPECT_EQ(listener.entries, expected);
     EXPECT_EQ(result.uEntries, expected.size());
     ASSERT_EQ(result.errors.size(), expectedErrorLines.size());
@@ -302,7 +296,7 @@ TEST(UQListingReader, MalformedLinesLoseNoGoodLine) {
 TEST(UQListingReader, ErrorTextNamesCategoryFileAndLine) {
     RecordingListener listener;
     const UQListingReader::Result result =
-        UQListingReader::mf_readText("C:\\a\t1\tmigrated\nC:\\b\tx\tmigrated\n", kName, listener);
+        UQListingReader::mf_readText("C:\\a\t1\tmigrated\nC:\\b\tx\tmigrated\n", NAME, listener);
     ASSERT_EQ(result.errors.size(), 1u);
     EXPECT_EQ(utf8(result.errors[0].mf_toString()),
               utf8(UQErrno(UQErrno::_E_::Format).mf_toString()) + " (listing.txt:2: bad version number 'x')");
@@ -315,8 +309,8 @@ TEST(UQListingReader, CrLfLinesReadLikeLfLines) {
     for (char c : lf)
         crlf += c == '\n' ? std::string("\r\n") : std::string(1, c);
     RecordingListener fromLf, fromCrLf;
-    const UQListingReader::Result a = UQListingReader::mf_readText(lf, kName, fromLf);
-    const UQListingReader::Result b = UQListingReader::mf_readText(crlf, kName, fromCrLf);
+    const UQListingReader::Result a = UQListingReader::mf_readText(lf, NAME, fromLf);
+    const UQListingReader::Result b = UQListingReader::mf_readText(crlf, NAME, fromCrLf);
     EXPECT_TRUE(b.errors.empty());
     EXPECT_EQ(b.uEntries, 3u);
     EXPECT_EQ(fromCrLf.entries, fromLf.entries);
@@ -326,7 +320,7 @@ TEST(UQListingReader, CrLfLinesReadLikeLfLines) {
 TEST(UQListingReader, LastLineWithoutLineBreakIsRead) {
     RecordingListener listener;
     const UQListingReader::Result result =
-        UQListingReader::mf_readText("C:\\a\t1\tmigrated\r\nC:\\b\t1\tfailed\tDenied", kName, listener);
+        UQListingReader::mf_readText("C:\\a\t1\tmigrated\r\nC:\\b\t1\tfailed\tDenied", NAME, listener);
     EXPECT_EQ(result.uEntries, 2u);
     EXPECT_EQ(listener.entries[1], (Entry{2, "C:\\b", 1, "Denied", UVSeverity::RED}));
 }
@@ -335,7 +329,7 @@ TEST(UQListingReader, ByteOrderMarkIsNoPartOfTheFirstPath) {
     RecordingListener listener;
     const UQListingReader::Result result = UQListingReader::mf_readText("\xEF\xBB\xBF"
                                                                         "C:\\a\t1\tmigrated\r\n",
-                                                                        kName, listener);
+                                                                        NAME, listener);
     EXPECT_TRUE(result.errors.empty());
     EXPECT_EQ(listener.entries, (std::vector<Entry>{{1, "C:\\a", 1, "Migrated", UVSeverity::GREEN}}));
 }
@@ -343,7 +337,7 @@ TEST(UQListingReader, ByteOrderMarkIsNoPartOfTheFirstPath) {
 TEST(UQListingReader, ByteOrderMarkBeforeACommentKeepsItAComment) {
     RecordingListener listener;
     const UQListingReader::Result result =
-        UQListingReader::mf_readText("\xEF\xBB\xBF# listing\nC:\\a\t1\tmigrated\n", kName, listener);
+        UQListingReader::mf_readText("\xEF\xBB\xBF# listing\nC:\\a\t1\tmigrated\n", NAME, listener);
     EXPECT_TRUE(result.errors.empty());
     EXPECT_EQ(result.uEntries, 1u);
 }
@@ -356,7 +350,7 @@ TEST(UQListingReader, ByteOrderMarkAtTheStartOfALaterLineIsNoPartOfThePath) {
                                                                         "\xEF\xBB\xBF# second listing\n"
                                                                         "\xEF\xBB\xBF"
                                                                         "C:\\b\t1\tmigrated\n",
-                                                                        kName, listener);
+                                                                        NAME, listener);
     EXPECT_TRUE(result.errors.empty());
     EXPECT_EQ(listener.entries, (std::vector<Entry>{{1, "C:\\a", 1, "Migrated", UVSeverity::GREEN},
                                                     {3, "C:\\b", 1, "Migrated", UVSeverity::GREEN}}));
@@ -371,7 +365,7 @@ TEST(UQListingReader, RepeatedPathAndVersionIsMalformedNamingTheFirstLine) {
                                                                         "C:\\a\t2\tmigrated\n"
                                                                         "C:\\a\t001\tfailed\tAccess denied\n"
                                                                         "C:\\A\t1\tmigrated\n",
-                                                                        kName, listener);
+                                                                        NAME, listener);
     EXPECT_EQ(details(result), (std::vector<std::string>{
                                    "listing.txt:3: version 1 of this path is already listed on line 1"}));
     EXPECT_EQ(categories(result), (std::vector<std::string>{"_E_::Format"}));
@@ -388,7 +382,7 @@ TEST(UQListingReader, RepeatedPathAndVersionIsMalformedNamingTheFirstLine) {
 TEST(UQListingReader, EmptyTextHasNoEntriesAndNoErrors) {
     RecordingListener listener;
     for (const char* text : {"", "\xEF\xBB\xBF", "\n\r\n"}) {
-        const UQListingReader::Result result = UQListingReader::mf_readText(text, kName, listener);
+        const UQListingReader::Result result = UQListingReader::mf_readText(text, NAME, listener);
         EXPECT_EQ(result.uEntries, 0u);
         EXPECT_TRUE(result.errors.empty());
     }
@@ -399,7 +393,7 @@ TEST(UQListingReader, RefusedEntryIsAnErrorNamingTheLineAndReadingGoesOn) {
     RecordingListener listener;
     listener.refuse = "C:\\b";
     const UQListingReader::Result result = UQListingReader::mf_readText(
-        "C:\\a\t1\tmigrated\nC:\\b\t1\tmigrated\nC:\\c\t1\tmigrated\n", kName, listener);
+        "C:\\a\t1\tmigrated\nC:\\b\t1\tmigrated\nC:\\c\t1\tmigrated\n", NAME, listener);
     EXPECT_EQ(result.uEntries, 2u);
     EXPECT_EQ(categories(result), (std::vector<std::string>{"_E_::State"}));
     EXPECT_EQ(details(result), (std::vector<std::string>{"listing.txt:2: entry refused: " +
@@ -413,7 +407,7 @@ TEST(UQListingReader, EntriesRefusedByAClosedListAreCountedAsErrors) {
     list.mf_close();
     LogCheck log;
     const UQListingReader::Result result =
-        UQListingReader::mf_readText("# listing\nC:\\a\t1\tmigrated\nC:\\b\t1\tstub\n", kName, list);
+        UQListingReader::mf_readText("# listing\nC:\\a\t1\tmigrated\nC:\\b\t1\tstub\n", NAME, list);
     EXPECT_EQ(result.uEntries, 0u);
     EXPECT_EQ(categories(result),
               (std::vector<std::string>{"_E_::AlreadyInitialized", "_E_::AlreadyInitialized"}));

@@ -10,7 +10,7 @@
 
 namespace {
 
-const CString kName = L"classes.txt";
+const CString NAME = L"classes.txt";
 
 std::vector<std::string> details(const UQMgmtClassFile::Result& _result) {
     std::vector<std::string> texts;
@@ -37,7 +37,7 @@ TEST(UQMgmtClassFile, AClassLineGivesNameDescriptionCommentAndAttributesInOrder)
         UQMgmtClassFile::mf_readText("\xEF\xBB\xBF# comment\r\n\r\n@default\tA\r\nA\tFirst "
                                      "class\tW\tTwo\\nlines\tretainVers=30\tretainInit=EVENT\r\n"
                                      "B\tSecond\t!\t-\tretainVers=9999 (NOLIMIT)\tdestName=POOL\n",
-                                     kName);
+                                     NAME);
     EXPECT_EQ(details(result), std::vector<std::string>());
     ASSERT_EQ(result.classes.size(), 2u);
     EXPECT_EQ(result.sDefaultClass, L"A");
@@ -55,7 +55,7 @@ TEST(UQMgmtClassFile, AClassLineGivesNameDescriptionCommentAndAttributesInOrder)
 
 TEST(UQMgmtClassFile, AClassWhoseCommentIsNotAnsweredThrowsOnTheQuery) {
     const UQMgmtClassFile::Result result =
-        UQMgmtClassFile::mf_readText("B\tSecond\t!\t-\tretainVers=1\n", kName);
+        UQMgmtClassFile::mf_readText("B\tSecond\t!\t-\tretainVers=1\n", NAME);
     ASSERT_EQ(result.classes.size(), 1u);
     LogCheck log;
     CString sComment = L"left alone";
@@ -80,7 +80,7 @@ TEST(UQMgmtClassFile, MalformedLinesNameFileAndLineAndAreSkipped) {
                                                                         "@default\tA\n"                 // 12
                                                                         "@other\tA\n"                   // 13
                                                                         "H\tx\tI\t-\tbad key=1\n",      // 14
-                                                                        kName);
+                                                                        NAME);
     EXPECT_EQ(
         details(result),
         (std::vector<std::string>{
@@ -105,7 +105,7 @@ TEST(UQMgmtClassFile, MalformedLinesNameFileAndLineAndAreSkipped) {
 }
 
 TEST(UQMgmtClassFile, AnEmptyFileHasNoClassesAndNoDefault) {
-    const UQMgmtClassFile::Result result = UQMgmtClassFile::mf_readText("", kName);
+    const UQMgmtClassFile::Result result = UQMgmtClassFile::mf_readText("", NAME);
     EXPECT_TRUE(result.classes.empty());
     EXPECT_TRUE(result.errors.empty());
     EXPECT_EQ(result.sDefaultClass, L"");

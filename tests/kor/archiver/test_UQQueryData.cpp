@@ -10,11 +10,11 @@
 
 namespace {
 
-const UQFileTime kWritten = fileTime(2024, 3, 7, 14, 5, 9);
+const UQFileTime WRITTEN = fileTime(2024, 3, 7, 14, 5, 9);
 
 UQQueryData data(const wchar_t* path, std::uint32_t version, UQQueryData::AccessKey access = {1, 0},
                  std::uint32_t flags = 0) {
-    return UQQueryData(path, CString(), version, kWritten, UQFileSize(100), flags, UQExpiryTime{0}, access);
+    return UQQueryData(path, CString(), version, WRITTEN, UQFileSize(100), flags, UQExpiryTime{0}, access);
 }
 
 // Shows one record, as the library's search items do.
@@ -73,13 +73,13 @@ TEST(UQQueryData, LatestIsTheHighestNumber) {
 }
 
 TEST(UQQueryData, FieldsAndFlags) {
-    const UQQueryData d(L"\\\\srv\\share\\a.txt", L"C:\\a.txt", 7, kWritten, UQFileSize(4096),
+    const UQQueryData d(L"\\\\srv\\share\\a.txt", L"C:\\a.txt", 7, WRITTEN, UQFileSize(4096),
                         UQQueryData::FLAG_SECURITY | UQQueryData::FLAG_PROTECTED, UQExpiryTime{1234},
                         {17, 4096});
     EXPECT_EQ(utf8(d.mf_getObjectPath()), "\\\\srv\\share\\a.txt");
     EXPECT_EQ(utf8(d.mf_getPath()), "C:\\a.txt");
     EXPECT_EQ(d.mf_getVersion(), 7u);
-    EXPECT_EQ(d.mf_getLastWriteTime(), kWritten);
+    EXPECT_EQ(d.mf_getLastWriteTime(), WRITTEN);
     EXPECT_EQ(d.mf_getSize().mf_getValue(), 4096);
     EXPECT_EQ(d.mf_hasSecurity(), 1);
     EXPECT_EQ(d.mf_hasADStreams(), 0);
@@ -93,19 +93,19 @@ TEST(UQQueryData, FieldsAndFlags) {
 }
 
 TEST(UQQueryData, UnknownFlagBitsAreDropped) {
-    const UQQueryData d(L"\\\\srv\\a", L"", 1, kWritten, UQFileSize(1), 0xFFFFFFFFu, UQExpiryTime{0}, {1, 0});
+    const UQQueryData d(L"\\\\srv\\a", L"", 1, WRITTEN, UQFileSize(1), 0xFFFFFFFFu, UQExpiryTime{0}, {1, 0});
     EXPECT_EQ(d.mf_getFlags(), static_cast<std::uint32_t>(UQQueryData::FLAG_ALL));
     EXPECT_EQ(d.mf_getExpiryTime().mf_isSet(), 0);
 }
 
 TEST(UQQueryData, FilePathSharesTheObjectPathsTextWhenTheyAreEqual) {
     const CString object = L"\\\\srv\\share\\a.txt";
-    const UQQueryData empty(object, CString(), 1, kWritten, UQFileSize(1), 0, UQExpiryTime{0}, {1, 0});
+    const UQQueryData empty(object, CString(), 1, WRITTEN, UQFileSize(1), 0, UQExpiryTime{0}, {1, 0});
     EXPECT_EQ(empty.mf_getPath().mf_getPath().GetString(), empty.mf_getObjectPath().mf_getPath().GetString());
-    const UQQueryData equal(object, CString(L"\\\\srv\\share\\a.txt"), 1, kWritten, UQFileSize(1), 0,
+    const UQQueryData equal(object, CString(L"\\\\srv\\share\\a.txt"), 1, WRITTEN, UQFileSize(1), 0,
                             UQExpiryTime{0}, {1, 0});
     EXPECT_EQ(equal.mf_getPath().mf_getPath().GetString(), equal.mf_getObjectPath().mf_getPath().GetString());
-    const UQQueryData other(object, CString(L"C:\\a.txt"), 1, kWritten, UQFileSize(1), 0, UQExpiryTime{0},
+    const UQQueryData other(object, CString(L"C:\\a.txt"), 1, WRITTEN, UQFileSize(1), 0, UQExpiryTime{0},
                             {1, 0});
     EXPECT_NE(other.mf_getPath().mf_getPath().GetString(), other.mf_getObjectPath().mf_getPath().GetString());
     // A copy shares both.
@@ -129,10 +129,10 @@ TEST(UQQueryData, DescribingText) {
 }
 
 TEST(UQQueryData, PathDisplayStringIsTheUNCForm) {
-    const UQQueryData d(L"\\\\srv\\share\\a.txt", L"\\\\?\\UNC\\srv\\share\\a.txt", 1, kWritten,
-                        UQFileSize(1), 0, UQExpiryTime{0}, {1, 0});
+    const UQQueryData d(L"\\\\srv\\share\\a.txt", L"\\\\?\\UNC\\srv\\share\\a.txt", 1, WRITTEN, UQFileSize(1),
+                        0, UQExpiryTime{0}, {1, 0});
     EXPECT_EQ(utf8(d.mf_getPathDisplayString()), "\\\\srv\\share\\a.txt");
-    const UQQueryData local(L"\\\\srv\\c", L"\\\\?\\C:\\data\\b.txt", 1, kWritten, UQFileSize(1), 0,
+    const UQQueryData local(L"\\\\srv\\c", L"\\\\?\\C:\\data\\b.txt", 1, WRITTEN, UQFileSize(1), 0,
                             UQExpiryTime{0}, {1, 0});
     EXPECT_EQ(utf8(local.mf_getPathDisplayString()), "C:\\data\\b.txt");
 }
@@ -147,9 +147,9 @@ TEST(UQQueryData, CloneIsAnEqualCopyOfItsOwn) {
 TEST(UQQueryData, CloneWithoutMemoryIsLoggedAndThrown) {
     const UQQueryData d = data(L"\\\\srv\\a", 5);
     LogCheck log;
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     EXPECT_EQ(thrownCategory([&] { delete d.mf_clone(); }), "_E_::Memory");
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_clearInjection();
     EXPECT_EQ(log.lines(),
               (std::vector<LogLine>{{'E', "UQQueryData::mf_clone",
                                      "No memory to clone query data:\r\n    " + utf8(d.mf_toString())}}));
@@ -185,9 +185,9 @@ TEST(UQQueryData, SortOrdersADirectoryBeforeNamesThatExtendIt) {
 TEST(UQQueryData, SortIsStableAndPutsNullsLast) {
     Records r;
     r.addNull();
-    r.add(UQQueryData(L"\\\\srv\\a", L"C:\\first", 1, kWritten, UQFileSize(1), 0, UQExpiryTime{0}, {1, 0}));
+    r.add(UQQueryData(L"\\\\srv\\a", L"C:\\first", 1, WRITTEN, UQFileSize(1), 0, UQExpiryTime{0}, {1, 0}));
     r.addNull();
-    r.add(UQQueryData(L"\\\\SRV\\A", L"C:\\second", 1, kWritten, UQFileSize(1), 0, UQExpiryTime{0}, {1, 0}));
+    r.add(UQQueryData(L"\\\\SRV\\A", L"C:\\second", 1, WRITTEN, UQFileSize(1), 0, UQExpiryTime{0}, {1, 0}));
     r.add(data(L"\\\\srv\\0", 1));
     for (int pathAscending = 0; pathAscending < 2; ++pathAscending) {
         UQQueryData::mf_sortByPathAndVersion(pathAscending, 1, r.array());
@@ -210,7 +210,7 @@ TEST(UQQueryData, SortAgreesWithAStableReferenceSortOnManyRecords) {
                     static_cast<int>(random() % 300));
         if (random() % 2)
             path.MakeUpper();
-        r.add(UQQueryData(path, CString(), static_cast<std::uint32_t>(random() % 4), kWritten, UQFileSize(i),
+        r.add(UQQueryData(path, CString(), static_cast<std::uint32_t>(random() % 4), WRITTEN, UQFileSize(i),
                           0, UQExpiryTime{0}, {1, static_cast<std::uint64_t>(i)}));
     }
     for (int pathAscending = 0; pathAscending < 2; ++pathAscending) {
@@ -240,9 +240,9 @@ TEST(UQQueryData, SortWithoutMemoryLeavesTheArrayAsItWas) {
     r.add(data(L"\\\\srv\\a", 1));
     const auto before = r.keys();
     LogCheck log;
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     EXPECT_EQ(thrownCategory([&] { UQQueryData::mf_sortByPathAndVersion(1, 1, r.array()); }), "_E_::Memory");
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_clearInjection();
     EXPECT_EQ(r.keys(), before);
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{{'E', "UQQueryData::mf_sortByPathAndVersion::1",
                                                   "No memory for 1 sort entries (" +
@@ -251,17 +251,17 @@ TEST(UQQueryData, SortWithoutMemoryLeavesTheArrayAsItWas) {
 
 TEST(UQQueryData, SortingOneRecordOrNoneNeedsNoMemory) {
     Records r;
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     EXPECT_EQ(thrownCategory([&] { UQQueryData::mf_sortByPathAndVersion(1, 1, r.array()); }), "no exception");
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_clearInjection();
     r.add(data(L"\\\\srv\\a", 1));
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     EXPECT_EQ(thrownCategory([&] { UQQueryData::mf_sortByPathAndVersion(1, 1, r.array()); }), "no exception");
     Item only(data(L"\\\\srv\\b", 1));
     UVQueryItem* items[] = {&only};
     EXPECT_EQ(thrownCategory([&] { UQQueryData::mf_sortByAccessOrder(items, 1); }), "no exception");
     EXPECT_EQ(thrownCategory([&] { UQQueryData::mf_sortByPathAndVersion(1, 1, items, 1); }), "no exception");
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_clearInjection();
     EXPECT_EQ(r.keys(), std::vector<std::string>{"\\\\srv\\a v1"});
 }
 
@@ -300,10 +300,10 @@ TEST(UQQueryData, ItemSortWithoutMemoryIsLogged) {
     Item b(data(L"\\\\srv\\b", 1)), a(data(L"\\\\srv\\a", 1));
     std::vector<UVQueryItem*> items = {&b, &a};
     LogCheck log;
-    UQAllocation::mf_injectFailure(0);
+    UQAllocationInjection::mf_injectFailure(0);
     EXPECT_EQ(thrownCategory([&] { UQQueryData::mf_sortByPathAndVersion(1, 1, items.data(), 2); }),
               "_E_::Memory");
-    UQAllocation::mf_clearInjection();
+    UQAllocationInjection::mf_clearInjection();
     EXPECT_EQ(keys(items), (std::vector<std::string>{"\\\\srv\\b v1", "\\\\srv\\a v1"}));
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{{'E', "UQQueryData::mf_sortByPathAndVersion::2",
                                                   "No memory for 3 sort entries (" +

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "interfaces/korbase.h"
+#include "support/TestTime.h"
 
 #include <gtest/gtest.h>
 
@@ -135,20 +136,5 @@ private:
     CString m_sOld;
     bool m_bHadValue;
 };
-
-// A file time of a calendar date and time (UTC, as file times are kept).
-inline UQFileTime fileTimeOf(WORD year, WORD month, WORD day, WORD hour, WORD minute, WORD second, WORD ms) {
-    SYSTEMTIME st{};
-    st.wYear = year;
-    st.wMonth = month;
-    st.wDay = day;
-    st.wHour = hour;
-    st.wMinute = minute;
-    st.wSecond = second;
-    st.wMilliseconds = ms;
-    FILETIME ft{};
-    EXPECT_TRUE(SystemTimeToFileTime(&st, &ft));
-    return UQFileTime(ft);
-}
 
 } // namespace basetest

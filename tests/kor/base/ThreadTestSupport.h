@@ -15,7 +15,7 @@ namespace threadtest {
 
 // Long enough never to pass on a loaded machine (Wine, sanitizers); waits end as soon as their condition
 // holds, so a passing test never waits this long.
-const unsigned long kLimitMs = 20000;
+const unsigned long LIMIT_MS = 20000;
 
 // A counter that threads raise and tests wait on.
 class Signal {
@@ -32,7 +32,7 @@ public:
         return m_nCount;
     }
     // Whether the count reached _nAtLeast within the limit.
-    bool waitFor(int nAtLeast = 1, unsigned long ulLimitMs = kLimitMs) const {
+    bool waitFor(int nAtLeast = 1, unsigned long ulLimitMs = LIMIT_MS) const {
         std::unique_lock<std::mutex> lock(m_mutex);
         return m_cond.wait_for(lock, std::chrono::milliseconds(ulLimitMs),
                                [&] { return m_nCount >= nAtLeast; });
@@ -45,7 +45,7 @@ private:
 };
 
 // Waits for a condition that no one signals (another object's state), yielding meanwhile.
-inline bool eventually(const std::function<bool()>& condition, unsigned long ulLimitMs = kLimitMs) {
+inline bool eventually(const std::function<bool()>& condition, unsigned long ulLimitMs = LIMIT_MS) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(ulLimitMs);
     while (!condition()) {
         if (std::chrono::steady_clock::now() >= end)
@@ -57,7 +57,7 @@ inline bool eventually(const std::function<bool()>& condition, unsigned long ulL
 
 // Runs f on a thread of its own and answers whether it returned within the limit; a call that does not
 // (a deadlock) is left behind so that the test can fail instead of hanging.
-inline bool returnsWithin(std::function<void()> f, unsigned long ulLimitMs = kLimitMs) {
+inline bool returnsWithin(std::function<void()> f, unsigned long ulLimitMs = LIMIT_MS) {
     auto done = std::make_shared<Signal>();
     std::thread t([f = std::move(f), done] {
         f();

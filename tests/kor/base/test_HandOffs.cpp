@@ -8,7 +8,7 @@
 
 #include <vector>
 
-using threadtest::kLimitMs;
+using threadtest::LIMIT_MS;
 using threadtest::Signal;
 
 namespace {
@@ -101,7 +101,7 @@ public:
             if (i == 1)
                 firstFileDone.raise();
             if (m_bWaitForCancel && i == 1)
-                mf_getCancelSwitch()->mf_waitCancelled(kLimitMs);
+                mf_getCancelSwitch()->mf_waitCancelled(LIMIT_MS);
         }
         UQProgressEvent(UQProgressEvent::ACTION_DISABLE_CANCEL).mf_publish();
         UQProgressEvent(UQProgressEvent::ACTION_END).mf_publish();

@@ -9,7 +9,7 @@
 namespace {
 
 // Long enough never to pass on a loaded machine; the waits end as soon as the switch is tripped.
-const DWORD kGenerousLimitMs = 10000;
+const DWORD GENEROUS_LIMIT_MS = 10000;
 
 } // namespace
 
@@ -90,10 +90,10 @@ TEST(UQCancelSwitch, CancelFromAnotherThreadWakesEveryWaiter) {
         waiters.emplace_back([&, copy = UQCancelSwitch(cancel)] {
             ++waiting;
             const auto start = std::chrono::steady_clock::now();
-            if (copy.mf_waitCancelled(kGenerousLimitMs))
+            if (copy.mf_waitCancelled(GENEROUS_LIMIT_MS))
                 ++woken;
             // Woken by the cancel, not by reaching the limit.
-            if (std::chrono::steady_clock::now() - start >= std::chrono::milliseconds(kGenerousLimitMs))
+            if (std::chrono::steady_clock::now() - start >= std::chrono::milliseconds(GENEROUS_LIMIT_MS))
                 ++timedOut;
         });
     }

@@ -7,14 +7,14 @@
 #include <map>
 #include <vector>
 
-using threadtest::kLimitMs;
+using threadtest::LIMIT_MS;
 using threadtest::Signal;
 
 namespace {
 
 // Every test uses ids of its own, so that listeners of one test never see another's events.
-const UQEVENT_ID kIdA = 0x0000000100000001ull;
-const UQEVENT_ID kIdB = 0x0000000100000002ull;
+const UQEVENT_ID ID_A = 0x0000000100000001ull;
+const UQEVENT_ID ID_B = 0x0000000100000002ull;
 
 class Listener : public UQEventListener {
 public:
@@ -69,30 +69,30 @@ public:
 
 TEST(UQEvent, NamesItsId) {
     EXPECT_EQ(UQEvent(UQEVENT_ID_PROGRESS).mf_toString(), CString(L"Event id=0x0040000000000000"));
-    const UQEvent original(kIdA);
-    UQEvent copy(kIdB);
+    const UQEvent original(ID_A);
+    UQEvent copy(ID_B);
     copy = original;
-    EXPECT_EQ(copy.mf_getId(), kIdA);
+    EXPECT_EQ(copy.mf_getId(), ID_A);
 }
 
 TEST(UQEventListener, ReceivesTheEventsOfItsIdOnly) {
-    Listener a(kIdA), b(kIdB);
+    Listener a(ID_A), b(ID_B);
     EXPECT_TRUE(a.mf_isRegistered());
-    EXPECT_EQ(a.mf_getEventId(), kIdA);
-    EXPECT_EQ(UQEvent(kIdA).mf_publish(), 1);
+    EXPECT_EQ(a.mf_getEventId(), ID_A);
+    EXPECT_EQ(UQEvent(ID_A).mf_publish(), 1);
     EXPECT_EQ(a.received.count(), 1);
     EXPECT_EQ(b.received.count(), 0);
-    EXPECT_EQ(UQEventManager::mf_publish(UQEvent(kIdB)), 1);
-    EXPECT_EQ(b.ids(), (std::vector<UQEVENT_ID>{kIdB}));
+    EXPECT_EQ(UQEventManager::mf_publish(UQEvent(ID_B)), 1);
+    EXPECT_EQ(b.ids(), (std::vector<UQEVENT_ID>{ID_B}));
     EXPECT_EQ(UQEvent(0x0000000100000003ull).mf_publish(), 0); // nobody listens
 }
 
 TEST(UQEventListener, OnEventRunsOnThePublishingThread) {
-    Listener listener(kIdA);
+    Listener listener(ID_A);
     DWORD publisher = 0;
     std::thread t([&] {
         publisher = GetCurrentThreadId();
-        UQEvent(kIdA).mf_publish();
+        UQEvent(ID_A).mf_publish();
     });
     t.join();
     EXPECT_EQ(listener.threads(), (std::vector<DWORD>{publisher}));
@@ -101,35 +101,35 @@ TEST(UQEventListener, OnEventRunsOnThePublishingThread) {
 
 TEST(UQEventListener, DestructorUnregisters) {
     {
-        Listener listener(kIdA);
-        EXPECT_EQ(UQEventManager::mf_getListenerCount(kIdA), 1);
+        Listener listener(ID_A);
+        EXPECT_EQ(UQEventManager::mf_getListenerCount(ID_A), 1);
     }
-    EXPECT_EQ(UQEventManager::mf_getListenerCount(kIdA), 0);
-    EXPECT_EQ(UQEvent(kIdA).mf_publish(), 0);
+    EXPECT_EQ(UQEventManager::mf_getListenerCount(ID_A), 0);
+    EXPECT_EQ(UQEvent(ID_A).mf_publish(), 0);
 }
 
 TEST(UQEventListener, UnregisteredListenerReceivesNothingAndCanRegisterAgain) {
-    Listener listener(kIdA);
+    Listener listener(ID_A);
     listener.mf_unregister();
     listener.mf_unregister(); // twice is harmless
     EXPECT_FALSE(listener.mf_isRegistered());
-    EXPECT_EQ(UQEvent(kIdA).mf_publish(), 0);
+    EXPECT_EQ(UQEvent(ID_A).mf_publish(), 0);
     listener.mf_register();
     listener.mf_register();
-    EXPECT_EQ(UQEventManager::mf_getListenerCount(kIdA), 1);
-    EXPECT_EQ(UQEvent(kIdA).mf_publish(), 1);
+    EXPECT_EQ(UQEventManager::mf_getListenerCount(ID_A), 1);
+    EXPECT_EQ(UQEvent(ID_A).mf_publish(), 1);
     EXPECT_EQ(listener.received.count(), 1);
 }
 
 TEST(UQEventListener, CopyIsRegisteredForTheSameId) {
-    Listener original(kIdA);
+    Listener original(ID_A);
     {
         Listener copy(original);
-        EXPECT_EQ(copy.mf_getEventId(), kIdA);
-        EXPECT_EQ(UQEvent(kIdA).mf_publish(), 2);
+        EXPECT_EQ(copy.mf_getEventId(), ID_A);
+        EXPECT_EQ(UQEvent(ID_A).mf_publish(), 2);
         EXPECT_EQ(copy.received.count(), 1);
     }
-    EXPECT_EQ(UQEvent(kIdA).mf_publish(), 1);
+    EXPECT_EQ(UQEvent(ID_A).mf_publish(), 1);
     EXPECT_EQ(original.received.count(), 2);
 
     original.mf_unregister();
@@ -138,14 +138,14 @@ TEST(UQEventListener, CopyIsRegisteredForTheSameId) {
 }
 
 TEST(UQEventListener, AssignmentTakesOverTheOtherId) {
-    Listener counting(kIdB);
-    UQEventListener a(kIdA), b(kIdB);
+    Listener counting(ID_B);
+    UQEventListener a(ID_A), b(ID_B);
     a = b;
-    EXPECT_EQ(a.mf_getEventId(), kIdB);
+    EXPECT_EQ(a.mf_getEventId(), ID_B);
     EXPECT_TRUE(a.mf_isRegistered());
-    EXPECT_EQ(UQEventManager::mf_getListenerCount(kIdA), 0);
-    EXPECT_EQ(UQEventManager::mf_getListenerCount(kIdB), 3);
-    EXPECT_EQ(UQEvent(kIdB).mf_publish(), 3);
+    EXPECT_EQ(UQEventManager::mf_getListenerCount(ID_A), 0);
+    EXPECT_EQ(UQEventManager::mf_getListenerCount(ID_B), 3);
+    EXPECT_EQ(UQEvent(ID_B).mf_publish(), 3);
     a.mf_unregister();
     a = b; // an unregistered listener stays unregistered
     EXPECT_FALSE(a.mf_isRegistered());
@@ -153,21 +153,21 @@ TEST(UQEventListener, AssignmentTakesOverTheOtherId) {
 
 TEST(UQEventListener, ListenersReceiveInTheOrderTheyRegistered) {
     std::vector<int> order;
-    Listener first(kIdA), second(kIdA), third(kIdA);
+    Listener first(ID_A), second(ID_A), third(ID_A);
     first.onEvent = [&](const UQEvent&) { order.push_back(1); };
     second.onEvent = [&](const UQEvent&) { order.push_back(2); };
     third.onEvent = [&](const UQEvent&) { order.push_back(3); };
-    UQEvent(kIdA).mf_publish();
+    UQEvent(ID_A).mf_publish();
     EXPECT_EQ(order, (std::vector<int>{1, 2, 3}));
 }
 
 TEST(UQEventListener, SeveralPublishingThreadsReachEveryListener) {
-    const int kPublishers = 4, kEvents = 500, kListeners = 3;
+    const int PUBLISHERS = 4, EVENTS = 500, LISTENERS = 3;
     std::vector<std::unique_ptr<Listener>> listeners;
     std::vector<std::unique_ptr<std::atomic<int>[]>> counts;
-    for (int l = 0; l < kListeners; ++l) {
-        listeners.emplace_back(new Listener(kIdA));
-        counts.emplace_back(new std::atomic<int>[kPublishers]());
+    for (int l = 0; l < LISTENERS; ++l) {
+        listeners.emplace_back(new Listener(ID_A));
+        counts.emplace_back(new std::atomic<int>[PUBLISHERS]());
         std::atomic<int>* perPublisher = counts.back().get();
         listeners.back()->onEvent = [perPublisher](const UQEvent& event) {
             const NumberedEvent* numbered = dynamic_cast<const NumberedEvent*>(&event);
@@ -177,20 +177,20 @@ TEST(UQEventListener, SeveralPublishingThreadsReachEveryListener) {
     }
     std::atomic<bool> go{false};
     std::vector<std::thread> publishers;
-    for (int p = 0; p < kPublishers; ++p)
+    for (int p = 0; p < PUBLISHERS; ++p)
         publishers.emplace_back([&, p] {
             while (!go.load())
                 std::this_thread::yield();
-            for (int i = 0; i < kEvents; ++i)
-                EXPECT_EQ(NumberedEvent(kIdA, p).mf_publish(), kListeners);
+            for (int i = 0; i < EVENTS; ++i)
+                EXPECT_EQ(NumberedEvent(ID_A, p).mf_publish(), LISTENERS);
         });
     go = true;
     for (std::thread& t : publishers)
         t.join();
-    for (int l = 0; l < kListeners; ++l) {
-        EXPECT_EQ(listeners[l]->received.count(), kPublishers * kEvents);
-        for (int p = 0; p < kPublishers; ++p)
-            EXPECT_EQ(counts[l][p].load(), kEvents) << "listener " << l << ", publisher " << p;
+    for (int l = 0; l < LISTENERS; ++l) {
+        EXPECT_EQ(listeners[l]->received.count(), PUBLISHERS * EVENTS);
+        for (int p = 0; p < PUBLISHERS; ++p)
+            EXPECT_EQ(counts[l][p].load(), EVENTS) << "listener " << l << ", publisher " << p;
     }
 }
 
@@ -202,14 +202,14 @@ TEST(UQEventListener, UnregisterWhileAnotherThreadPublishes) {
     std::atomic<int> published{0};
     std::thread publisher([&] {
         while (!bStop.load()) {
-            UQEvent(kIdA).mf_publish();
+            UQEvent(ID_A).mf_publish();
             ++published;
         }
     });
     for (int round = 0; round < 50; ++round) {
         std::atomic<bool> bUnregistered{false};
         std::atomic<int> lateEvents{0};
-        auto* listener = new Listener(kIdA, L"coming-and-going", 0);
+        auto* listener = new Listener(ID_A, L"coming-and-going", 0);
         listener->onEvent = [&](const UQEvent&) {
             if (bUnregistered.load())
                 ++lateEvents;
@@ -231,7 +231,7 @@ TEST(UQEventListener, UnregisterWhileAnotherThreadPublishes) {
 
 // Unregistering waits for the delivery that another thread has under way to the listener.
 TEST(UQEventListener, UnregisterWaitsForADeliveryInFlight) {
-    Listener listener(kIdA);
+    Listener listener(ID_A);
     Signal entered, release;
     std::atomic<bool> bDeliveryDone{false};
     listener.onEvent = [&](const UQEvent&) {
@@ -239,7 +239,7 @@ TEST(UQEventListener, UnregisterWaitsForADeliveryInFlight) {
         EXPECT_TRUE(release.waitFor());
         bDeliveryDone = true;
     };
-    std::thread publisher([] { UQEvent(kIdA).mf_publish(); });
+    std::thread publisher([] { UQEvent(ID_A).mf_publish(); });
     ASSERT_TRUE(entered.waitFor());
     std::atomic<bool> bDoneWhenUnregistered{false};
     std::thread unregistering([&] {
@@ -247,7 +247,7 @@ TEST(UQEventListener, UnregisterWaitsForADeliveryInFlight) {
         bDoneWhenUnregistered = bDeliveryDone.load();
     });
     // Unregistering has begun once the listener is no longer counted; it must now wait for the delivery.
-    EXPECT_TRUE(threadtest::eventually([] { return UQEventManager::mf_getListenerCount(kIdA) == 0; }));
+    EXPECT_TRUE(threadtest::eventually([] { return UQEventManager::mf_getListenerCount(ID_A) == 0; }));
     release.raise();
     unregistering.join();
     publisher.join();
@@ -255,65 +255,65 @@ TEST(UQEventListener, UnregisterWaitsForADeliveryInFlight) {
 }
 
 TEST(UQEventListener, ListenerUnregistersItselfInsideOnEvent) {
-    Listener self(kIdA), other(kIdA);
+    Listener self(ID_A), other(ID_A);
     self.onEvent = [&](const UQEvent&) { self.mf_unregister(); };
-    EXPECT_TRUE(threadtest::returnsWithin([] { UQEvent(kIdA).mf_publish(); }));
+    EXPECT_TRUE(threadtest::returnsWithin([] { UQEvent(ID_A).mf_publish(); }));
     EXPECT_EQ(self.received.count(), 1);
     EXPECT_EQ(other.received.count(), 1);
-    EXPECT_EQ(UQEvent(kIdA).mf_publish(), 1);
+    EXPECT_EQ(UQEvent(ID_A).mf_publish(), 1);
     EXPECT_EQ(self.received.count(), 1);
 }
 
 TEST(UQEventListener, ListenerDestroysItselfInsideOnEvent) {
-    auto* self = new Listener(kIdA);
-    Listener other(kIdA);
+    auto* self = new Listener(ID_A);
+    Listener other(ID_A);
     std::atomic<int> destroyed{0};
     self->onEvent = [&destroyed, self](const UQEvent&) {
         std::atomic<int>* pDestroyed = &destroyed; // the closure goes with the listener
         delete self;
         ++*pDestroyed;
     };
-    EXPECT_TRUE(threadtest::returnsWithin([] { UQEvent(kIdA).mf_publish(); }));
+    EXPECT_TRUE(threadtest::returnsWithin([] { UQEvent(ID_A).mf_publish(); }));
     EXPECT_EQ(destroyed.load(), 1);
     EXPECT_EQ(other.received.count(), 1);
-    EXPECT_EQ(UQEventManager::mf_getListenerCount(kIdA), 1);
+    EXPECT_EQ(UQEventManager::mf_getListenerCount(ID_A), 1);
 }
 
 TEST(UQEventListener, ListenerUnregisteredByAnEarlierListenerOfTheSameEventIsSkipped) {
-    Listener first(kIdA), second(kIdA);
+    Listener first(ID_A), second(ID_A);
     first.onEvent = [&](const UQEvent&) { second.mf_unregister(); };
-    EXPECT_TRUE(threadtest::returnsWithin([] { EXPECT_EQ(UQEvent(kIdA).mf_publish(), 1); }));
+    EXPECT_TRUE(threadtest::returnsWithin([] { EXPECT_EQ(UQEvent(ID_A).mf_publish(), 1); }));
     EXPECT_EQ(second.received.count(), 0);
 }
 
 TEST(UQEventListener, ListenerRegisteredDuringAPublishGetsTheNextEvent) {
-    Listener first(kIdA);
+    Listener first(ID_A);
     std::unique_ptr<Listener> late;
     first.onEvent = [&](const UQEvent&) {
         if (!late)
-            late.reset(new Listener(kIdA));
+            late.reset(new Listener(ID_A));
     };
-    EXPECT_EQ(UQEvent(kIdA).mf_publish(), 1);
+    EXPECT_EQ(UQEvent(ID_A).mf_publish(), 1);
     ASSERT_TRUE(late);
     EXPECT_EQ(late->received.count(), 0);
-    EXPECT_EQ(UQEvent(kIdA).mf_publish(), 2);
+    EXPECT_EQ(UQEvent(ID_A).mf_publish(), 2);
     EXPECT_EQ(late->received.count(), 1);
 }
 
 TEST(UQEventListener, ListenerMayPublishFromInsideOnEvent) {
-    Listener a(kIdA), b(kIdB);
-    a.onEvent = [](const UQEvent&) { UQEvent(kIdB).mf_publish(); };
-    b.onEvent = [](const UQEvent&) { UQEvent(kIdB + 1).mf_publish(); };
-    EXPECT_TRUE(threadtest::returnsWithin([] { UQEvent(kIdA).mf_publish(); }));
+    Listener a(ID_A), b(ID_B);
+    a.onEvent = [](const UQEvent&) { UQEvent(ID_B).mf_publish(); };
+    b.onEvent = [](const UQEvent&) { UQEvent(ID_B + 1).mf_publish(); };
+    EXPECT_TRUE(threadtest::returnsWithin([] { UQEvent(ID_A).mf_publish(); }));
     EXPECT_EQ(b.received.count(), 1);
 }
 
 TEST(UQEventListener, FailingListenerIsLoggedAndTheOthersStillReceive) {
     LogCheck log;
-    Listener failing(kIdA, L"failing-listener"), odd(kIdA, L"odd-listener"), fine(kIdA);
+    Listener failing(ID_A, L"failing-listener"), odd(ID_A, L"odd-listener"), fine(ID_A);
     failing.onEvent = [](const UQEvent&) { throw UQErrno(UQErrno::_E_::State); };
     odd.onEvent = [](const UQEvent&) { throw 7; };
-    EXPECT_EQ(UQEvent(kIdA).mf_publish(), 3);
+    EXPECT_EQ(UQEvent(ID_A).mf_publish(), 3);
     EXPECT_EQ(fine.received.count(), 1);
     const std::vector<LogLine> lines = log.lines();
     ASSERT_EQ(lines.size(), 2u);
@@ -327,9 +327,9 @@ TEST(UQEventListener, FailingListenerIsLoggedAndTheOthersStillReceive) {
 }
 
 TEST(UQEventListener, BaseListenerIgnoresEventsAndNamesItself) {
-    UQEventListener plain(kIdA);
+    UQEventListener plain(ID_A);
     EXPECT_EQ(plain.mf_toString(), CString(L"event-listener"));
-    EXPECT_EQ(UQEvent(kIdA).mf_publish(), 1);
+    EXPECT_EQ(UQEvent(ID_A).mf_publish(), 1);
 }
 
 // The progress dialog's shape: a worker thread publishes, the listener is told on the worker's thread
@@ -341,13 +341,13 @@ TEST(UQEventListener, WorkerThreadPublishesToAListenerOfAnotherThread) {
         ~Publisher() override { mf_stopWait(INFINITE); }
         void mf_implExecute(int) override {
             for (int i = 0; i < 100; ++i)
-                UQEvent(kIdA).mf_publish();
+                UQEvent(ID_A).mf_publish();
         }
     };
-    Listener listener(kIdA);
+    Listener listener(ID_A);
     Publisher worker;
     worker.mf_start();
-    ASSERT_EQ(worker.mf_wait(kLimitMs).mf_getNumber(), 0u);
+    ASSERT_EQ(worker.mf_wait(LIMIT_MS).mf_getNumber(), 0u);
     const std::vector<DWORD> threads = listener.threads();
     ASSERT_EQ(threads.size(), 100u);
     EXPECT_EQ(threads.front(), worker.mf_getThreadId());

@@ -8,17 +8,15 @@
 namespace {
 
 #if defined(_WIN32)
-const std::string kEol = "\r\n";
+const std::string EOL = "\r\n";
 #else
-const std::string kEol = "\n";
+const std::string EOL = "\n";
 #endif
-const std::string kIndent(24, ' ');
+const std::string INDENT(24, ' ');
 
 UQLogRecord record(const UQLogData& level, const wchar_t* function, const CString& text,
                    DWORD threadId = 1234) {
-    UQLogRecord r{
-        &level, function, text, threadId, basetest::fileTimeOf(2024, 3, 7, 14, 5, 9, 250).mf_getFileTime(),
-        1};
+    UQLogRecord r{&level, function, text, threadId, fileTime(2024, 3, 7, 14, 5, 9, 250).mf_getFileTime(), 1};
     return r;
 }
 
@@ -26,13 +24,13 @@ std::vector<std::string> splitLines(const std::string& bytes) {
     std::vector<std::string> lines;
     std::size_t start = 0;
     while (start < bytes.size()) {
-        const std::size_t end = bytes.find(kEol, start);
+        const std::size_t end = bytes.find(EOL, start);
         if (end == std::string::npos) {
             lines.push_back(bytes.substr(start) + "<no line end>");
             break;
         }
         lines.push_back(bytes.substr(start, end - start));
-        start = end + kEol.size();
+        start = end + EOL.size();
     }
     return lines;
 }
@@ -49,33 +47,33 @@ CString numberedText(int n) {
 TEST(UQLogFileSink, LineHasTimeLevelThreadOperationAndText) {
     EXPECT_EQ(
         UQLogFileSink::mf_formatLine(record(UQLogData::LEVEL_E, L"UQFileTime::operator_add", L"a + b > MAX")),
-        "2024-03-07 14:05:09.250 E 1234 UQFileTime::operator_add: a + b > MAX" + kEol);
+        "2024-03-07 14:05:09.250 E 1234 UQFileTime::operator_add: a + b > MAX" + EOL);
     EXPECT_EQ(UQLogFileSink::mf_formatLine(record(UQLogData::LEVEL_G, L"UQWindow::mf_setText", L"x", 7)),
-              "2024-03-07 14:05:09.250 G 7 UQWindow::mf_setText: x" + kEol);
+              "2024-03-07 14:05:09.250 G 7 UQWindow::mf_setText: x" + EOL);
 }
 
 TEST(UQLogFileSink, ContinuationLinesAreIndented) {
     const CString text(
         L"Failure adding file item:\r\n    [E] _E_::Memory: There is not enough memory.\r\n    Next");
     EXPECT_EQ(UQLogFileSink::mf_formatLine(record(UQLogData::LEVEL_E, L"UQFileList::mf_add::2", text)),
-              "2024-03-07 14:05:09.250 E 1234 UQFileList::mf_add::2: Failure adding file item:" + kEol +
-                  kIndent + "    [E] _E_::Memory: There is not enough memory." + kEol + kIndent + "    Next" +
-                  kEol);
+              "2024-03-07 14:05:09.250 E 1234 UQFileList::mf_add::2: Failure adding file item:" + EOL +
+                  INDENT + "    [E] _E_::Memory: There is not enough memory." + EOL + INDENT + "    Next" +
+                  EOL);
 }
 
 TEST(UQLogFileSink, LoneLineFeedsAndCarriageReturnsAlsoBreakLines) {
     EXPECT_EQ(UQLogFileSink::mf_formatLine(record(UQLogData::LEVEL_D, L"F", L"a\nb\rc")),
-              "2024-03-07 14:05:09.250 D 1234 F: a" + kEol + kIndent + "b" + kEol + kIndent + "c" + kEol);
+              "2024-03-07 14:05:09.250 D 1234 F: a" + EOL + INDENT + "b" + EOL + INDENT + "c" + EOL);
 }
 
 TEST(UQLogFileSink, TrailingLineBreaksAreDropped) {
     EXPECT_EQ(UQLogFileSink::mf_formatLine(record(UQLogData::LEVEL_T, L"F", L"done\r\n\r\n")),
-              "2024-03-07 14:05:09.250 T 1234 F: done" + kEol);
+              "2024-03-07 14:05:09.250 T 1234 F: done" + EOL);
 }
 
 TEST(UQLogFileSink, EmptyLinesInsideTheTextAreKept) {
     EXPECT_EQ(UQLogFileSink::mf_formatLine(record(UQLogData::LEVEL_T, L"F", L"a\r\n\r\nb")),
-              "2024-03-07 14:05:09.250 T 1234 F: a" + kEol + kIndent + kEol + kIndent + "b" + kEol);
+              "2024-03-07 14:05:09.250 T 1234 F: a" + EOL + INDENT + EOL + INDENT + "b" + EOL);
 }
 
 TEST(UQLogFileSink, TextIsWrittenAsUtf8) {
@@ -83,17 +81,17 @@ TEST(UQLogFileSink, TextIsWrittenAsUtf8) {
         UQLogFileSink::mf_formatLine(record(UQLogData::LEVEL_I, L"F", L"Gr\u00f6\u00dfe \u20ac \U0001F600")),
         "2024-03-07 14:05:09.250 I 1234 F: Gr\xc3\xb6\xc3\x9f"
         "e \xe2\x82\xac \xf0\x9f\x98\x80" +
-            kEol);
+            EOL);
 }
 
 TEST(UQLogFileSink, ControlCharactersBecomeReplacementCharacters) {
     EXPECT_EQ(UQLogFileSink::mf_formatLine(record(UQLogData::LEVEL_W, L"F", L"a\x1b[2Jb\tc")),
-              "2024-03-07 14:05:09.250 W 1234 F: a\xef\xbf\xbd[2Jb\tc" + kEol);
+              "2024-03-07 14:05:09.250 W 1234 F: a\xef\xbf\xbd[2Jb\tc" + EOL);
 }
 
 TEST(UQLogFileSink, RecordWithoutOperationNameShowsADash) {
     EXPECT_EQ(UQLogFileSink::mf_formatLine(record(UQLogData::LEVEL_W, L"", L"text")),
-              "2024-03-07 14:05:09.250 W 1234 -: text" + kEol);
+              "2024-03-07 14:05:09.250 W 1234 -: text" + EOL);
 }
 
 TEST(UQLogFileSink, WritesRecordsIntoANewDirectory) {
@@ -105,21 +103,20 @@ TEST(UQLogFileSink, WritesRecordsIntoANewDirectory) {
         sink.mf_write(record(UQLogData::LEVEL_E, L"A::b", L"first"));
         sink.mf_write(record(UQLogData::LEVEL_W, L"A::c", L"second\r\n    more"));
     }
-    EXPECT_EQ(basetest::readFile(path), "2024-03-07 14:05:09.250 E 1234 A::b: first" + kEol +
-                                            "2024-03-07 14:05:09.250 W 1234 A::c: second" + kEol + kIndent +
-                                            "    more" + kEol);
+    EXPECT_EQ(basetest::readFile(path), "2024-03-07 14:05:09.250 E 1234 A::b: first" + EOL +
+                                            "2024-03-07 14:05:09.250 W 1234 A::c: second" + EOL + INDENT +
+                                            "    more" + EOL);
 }
 
 TEST(UQLogFileSink, AppendsToAnExistingLog) {
     basetest::ScratchDirectory dir("log-append");
     const CString path = dir.child(L"korguibase.log");
-    basetest::writeFile(path, "earlier" + kEol);
+    basetest::writeFile(path, "earlier" + EOL);
     {
         UQLogFileSink sink(path);
         sink.mf_write(record(UQLogData::LEVEL_I, L"A::b", L"later"));
     }
-    EXPECT_EQ(basetest::readFile(path),
-              "earlier" + kEol + "2024-03-07 14:05:09.250 I 1234 A::b: later" + kEol);
+    EXPECT_EQ(basetest::readFile(path), "earlier" + EOL + "2024-03-07 14:05:09.250 I 1234 A::b: later" + EOL);
 }
 
 TEST(UQLogFileSink, FileIsOnlyCreatedByTheFirstRecord) {
@@ -152,13 +149,13 @@ TEST(UQLogFileSink, RotatesBySizeAndKeepsTheNewestFiles) {
 TEST(UQLogFileSink, RotationCountsWhatTheFileAlreadyHeld) {
     basetest::ScratchDirectory dir("log-rotate-existing");
     const CString path = dir.child(L"korguibase.log");
-    basetest::writeFile(path, std::string(100, 'x') + kEol);
+    basetest::writeFile(path, std::string(100, 'x') + EOL);
     {
         UQLogFileSink sink(path, 100, 1);
         sink.mf_write(record(UQLogData::LEVEL_T, L"R", L"new"));
     }
-    EXPECT_EQ(basetest::readFile(path + L".1"), std::string(100, 'x') + kEol);
-    EXPECT_EQ(basetest::readFile(path), "2024-03-07 14:05:09.250 T 1234 R: new" + kEol);
+    EXPECT_EQ(basetest::readFile(path + L".1"), std::string(100, 'x') + EOL);
+    EXPECT_EQ(basetest::readFile(path), "2024-03-07 14:05:09.250 T 1234 R: new" + EOL);
 }
 
 TEST(UQLogFileSink, WithoutFilesToKeepTheLogStartsAfresh) {
@@ -186,10 +183,10 @@ TEST(UQLogFileSink, RecordLargerThanTheLimitGetsAFileOfItsOwn) {
         sink.mf_write(record(UQLogData::LEVEL_T, L"R", large));
         sink.mf_write(record(UQLogData::LEVEL_T, L"R", L"after"));
     }
-    EXPECT_EQ(basetest::readFile(path + L".2"), "2024-03-07 14:05:09.250 T 1234 R: small" + kEol);
+    EXPECT_EQ(basetest::readFile(path + L".2"), "2024-03-07 14:05:09.250 T 1234 R: small" + EOL);
     EXPECT_EQ(basetest::readFile(path + L".1"),
-              "2024-03-07 14:05:09.250 T 1234 R: " + std::string(300, 'z') + kEol);
-    EXPECT_EQ(basetest::readFile(path), "2024-03-07 14:05:09.250 T 1234 R: after" + kEol);
+              "2024-03-07 14:05:09.250 T 1234 R: " + std::string(300, 'z') + EOL);
+    EXPECT_EQ(basetest::readFile(path), "2024-03-07 14:05:09.250 T 1234 R: after" + EOL);
 }
 
 TEST(UQLogFileSink, UnwritableLocationLosesRecordsQuietly) {
@@ -206,14 +203,14 @@ TEST(UQLogFileSink, UnwritableLocationLosesRecordsQuietly) {
 TEST(UQLogFileSink, ConcurrentWritersNeverMixTheirLines) {
     basetest::ScratchDirectory dir("log-threads");
     const CString path = dir.child(L"korguibase.log");
-    const int kThreads = 4;
-    const int kRecords = 200;
+    const int THREADS = 4;
+    const int RECORDS = 200;
     {
         UQLogFileSink sink(path);
         std::vector<std::thread> threads;
-        for (int t = 0; t < kThreads; ++t) {
+        for (int t = 0; t < THREADS; ++t) {
             threads.emplace_back([&sink, t] {
-                for (int n = 0; n < kRecords; ++n) {
+                for (int n = 0; n < RECORDS; ++n) {
                     CString text;
                     text.Format(L"writer %d record %3.3d\r\n    continued", t, n);
                     sink.mf_write(record(UQLogData::LEVEL_T, L"W", text, static_cast<DWORD>(t)));
@@ -224,8 +221,8 @@ TEST(UQLogFileSink, ConcurrentWritersNeverMixTheirLines) {
             t.join();
     }
     const std::vector<std::string> lines = splitLines(basetest::readFile(path));
-    ASSERT_EQ(lines.size(), static_cast<std::size_t>(2 * kThreads * kRecords));
-    std::vector<int> next(kThreads, 0);
+    ASSERT_EQ(lines.size(), static_cast<std::size_t>(2 * THREADS * RECORDS));
+    std::vector<int> next(THREADS, 0);
     for (std::size_t i = 0; i < lines.size(); i += 2) {
         const std::string& first = lines[i];
         ASSERT_EQ(first.compare(0, 24, "2024-03-07 14:05:09.250 "), 0) << first;
@@ -233,9 +230,9 @@ TEST(UQLogFileSink, ConcurrentWritersNeverMixTheirLines) {
         int number = -1;
         ASSERT_EQ(std::sscanf(first.c_str() + 24, "T %*d W: writer %d record %d", &thread, &number), 2)
             << first;
-        ASSERT_TRUE(thread >= 0 && thread < kThreads) << first;
+        ASSERT_TRUE(thread >= 0 && thread < THREADS) << first;
         EXPECT_EQ(number, next[thread]++) << first;
-        EXPECT_EQ(lines[i + 1], kIndent + "    continued");
+        EXPECT_EQ(lines[i + 1], INDENT + "    continued");
     }
 }
 
@@ -254,8 +251,8 @@ TEST(UQLogFileSink, ProductLogReceivesWhatUQLogWrites) {
     CString tail;
     tail.Format(L" W %lu UQComboBox::mf_selectItem::1: Item with index=4 not found in combobox list",
                 GetCurrentThreadId());
-    ASSERT_EQ(content.size(), 23 + tail.ToUtf8().size() + kEol.size()) << content;
-    EXPECT_EQ(content.substr(23), tail.ToUtf8() + kEol);
+    ASSERT_EQ(content.size(), 23 + tail.ToUtf8().size() + EOL.size()) << content;
+    EXPECT_EQ(content.substr(23), tail.ToUtf8() + EOL);
     // The time is the writing moment in UTC: at least the year is the current one.
     SYSTEMTIME now;
     GetSystemTime(&now);
@@ -306,5 +303,5 @@ TEST(UQLogFileSink, EmptyPathMeansTheDefaultLocation) {
     basetest::EnvironmentOverride file(L"KOR_LOG_FILE", path);
     UQLogFileSink sink{CString()};
     sink.mf_write(record(UQLogData::LEVEL_I, L"A::b", L"to the default"));
-    EXPECT_EQ(basetest::readFile(path), "2024-03-07 14:05:09.250 I 1234 A::b: to the default" + kEol);
+    EXPECT_EQ(basetest::readFile(path), "2024-03-07 14:05:09.250 I 1234 A::b: to the default" + EOL);
 }

@@ -27,7 +27,7 @@ protected:
     basetest::EnvironmentOverride m_group;
 };
 
-const UQFileTime kAfternoon = basetest::fileTimeOf(2024, 3, 7, 14, 5, 9, 250);
+const UQFileTime AFTERNOON = fileTime(2024, 3, 7, 14, 5, 9, 250);
 
 } // namespace
 
@@ -100,8 +100,8 @@ TEST_F(UQNumberFormatterTest, NormalizeUndoesFormat) {
 TEST_F(UQNumberFormatterTest, DefaultPatterns) {
     EXPECT_EQ(s(UQNumberFormatter::mf_getConfiguredDateFormat()), "yyyy-MM-dd");
     EXPECT_EQ(s(UQNumberFormatter::mf_getConfiguredTimeFormat()), "HH:mm:ss");
-    EXPECT_EQ(s(UQNumberFormatter::mf_formatDate(kAfternoon)), "2024-03-07");
-    EXPECT_EQ(s(UQNumberFormatter::mf_formatTime(kAfternoon)), "14:05:09");
+    EXPECT_EQ(s(UQNumberFormatter::mf_formatDate(AFTERNOON)), "2024-03-07");
+    EXPECT_EQ(s(UQNumberFormatter::mf_formatTime(AFTERNOON)), "14:05:09");
 }
 
 TEST_F(UQNumberFormatterTest, FileTimeZeroIsTheFirstDayOf1601) {
@@ -113,27 +113,27 @@ TEST_F(UQNumberFormatterTest, ConfiguredPatternsAreUsed) {
     UQNumberFormatter::mf_configure(L"dd.MM.yyyy", L"h:mm tt", L'\'');
     EXPECT_EQ(s(UQNumberFormatter::mf_getConfiguredDateFormat()), "dd.MM.yyyy");
     EXPECT_EQ(s(UQNumberFormatter::mf_getConfiguredTimeFormat()), "h:mm tt");
-    EXPECT_EQ(s(UQNumberFormatter::mf_formatDate(kAfternoon)), "07.03.2024");
-    EXPECT_EQ(s(UQNumberFormatter::mf_formatTime(kAfternoon)), "2:05 PM");
+    EXPECT_EQ(s(UQNumberFormatter::mf_formatDate(AFTERNOON)), "07.03.2024");
+    EXPECT_EQ(s(UQNumberFormatter::mf_formatTime(AFTERNOON)), "2:05 PM");
 }
 
 TEST_F(UQNumberFormatterTest, ShortFieldsHaveNoLeadingZero) {
     UQNumberFormatter::mf_configure(L"d/M/yy", L"H.m.s", L',');
-    const UQFileTime morning = basetest::fileTimeOf(2009, 1, 2, 3, 4, 5, 0);
+    const UQFileTime morning = fileTime(2009, 1, 2, 3, 4, 5, 0);
     EXPECT_EQ(s(UQNumberFormatter::mf_formatDate(morning)), "2/1/09");
     EXPECT_EQ(s(UQNumberFormatter::mf_formatTime(morning)), "3.4.5");
 }
 
 TEST_F(UQNumberFormatterTest, TwelveHourClockShowsMidnightAsTwelve) {
     UQNumberFormatter::mf_configure(L"yyyy-MM-dd", L"hh:mm t", L',');
-    EXPECT_EQ(s(UQNumberFormatter::mf_formatTime(basetest::fileTimeOf(2024, 3, 7, 0, 30, 0, 0))), "12:30 A");
-    EXPECT_EQ(s(UQNumberFormatter::mf_formatTime(basetest::fileTimeOf(2024, 3, 7, 12, 0, 0, 0))), "12:00 P");
+    EXPECT_EQ(s(UQNumberFormatter::mf_formatTime(fileTime(2024, 3, 7, 0, 30, 0, 0))), "12:30 A");
+    EXPECT_EQ(s(UQNumberFormatter::mf_formatTime(fileTime(2024, 3, 7, 12, 0, 0, 0))), "12:00 P");
 }
 
 TEST_F(UQNumberFormatterTest, QuotedTextIsCopiedAsItStands) {
     UQNumberFormatter::mf_configure(L"'Day' d 'of' yyyy", L"HH 'o''clock'", L',');
-    EXPECT_EQ(s(UQNumberFormatter::mf_formatDate(kAfternoon)), "Day 7 of 2024");
-    EXPECT_EQ(s(UQNumberFormatter::mf_formatTime(kAfternoon)), "14 o'clock");
+    EXPECT_EQ(s(UQNumberFormatter::mf_formatDate(AFTERNOON)), "Day 7 of 2024");
+    EXPECT_EQ(s(UQNumberFormatter::mf_formatTime(AFTERNOON)), "14 o'clock");
 }
 
 TEST_F(UQNumberFormatterTest, FileTimeOutOfRangeGivesFileTimeErrorAndLogsIt) {
@@ -166,7 +166,7 @@ TEST_F(UQNumberFormatterTest, EnvironmentChoosesTheDefaults) {
     basetest::EnvironmentOverride group(L"KOR_GROUP_SEPARATOR", L"'");
     UQNumberFormatter::mf_resetConfiguration();
     EXPECT_EQ(s(UQNumberFormatter::mf_getConfiguredDateFormat()), "dd/MM/yyyy");
-    EXPECT_EQ(s(UQNumberFormatter::mf_formatTime(kAfternoon)), "14-05");
+    EXPECT_EQ(s(UQNumberFormatter::mf_formatTime(AFTERNOON)), "14-05");
     EXPECT_EQ(s(UQNumberFormatter::mf_formatNumber(1234567)), "1'234'567");
 }
 
@@ -194,7 +194,7 @@ TEST_F(UQNumberFormatterTest, ConfigurationChangesWhileOtherThreadsFormat) {
     std::atomic<int> torn{0};
     std::thread reader([&] {
         while (!stop.load()) {
-            const CString date = UQNumberFormatter::mf_formatDate(kAfternoon);
+            const CString date = UQNumberFormatter::mf_formatDate(AFTERNOON);
             if (date != L"2024-03-07" && date != L"07.03.2024")
                 ++torn;
         }

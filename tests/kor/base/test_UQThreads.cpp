@@ -10,7 +10,7 @@
 #include <pthread.h>
 #endif
 
-using threadtest::kLimitMs;
+using threadtest::LIMIT_MS;
 using threadtest::Signal;
 
 namespace {
@@ -101,7 +101,7 @@ TEST(UQThreads, BodyRunsOnItsOwnThreadNamedAfterTheObject) {
     EXPECT_EQ(worker.mf_getName(), CString(L"Wizard worker thread"));
     EXPECT_EQ(worker.mf_getType(), UQThreadContext::TYPE_WORKER);
     EXPECT_TRUE(worker.mf_isRunning());
-    EXPECT_EQ(worker.mf_stopWait(kLimitMs).mf_getNumber(), 0u);
+    EXPECT_EQ(worker.mf_stopWait(LIMIT_MS).mf_getNumber(), 0u);
     EXPECT_FALSE(worker.mf_isRunning());
     // The test's own thread is none of UQThreads'.
     EXPECT_EQ(UQThreadContext::mf_getCurrentThreads(), nullptr);
@@ -137,7 +137,7 @@ TEST(UQThreads, SystemKnowsTheThreadByItsName) {
         w.mf_stop();
     };
     worker.mf_start();
-    ASSERT_EQ(worker.mf_wait(kLimitMs).mf_getNumber(), 0u);
+    ASSERT_EQ(worker.mf_wait(LIMIT_MS).mf_getNumber(), 0u);
 #if defined(_WIN32)
     if (!bReadable) {
         // A system without GetThreadDescription (Windows before 10 1607) keeps no name; the name is then
@@ -160,7 +160,7 @@ TEST(UQThreads, BodyIsCalledAgainAfterEachReturnUntilShutdown) {
             w.mf_stop(); // from the thread itself
     };
     worker.mf_start();
-    EXPECT_EQ(worker.mf_wait(kLimitMs).mf_getNumber(), 0u);
+    EXPECT_EQ(worker.mf_wait(LIMIT_MS).mf_getNumber(), 0u);
     EXPECT_EQ(calls.load(), 3);
     EXPECT_TRUE(worker.mf_isShutdown(0));
     EXPECT_EQ(worker.steps(), (std::vector<std::string>{"start", "execute", "execute", "execute", "stop"}));
@@ -170,7 +170,7 @@ TEST(UQThreads, BodyThatDoesNotRepeatRunsOnce) {
     Worker worker(L"One-shot worker", 0);
     EXPECT_EQ(worker.mf_isRepeating(), 0);
     worker.mf_start();
-    EXPECT_EQ(worker.mf_wait(kLimitMs).mf_getNumber(), 0u);
+    EXPECT_EQ(worker.mf_wait(LIMIT_MS).mf_getNumber(), 0u);
     EXPECT_EQ(worker.steps(), (std::vector<std::string>{"start", "execute", "stop"}));
     EXPECT_FALSE(worker.mf_isShutdown());
     EXPECT_FALSE(worker.mf_getExitError().mf_isError());
@@ -189,13 +189,13 @@ TEST(UQThreads, StartWaitReturnsOnceOnStartHasRun) {
     worker.mf_startWait();
     EXPECT_TRUE(bStartDone.load());
     EXPECT_TRUE(worker.mf_isRunning());
-    EXPECT_EQ(worker.mf_stopWait(kLimitMs).mf_getNumber(), 0u);
+    EXPECT_EQ(worker.mf_stopWait(LIMIT_MS).mf_getNumber(), 0u);
 }
 
 TEST(UQThreads, StartWaitOfAThreadThatHasAlreadyEndedReturns) {
     Worker worker(L"Quick worker", 0);
     worker.mf_start();
-    ASSERT_EQ(worker.mf_wait(kLimitMs).mf_getNumber(), 0u);
+    ASSERT_EQ(worker.mf_wait(LIMIT_MS).mf_getNumber(), 0u);
     EXPECT_TRUE(threadtest::returnsWithin([&] { worker.mf_startWait(); }));
 }
 
@@ -215,7 +215,7 @@ TEST(UQThreads, StartingARunningThreadIsRefused) {
     EXPECT_EQ(thrownCategory([&] { worker.mf_start(); }), "_E_::AlreadyInitialized");
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{
                                {'E', "UQThreads::mf_start", "Thread 'Busy worker' is already running"}}));
-    EXPECT_EQ(worker.mf_stopWait(kLimitMs).mf_getNumber(), 0u);
+    EXPECT_EQ(worker.mf_stopWait(LIMIT_MS).mf_getNumber(), 0u);
 }
 
 TEST(UQThreads, StartStopAndRestart) {
@@ -224,14 +224,14 @@ TEST(UQThreads, StartStopAndRestart) {
     worker.mf_start();
     worker.mf_startWait();
     ASSERT_TRUE(worker.executed.waitFor(1));
-    EXPECT_EQ(worker.mf_stopWait(kLimitMs).mf_getNumber(), 0u);
+    EXPECT_EQ(worker.mf_stopWait(LIMIT_MS).mf_getNumber(), 0u);
     EXPECT_TRUE(worker.mf_isShutdown());
 
     worker.mf_start(); // a restart clears shutdown
     EXPECT_FALSE(worker.mf_isShutdown());
     worker.mf_startWait();
     ASSERT_TRUE(worker.executed.waitFor(2));
-    EXPECT_EQ(worker.mf_stopWait(kLimitMs).mf_getNumber(), 0u);
+    EXPECT_EQ(worker.mf_stopWait(LIMIT_MS).mf_getNumber(), 0u);
     EXPECT_EQ(worker.steps(),
               (std::vector<std::string>{"start", "execute", "stop", "start", "execute", "stop"}));
 }
@@ -242,7 +242,7 @@ TEST(UQThreads, RestartWithoutWaitingCollectsTheEndedThread) {
     ASSERT_TRUE(worker.stopped.waitFor(1));
     ASSERT_TRUE(threadtest::eventually([&] { return !worker.mf_isRunning(); }));
     worker.mf_start();
-    EXPECT_EQ(worker.mf_wait(kLimitMs).mf_getNumber(), 0u);
+    EXPECT_EQ(worker.mf_wait(LIMIT_MS).mf_getNumber(), 0u);
     EXPECT_EQ(worker.executed.count(), 2);
 }
 
@@ -263,7 +263,7 @@ TEST(UQThreads, StopWaitTimesOutWhileTheBodyRunsAndSucceedsAfterCancel) {
 
     worker.mf_cancel();
     EXPECT_TRUE(worker.mf_isCancelled());
-    EXPECT_EQ(worker.mf_stopWait(kLimitMs).mf_getNumber(), 0u);
+    EXPECT_EQ(worker.mf_stopWait(LIMIT_MS).mf_getNumber(), 0u);
     EXPECT_FALSE(worker.mf_isRunning());
     EXPECT_EQ(worker.steps(), (std::vector<std::string>{"start", "execute", "stop"}));
 }
@@ -279,7 +279,7 @@ TEST(UQThreads, BodyThrowingUQErrnoIsLoggedWithTheThreadNameAndEndsTheThread) {
     Worker worker(L"Failing worker");
     worker.body = [](Worker&) { throw UQErrno(UQErrno::_E_::Range); };
     worker.mf_start();
-    EXPECT_EQ(worker.mf_wait(kLimitMs).mf_getNumber(), 0u);
+    EXPECT_EQ(worker.mf_wait(LIMIT_MS).mf_getNumber(), 0u);
     EXPECT_EQ(worker.steps(), (std::vector<std::string>{"start", "execute", "stop"}));
     EXPECT_TRUE(worker.mf_getExitError().mf_is(UQErrno::_E_::Range));
     EXPECT_FALSE(worker.mf_isShutdown()); // ended by the failure, not by a stop
@@ -294,13 +294,13 @@ TEST(UQThreads, BodyThrowingAnythingElseIsLoggedAndEndsTheThread) {
     Worker worker(L"Odd worker");
     worker.body = [](Worker&) { throw std::runtime_error("boom"); };
     worker.mf_start();
-    EXPECT_EQ(worker.mf_wait(kLimitMs).mf_getNumber(), 0u);
+    EXPECT_EQ(worker.mf_wait(LIMIT_MS).mf_getNumber(), 0u);
     EXPECT_TRUE(worker.mf_getExitError().mf_is(UQErrno::_E_::Internal));
 
     Worker other(L"Odder worker");
     other.body = [](Worker&) { throw 42; };
     other.mf_start();
-    EXPECT_EQ(other.mf_wait(kLimitMs).mf_getNumber(), 0u);
+    EXPECT_EQ(other.mf_wait(LIMIT_MS).mf_getNumber(), 0u);
     EXPECT_EQ(other.steps(), (std::vector<std::string>{"start", "execute", "stop"}));
     EXPECT_EQ(log.lines(),
               (std::vector<LogLine>{
@@ -316,7 +316,7 @@ TEST(UQThreads, FailingStartSkipsTheBodyButStillStops) {
     worker.onStart = [] { throw UQErrno(UQErrno::_E_::Initialization); };
     worker.mf_start();
     worker.mf_startWait(); // returns although the start failed
-    EXPECT_EQ(worker.mf_wait(kLimitMs).mf_getNumber(), 0u);
+    EXPECT_EQ(worker.mf_wait(LIMIT_MS).mf_getNumber(), 0u);
     EXPECT_EQ(worker.steps(), (std::vector<std::string>{"start", "stop"}));
     EXPECT_TRUE(worker.mf_getExitError().mf_is(UQErrno::_E_::Initialization));
     EXPECT_EQ(log.lines(),
@@ -331,7 +331,7 @@ TEST(UQThreads, FailureRecordIsWrittenOnTheWorkerThread) {
     Worker worker(L"Failing worker");
     worker.body = [](Worker&) { throw UQErrno(UQErrno::_E_::Range); };
     worker.mf_start();
-    ASSERT_EQ(worker.mf_wait(kLimitMs).mf_getNumber(), 0u);
+    ASSERT_EQ(worker.mf_wait(LIMIT_MS).mf_getNumber(), 0u);
     const std::vector<UQLogCapture::Entry> entries = capture.mf_getEntries();
     ASSERT_EQ(entries.size(), 1u);
     EXPECT_EQ(entries[0].dwThreadId, worker.mf_getThreadId());
@@ -345,7 +345,7 @@ TEST(UQThreads, ThreadCannotWaitForItself) {
     std::atomic<std::uint32_t> result{0};
     worker.body = [&](Worker& w) { result = w.mf_stopWait(INFINITE).mf_getNumber(); };
     worker.mf_start();
-    EXPECT_EQ(worker.mf_wait(kLimitMs).mf_getNumber(), 0u);
+    EXPECT_EQ(worker.mf_wait(LIMIT_MS).mf_getNumber(), 0u);
     EXPECT_EQ(result.load(), 1131u);
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{{'E', "UQThreads::mf_stopWait",
                                                   "Thread 'Selfish worker' cannot wait for itself"}}));
@@ -357,7 +357,7 @@ TEST(UQThreads, OnStartAndOnStopRunOnTheThreadAroundTheBody) {
     worker.onStart = [&] { startThread = GetCurrentThreadId(); };
     worker.body = [](Worker& w) { w.mf_stop(); };
     worker.mf_start();
-    ASSERT_EQ(worker.mf_wait(kLimitMs).mf_getNumber(), 0u);
+    ASSERT_EQ(worker.mf_wait(LIMIT_MS).mf_getNumber(), 0u);
     EXPECT_EQ(startThread.load(), worker.mf_getThreadId());
     EXPECT_EQ(worker.steps(), (std::vector<std::string>{"start", "execute", "stop"}));
 }
@@ -369,7 +369,7 @@ TEST(UQThreads, StopBeforeTheBodyRunsSkipsIt) {
     worker.mf_start();
     worker.mf_stop();
     release.raise();
-    EXPECT_EQ(worker.mf_wait(kLimitMs).mf_getNumber(), 0u);
+    EXPECT_EQ(worker.mf_wait(LIMIT_MS).mf_getNumber(), 0u);
     EXPECT_EQ(worker.steps(), (std::vector<std::string>{"start", "stop"}));
 }
 
@@ -383,14 +383,14 @@ TEST(UQThreads, CancelSwitchInstalledIntoTheThreadEndsItsWork) {
     worker.body = [&](Worker& w) {
         // Work in steps, looking at the switch between them.
         while (!w.mf_isCancelled())
-            w.mf_getCancelSwitch()->mf_waitCancelled(kLimitMs);
+            w.mf_getCancelSwitch()->mf_waitCancelled(LIMIT_MS);
         bSawCancel = w.mf_isCancelled();
     };
     worker.mf_start();
     ASSERT_TRUE(worker.executed.waitFor());
     UQCancelSwitch guiCopy(cancel); // what the dialog keeps
     EXPECT_EQ(guiCopy.mf_implTryCancel(), 1);
-    EXPECT_EQ(worker.mf_stopWait(kLimitMs).mf_getNumber(), 0u);
+    EXPECT_EQ(worker.mf_stopWait(LIMIT_MS).mf_getNumber(), 0u);
     EXPECT_EQ(bSawCancel.load(), 1);
 }
 
@@ -409,7 +409,7 @@ TEST(UQThreads, CopyHasTheNameAndSwitchButNoThread) {
         EXPECT_FALSE(copy.mf_isRunning());
     }
     EXPECT_TRUE(worker.mf_isRunning());
-    EXPECT_EQ(worker.mf_stopWait(kLimitMs).mf_getNumber(), 0u);
+    EXPECT_EQ(worker.mf_stopWait(LIMIT_MS).mf_getNumber(), 0u);
 }
 
 TEST(UQThreads, ThreadsOfSeveralObjectsRunSideBySide) {
@@ -428,7 +428,7 @@ TEST(UQThreads, ThreadsOfSeveralObjectsRunSideBySide) {
     for (auto& w : workers)
         w->mf_stop();
     for (auto& w : workers)
-        EXPECT_EQ(w->mf_wait(kLimitMs).mf_getNumber(), 0u);
+        EXPECT_EQ(w->mf_wait(LIMIT_MS).mf_getNumber(), 0u);
 }
 
 // A worker whose thread has ended (or never ran) goes without a word. (A thread still running when the
@@ -439,7 +439,7 @@ TEST(UQThreads, DestroyingAnEndedOrUnstartedWorkerLogsNothing) {
     {
         Worker ended(L"Ended worker", 0);
         ended.mf_start();
-        ASSERT_EQ(ended.mf_wait(kLimitMs).mf_getNumber(), 0u);
+        ASSERT_EQ(ended.mf_wait(LIMIT_MS).mf_getNumber(), 0u);
         Worker unstarted(L"Unstarted worker");
     }
     EXPECT_EQ(log.count(), 0u);

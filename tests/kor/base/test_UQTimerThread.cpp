@@ -4,7 +4,7 @@
 
 #include <vector>
 
-using threadtest::kLimitMs;
+using threadtest::LIMIT_MS;
 using threadtest::Signal;
 
 namespace {
@@ -59,7 +59,7 @@ private:
 TEST(UQTimerThread, RunsAsOftenAsStartedForAndEndsByItself) {
     Timer timer(L"GUI timer");
     timer.start(5, 3, 0);
-    EXPECT_EQ(timer.mf_wait(kLimitMs).mf_getNumber(), 0u); // no stop asked for
+    EXPECT_EQ(timer.mf_wait(LIMIT_MS).mf_getNumber(), 0u); // no stop asked for
     const std::vector<TimerRun> runs = timer.runs();
     ASSERT_EQ(runs.size(), 3u);
     for (int i = 0; i < 3; ++i) {
@@ -78,7 +78,7 @@ TEST(UQTimerThread, RunsAreAnIntervalApart) {
     Timer timer;
     const unsigned long interval = 40;
     timer.start(interval, 4, 0);
-    ASSERT_EQ(timer.mf_wait(kLimitMs).mf_getNumber(), 0u);
+    ASSERT_EQ(timer.mf_wait(LIMIT_MS).mf_getNumber(), 0u);
     const std::vector<TimerRun> runs = timer.runs();
     ASSERT_EQ(runs.size(), 4u);
     EXPECT_LT(runs[0].dAtMs, 1000.0); // the first at once (no delay asked for)
@@ -94,7 +94,7 @@ TEST(UQTimerThread, RunsAreAnIntervalApart) {
 TEST(UQTimerThread, FirstRunComesAfterTheDelay) {
     Timer timer;
     timer.start(10, 2, 80);
-    ASSERT_EQ(timer.mf_wait(kLimitMs).mf_getNumber(), 0u);
+    ASSERT_EQ(timer.mf_wait(LIMIT_MS).mf_getNumber(), 0u);
     const std::vector<TimerRun> runs = timer.runs();
     ASSERT_EQ(runs.size(), 2u);
     EXPECT_GE(runs[0].dAtMs, 79.0);
@@ -107,7 +107,7 @@ TEST(UQTimerThread, ZeroRunsRunUntilStoppedAndNeverReachALastRun) {
     ASSERT_TRUE(timer.ran.waitFor(5));
     EXPECT_TRUE(timer.mf_isRunning());
     EXPECT_EQ(timer.mf_getRuns(), 0);
-    EXPECT_EQ(timer.mf_stopWait(kLimitMs).mf_getNumber(), 0u);
+    EXPECT_EQ(timer.mf_stopWait(LIMIT_MS).mf_getNumber(), 0u);
     const std::vector<TimerRun> runs = timer.runs();
     ASSERT_GE(runs.size(), 5u);
     for (const TimerRun& run : runs)
@@ -132,7 +132,7 @@ TEST(UQTimerThread, StartingARunningTimerIsRefused) {
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{
                                {'E', "UQTimerThread::mf_start", "Thread 'Busy timer' is already running"}}));
     EXPECT_EQ(timer.mf_getInterval(), 60000u); // the running timer keeps its settings
-    EXPECT_EQ(timer.mf_stopWait(kLimitMs).mf_getNumber(), 0u);
+    EXPECT_EQ(timer.mf_stopWait(LIMIT_MS).mf_getNumber(), 0u);
 }
 
 TEST(UQTimerThread, WakeUpMakesTheWaitingRunHappenNow) {
@@ -143,7 +143,7 @@ TEST(UQTimerThread, WakeUpMakesTheWaitingRunHappenNow) {
     ASSERT_TRUE(timer.ran.waitFor(1));
     EXPECT_TRUE(timer.mf_isRunning());
     timer.mf_wakeUp();
-    EXPECT_EQ(timer.mf_wait(kLimitMs).mf_getNumber(), 0u); // the second run was the last
+    EXPECT_EQ(timer.mf_wait(LIMIT_MS).mf_getNumber(), 0u); // the second run was the last
     const std::vector<TimerRun> runs = timer.runs();
     ASSERT_EQ(runs.size(), 2u);
     EXPECT_LT(runs[1].dAtMs, 60000.0);
@@ -155,7 +155,7 @@ TEST(UQTimerThread, StopEndsTheWaitWithoutAFurtherRun) {
     timer.start(60000, 0, 60000);
     timer.mf_startWait();
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(timer.mf_stopWait(kLimitMs).mf_getNumber(), 0u);
+    EXPECT_EQ(timer.mf_stopWait(LIMIT_MS).mf_getNumber(), 0u);
     EXPECT_LT(threadtest::msSince(start), 60000.0);
     EXPECT_EQ(timer.mf_getRunsMade(), 0);
     EXPECT_TRUE(timer.runs().empty());
@@ -164,10 +164,10 @@ TEST(UQTimerThread, StopEndsTheWaitWithoutAFurtherRun) {
 TEST(UQTimerThread, RestartCountsAfresh) {
     Timer timer;
     timer.start(1, 2, 0);
-    ASSERT_EQ(timer.mf_wait(kLimitMs).mf_getNumber(), 0u);
+    ASSERT_EQ(timer.mf_wait(LIMIT_MS).mf_getNumber(), 0u);
     EXPECT_EQ(timer.mf_getRunsMade(), 2);
     timer.start(1, 3, 0);
-    ASSERT_EQ(timer.mf_wait(kLimitMs).mf_getNumber(), 0u);
+    ASSERT_EQ(timer.mf_wait(LIMIT_MS).mf_getNumber(), 0u);
     EXPECT_EQ(timer.mf_getRunsMade(), 3);
     EXPECT_EQ(timer.mf_getRuns(), 3);
     const std::vector<TimerRun> runs = timer.runs();
@@ -182,7 +182,7 @@ TEST(UQTimerThread, StartWithoutArgumentsUsesTheIntervalGivenAtConstruction) {
     EXPECT_EQ(timer.mf_getType(), UQThreadContext::TYPE_TIMER);
     timer.mf_start();
     ASSERT_TRUE(timer.ran.waitFor(2));
-    EXPECT_EQ(timer.mf_stopWait(kLimitMs).mf_getNumber(), 0u);
+    EXPECT_EQ(timer.mf_stopWait(LIMIT_MS).mf_getNumber(), 0u);
     const std::vector<TimerRun> runs = timer.runs();
     ASSERT_GE(runs.size(), 2u);
     EXPECT_GE(runs[0].dAtMs, 4.0); // the first run an interval after the start
@@ -206,7 +206,7 @@ TEST(UQTimerThread, FailingRunEndsTheTimerAndIsLogged) {
     LogCheck log;
     FailingTimer timer;
     timer.mf_start(1, 5, 0);
-    EXPECT_EQ(timer.mf_wait(kLimitMs).mf_getNumber(), 0u);
+    EXPECT_EQ(timer.mf_wait(LIMIT_MS).mf_getNumber(), 0u);
     EXPECT_EQ(timer.mf_getRunsMade(), 0);
     EXPECT_TRUE(timer.mf_getExitError().mf_is(UQErrno::_E_::Gui));
     EXPECT_EQ(log.lines(),

@@ -8,7 +8,7 @@
 
 namespace {
 
-const CString kName = L"directory.txt";
+const CString NAME = L"directory.txt";
 
 std::vector<std::string> details(const UQDirectoryFile::Result& _result) {
     std::vector<std::string> texts;
@@ -28,7 +28,7 @@ TEST(UQDirectoryFile, ControllersCarryTheirUsersMarksAndGenerators) {
                                      "user\tS-1-5-21-1-2-3-1002\tsvc\t-\r\n"
                                      "generate\t25\t42\r\n"
                                      "controller\tDC2\tDC2\t-\nsilent\n",
-                                     kName);
+                                     NAME);
     EXPECT_EQ(details(result), std::vector<std::string>());
     ASSERT_EQ(result.controllers.size(), 2u);
     const UQDirectoryController& first = result.controllers[0];
@@ -59,7 +59,7 @@ TEST(UQDirectoryFile, MalformedLinesNameFileAndLineAndAreSkipped) {
                                                                         "generate\t10\tseven\n"        // 9
                                                                         "silent\tnow\n"                // 10
                                                                         "member\tx\n",                 // 11
-                                                                        kName);
+                                                                        NAME);
     EXPECT_EQ(details(result),
               (std::vector<std::string>{
                   "directory.txt:1: 'user' before the first controller line",
