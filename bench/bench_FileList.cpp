@@ -32,7 +32,7 @@
 namespace {
 
 constexpr std::size_t CALL_COUNT = 1'000'000;
-constexpr std::uint64_t SEED = 0x46494C45u;
+constexpr std::uint64_t START_VALUE = 0x46494C45u;
 // One path in ten gets a second version right after its first.
 constexpr unsigned REPEAT_ONE_IN = 10;
 
@@ -97,7 +97,7 @@ struct Input {
 
 const Input& input() {
     static const Input s = [] {
-        PathGenerator generator(SEED);
+        PathGenerator generator(START_VALUE);
         std::vector<std::wstring> paths;
         paths.reserve(CALL_COUNT);
         for (std::size_t i = 0; i < CALL_COUNT; ++i)

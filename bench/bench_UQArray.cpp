@@ -21,7 +21,7 @@ namespace {
 constexpr std::int64_t APPEND_COUNT = 10'000'000;
 constexpr std::size_t SORT_COUNT = 1'000'000;
 constexpr std::int64_t SORT_ITERATIONS = 4;
-constexpr std::uint64_t SEED = 0x4B4F5247u;
+constexpr std::uint64_t START_VALUE = 0x4B4F5247u;
 
 // CPU seconds per iteration of each subject, so a UQArray benchmark can relate itself to the
 // std:: benchmark that ran before it.
@@ -194,7 +194,7 @@ private:
 
 const std::vector<CString>& unsortedPaths() {
     static const std::vector<CString> paths = [] {
-        PathGenerator gen(SEED);
+        PathGenerator gen(START_VALUE);
         std::vector<CString> v;
         v.reserve(SORT_COUNT);
         for (std::size_t i = 0; i < SORT_COUNT; ++i)

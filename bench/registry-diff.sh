@@ -2,16 +2,16 @@
 # A longer run of the registry comparison than make test's: one generated script on both builds (native
 # and windows under Wine), answer files compared line by line. Needs both builds configured as
 # cmake/run-tests.sh configures them; do not run it while a CTest of build/windows runs.
-#   registry-diff.sh [SEED] [COUNT]    (default 7 and 200000)
+#   registry-diff.sh [START] [COUNT]    (default 7 and 200000)
 set -eu
 
 SOURCE_DIR=$(cd "$(dirname "$0")/.." && pwd)
-SEED=${1:-7}
+START=${1:-7}
 COUNT=${2:-200000}
 WORK=$(mktemp -d)
 trap 'rm -rf "$WORK"' EXIT
 
-python3 "$SOURCE_DIR/tests/kor/base/registry-diff/generate_script.py" "$SEED" "$COUNT" "$WORK/generated.txt"
+python3 "$SOURCE_DIR/tests/kor/base/registry-diff/generate_script.py" "$START" "$COUNT" "$WORK/generated.txt"
 # The programs run directly (CTest would set its own script and answer paths); windows under the build's
 # Wine prefix, booted and stopped here.
 cmake --build "$SOURCE_DIR/build/native" -j2 --target registry_diff_tests >/dev/null
@@ -29,7 +29,7 @@ KOR_REGDIFF_DIR="$WORK/windows" "$WINE_RUN" "$SOURCE_DIR/build/windows/bin/regis
     </dev/null >/dev/null 2>&1 || true
 "$WINE_RUN" --shutdown
 if cmp -s "$WORK/native/generated.answers" "$WORK/windows/generated.answers"; then
-    echo "seed $SEED: $COUNT operations, the same answers on both targets"
+    echo "starting value $START: $COUNT operations, the same answers on both targets"
 else
     diff "$WORK/windows/generated.answers" "$WORK/native/generated.answers" | head -40
     exit 1
