@@ -42,4 +42,4 @@ void BM_FileVersionListOnePath(benchmark::State& _state) {
 
 } // namespace
 
-BENCHMARK(BM_FileVersionListOnePath)->Arg(100000)->Unit(benchmark::MILLISECOND);
+BENCHMARK(BM_FileVersionListOnePath)->Arg(100000)->Unit(benchmark::kMillisecond);

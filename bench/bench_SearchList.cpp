@@ -82,13 +82,13 @@ void BM_SearchList(benchmark::State& state) {
 BENCHMARK(BM_SearchLimit)
     ->Arg(333333)
     ->Arg(3333333)
-    ->Unit(benchmark::MILLISECOND)
+    ->Unit(benchmark::kMillisecond)
     ->UseManualTime()
     ->Iterations(1);
 BENCHMARK(BM_SearchList)
     ->Arg(333333)
     ->Arg(3333333)
-    ->Unit(benchmark::MILLISECOND)
+    ->Unit(benchmark::kMillisecond)
     ->UseManualTime()
     ->Iterations(1);
 

@@ -260,9 +260,9 @@ void BM_UQArraySortPointerArray(benchmark::State& state) {
 } // namespace
 
 // Each pair runs the std:: baseline first so the UQArray benchmark can report its ratio.
-BENCHMARK(BM_VectorPushBack)->Unit(benchmark::MILLISECOND)->MinTime(2.0);
-BENCHMARK(BM_UQArrayAdd)->Unit(benchmark::MILLISECOND)->MinTime(2.0);
-BENCHMARK(BM_StdSortNoCase)->Unit(benchmark::MILLISECOND)->Iterations(SORT_ITERATIONS);
-BENCHMARK(BM_UQArraySortPointerArray)->Unit(benchmark::MILLISECOND)->Iterations(SORT_ITERATIONS);
+BENCHMARK(BM_VectorPushBack)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(BM_UQArrayAdd)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+BENCHMARK(BM_StdSortNoCase)->Unit(benchmark::kMillisecond)->Iterations(SORT_ITERATIONS);
+BENCHMARK(BM_UQArraySortPointerArray)->Unit(benchmark::kMillisecond)->Iterations(SORT_ITERATIONS);
 
 BENCHMARK_MAIN();

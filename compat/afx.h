@@ -67,7 +67,8 @@ public:
 
     // Ordinal, case-sensitive, in 16-bit code units.
     int Compare(PCXSTR _psz) const noexcept;
-    // Case-blind: both sides folded to lower case character by character.
+    // Case-blind: both sides upper-cased unit by unit (AfxFoldUpper), then compared ordinally, as
+    // CompareStringOrdinal with ignore-case does.
     int CompareNoCase(PCXSTR _psz) const noexcept;
 
     CString& MakeUpper();
@@ -145,6 +146,15 @@ private:
     wchar_t* m_pszData;
 };
 
-// Case folding shared by CompareNoCase, MakeUpper and MakeLower.
-KORCOMPAT_API wchar_t AfxFoldLower(wchar_t _ch) noexcept;
+// The one case fold of the library: Unicode's simple upper-case mapping of one UTF-16 unit (a surrogate and
+// a unit whose mapping lies outside the BMP stay as they are), the mapping the registry and the file system
+// compare names with. Every case-blind operation uses it: CompareNoCase, MakeUpper, paths, wildcards, sort
+// orders and registry names. A table lookup, cheap enough to build order keys with.
 KORCOMPAT_API wchar_t AfxFoldUpper(wchar_t _ch) noexcept;
+// The simple lower-case mapping, for MakeLower only; never used to compare.
+KORCOMPAT_API wchar_t AfxFoldLower(wchar_t _ch) noexcept;
+// Folds _nUnits units of _pSource into _pTarget (which may be _pSource).
+KORCOMPAT_API void AfxFoldUpperRange(const wchar_t* _pSource, std::size_t _nUnits,
+                                     wchar_t* _pTarget) noexcept;
+// Compares two runs of units case-blind: <0, 0 or >0 by the first unit whose folds differ, else by length.
+KORCOMPAT_API int AfxCompareFolded(const wchar_t* _pA, int _nA, const wchar_t* _pB, int _nB) noexcept;

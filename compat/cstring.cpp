@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <cwchar>
 #include <new>
 
 namespace {
@@ -44,71 +45,56 @@ bool isSpace(wchar_t _cC) noexcept {
            _cC == 0x00A0 || _cC == 0x3000;
 }
 
-// The ASCII part of AfxFoldLower, inline: sorting file lists spends its time comparing mostly-ASCII names.
-unsigned foldAsciiLower(unsigned _uU) noexcept {
-    return (_uU >= 'A' && _uU <= 'Z') ? _uU + 32 : _uU;
+// The ASCII part of AfxFoldUpper, inline: sorting file lists spends its time comparing mostly-ASCII names.
+unsigned foldAsciiUpper(unsigned _uU) noexcept {
+    return (_uU >= 'a' && _uU <= 'z') ? _uU - 32 : _uU;
 }
 
 } // namespace
 
 static_assert(sizeof(CString) == sizeof(void*), "CString is relocatable as one pointer");
 
-wchar_t AfxFoldLower(wchar_t _cC) noexcept {
-    const unsigned u = static_cast<unsigned>(_cC);
-    if (u < 0x80)
-        return (u >= 'A' && u <= 'Z') ? static_cast<wchar_t>(u + 32) : _cC;
-    if (u >= 0xC0 && u <= 0xDE && u != 0xD7)
-        return static_cast<wchar_t>(u + 32);
-    // U+0130 (capital I with dot) is left alone: its lower case is the ASCII i, not U+0131.
-    if (u >= 0x100 && u <= 0x137 && (u & 1) == 0 && u != 0x130)
-        return static_cast<wchar_t>(u + 1);
-    if (u >= 0x139 && u <= 0x148 && (u & 1) == 1)
-        return static_cast<wchar_t>(u + 1);
-    if (u >= 0x14A && u <= 0x177 && (u & 1) == 0)
-        return static_cast<wchar_t>(u + 1);
-    if (u == 0x178)
-        return static_cast<wchar_t>(0xFF);
-    if (u >= 0x179 && u <= 0x17E && (u & 1) == 1)
-        return static_cast<wchar_t>(u + 1);
-    if (u >= 0x391 && u <= 0x3A9 && u != 0x3A2)
-        return static_cast<wchar_t>(u + 32);
-    if (u >= 0x410 && u <= 0x42F)
-        return static_cast<wchar_t>(u + 32);
-    if (u >= 0x400 && u <= 0x40F)
-        return static_cast<wchar_t>(u + 80);
-    return _cC;
-}
-
-wchar_t AfxFoldUpper(wchar_t _cC) noexcept {
-    const unsigned u = static_cast<unsigned>(_cC);
-    if (u < 0x80)
-        return (u >= 'a' && u <= 'z') ? static_cast<wchar_t>(u - 32) : _cC;
-    if (u >= 0xE0 && u <= 0xFE && u != 0xF7)
-        return static_cast<wchar_t>(u - 32);
-    if (u == 0xFF)
-        return static_cast<wchar_t>(0x178);
-    if (u >= 0x101 && u <= 0x138 && (u & 1) == 1 && u != 0x131 && u != 0x138)
-        return static_cast<wchar_t>(u - 1);
-    if (u >= 0x13A && u <= 0x148 && (u & 1) == 0)
-        return static_cast<wchar_t>(u - 1);
-    if (u >= 0x14B && u <= 0x177 && (u & 1) == 1)
-        return static_cast<wchar_t>(u - 1);
-    if (u >= 0x17A && u <= 0x17E && (u & 1) == 0)
-        return static_cast<wchar_t>(u - 1);
-    if (u >= 0x3B1 && u <= 0x3C9 && u != 0x3C2)
-        return static_cast<wchar_t>(u - 32);
-    if (u >= 0x430 && u <= 0x44F)
-        return static_cast<wchar_t>(u - 32);
-    if (u >= 0x450 && u <= 0x45F)
-        return static_cast<wchar_t>(u - 80);
-    return _cC;
-}
-
 namespace uqfmt {
 Arg makeArg(const CString& _sS) {
     return makeArg(_sS.GetString());
 }
 } // namespace uqfmt
+
+namespace {
+
+// Text that never was UTF-16 (a wide literal or a C library result on Linux, where wchar_t has 32 bits)
+// holds characters beyond the BMP as one unit; CString keeps them as surrogate pairs, as on Windows.
+bool hasUnitsBeyondBmp(const wchar_t* _pText, int _nLength) noexcept {
+#if WCHAR_MAX > 0xFFFF
+    for (int i = 0; i < _nLength; ++i)
+        if (static_cast<unsigned long>(_pText[i]) > 0xFFFFu)
+            return true;
+#else
+    (void)_pText;
+    (void)_nLength;
+#endif
+    return false;
+}
+
+std::wstring asUtf16(const wchar_t* _pText, int _nLength) {
+    std::wstring out;
+    out.reserve(static_cast<std::size_t>(_nLength) + 1);
+    for (int i = 0; i < _nLength; ++i) {
+        unsigned long c = static_cast<unsigned long>(_pText[i]);
+        if (c > 0x10FFFFu) {
+            out += static_cast<wchar_t>(0xFFFD);
+        } else if (c > 0xFFFFu) {
+            c -= 0x10000u;
+            out += static_cast<wchar_t>(0xD800u + (c >> 10));
+            out += static_cast<wchar_t>(0xDC00u + (c & 0x3FFu));
+        } else {
+            out += static_cast<wchar_t>(c);
+        }
+    }
+    return out;
+}
+
+} // namespace
 
 CString::Data* CString::allocate(int _nLength) {
     if (_nLength < 0)
@@ -159,7 +145,11 @@ CString::CString(PCXSTR _pch, int _nLength) : m_pszData(emptyChars()) {
 }
 
 CString::CString(wchar_t _ch, int _nRepeat) : m_pszData(emptyChars()) {
-    if (_nRepeat > 0) {
+    if (_nRepeat > 0 && hasUnitsBeyondBmp(&_ch, 1)) {
+        const std::wstring pair = asUtf16(&_ch, 1);
+        for (int i = 0; i < _nRepeat; ++i)
+            append(pair.data(), static_cast<int>(pair.size()));
+    } else if (_nRepeat > 0) {
         Data* d = allocate(_nRepeat);
         std::fill_n(d->chars(), _nRepeat, _ch);
         d->chars()[_nRepeat] = 0;
@@ -221,6 +211,11 @@ CString& CString::operator+=(wchar_t _ch) {
 }
 
 void CString::assign(PCXSTR _pch, int _nLength) {
+    if (hasUnitsBeyondBmp(_pch, _nLength)) {
+        const std::wstring units = asUtf16(_pch, _nLength);
+        assign(units.data(), static_cast<int>(units.size()));
+        return;
+    }
     if (_nLength == 0) {
         Empty();
         return;
@@ -236,6 +231,11 @@ void CString::assign(PCXSTR _pch, int _nLength) {
 void CString::append(PCXSTR _pch, int _nLength) {
     if (_nLength <= 0)
         return;
+    if (hasUnitsBeyondBmp(_pch, _nLength)) {
+        const std::wstring units = asUtf16(_pch, _nLength);
+        append(units.data(), static_cast<int>(units.size()));
+        return;
+    }
     const int old = GetLength();
     if (_pch >= m_pszData && _pch <= m_pszData + old) {
         // Appending a part of ourselves: the reallocation must not free it first.
@@ -360,11 +360,11 @@ int CString::CompareNoCase(PCXSTR _psz) const noexcept {
             continue;
         }
         if ((ca | cb) < 0x80) {
-            ca = foldAsciiLower(ca);
-            cb = foldAsciiLower(cb);
+            ca = foldAsciiUpper(ca);
+            cb = foldAsciiUpper(cb);
         } else {
-            ca = static_cast<unsigned>(AfxFoldLower(*a));
-            cb = static_cast<unsigned>(AfxFoldLower(*b));
+            ca = static_cast<unsigned>(AfxFoldUpper(*a));
+            cb = static_cast<unsigned>(AfxFoldUpper(*b));
         }
         if (ca != cb)
             return ca < cb ? -1 : 1;

@@ -3,16 +3,46 @@
 namespace uqfmt {
 namespace {
 
+// Wide text is UTF-16 on every target: a character beyond the BMP becomes a surrogate pair.
 void appendCodePoint(std::wstring& _rsOut, char32_t _cp) {
-    if constexpr (sizeof(wchar_t) == 2) {
-        if (_cp >= 0x10000) {
-            _cp -= 0x10000;
-            _rsOut += static_cast<wchar_t>(0xD800 + (_cp >> 10));
-            _rsOut += static_cast<wchar_t>(0xDC00 + (_cp & 0x3FF));
-            return;
-        }
+    if (_cp >= 0x10000) {
+        _cp -= 0x10000;
+        _rsOut += static_cast<wchar_t>(0xD800 + (_cp >> 10));
+        _rsOut += static_cast<wchar_t>(0xDC00 + (_cp & 0x3FF));
+        return;
     }
     _rsOut += static_cast<wchar_t>(_cp);
+}
+
+void appendUtf8(std::string& _rsOut, char32_t _cp) {
+    if (_cp < 0x80) {
+        _rsOut += static_cast<char>(_cp);
+    } else if (_cp < 0x800) {
+        _rsOut += static_cast<char>(0xC0 | (_cp >> 6));
+        _rsOut += static_cast<char>(0x80 | (_cp & 0x3F));
+    } else if (_cp < 0x10000) {
+        _rsOut += static_cast<char>(0xE0 | (_cp >> 12));
+        _rsOut += static_cast<char>(0x80 | ((_cp >> 6) & 0x3F));
+        _rsOut += static_cast<char>(0x80 | (_cp & 0x3F));
+    } else {
+        _rsOut += static_cast<char>(0xF0 | (_cp >> 18));
+        _rsOut += static_cast<char>(0x80 | ((_cp >> 12) & 0x3F));
+        _rsOut += static_cast<char>(0x80 | ((_cp >> 6) & 0x3F));
+        _rsOut += static_cast<char>(0x80 | (_cp & 0x3F));
+    }
+}
+
+// The code point at p[i] (a surrogate pair taken whole, advancing i); a lone surrogate stays itself.
+char32_t codePointAt(const wchar_t* _pszP, std::size_t _nN, std::size_t& _rnI) {
+    char32_t cp = static_cast<char32_t>(_pszP[_rnI]);
+    if (cp >= 0xD800 && cp <= 0xDBFF && _rnI + 1 < _nN) {
+        const char32_t lo = static_cast<char32_t>(_pszP[_rnI + 1]);
+        if (lo >= 0xDC00 && lo <= 0xDFFF) {
+            cp = 0x10000 + ((cp - 0xD800) << 10) + (lo - 0xDC00);
+            ++_rnI;
+        }
+    }
+    return cp;
 }
 
 // An invalid byte: U+FFFD, or with _bKeepBytes the character that stands for that byte.
@@ -20,7 +50,7 @@ void appendInvalid(std::wstring& _rsOut, unsigned char _uByte, bool _bKeepBytes)
     _rsOut += static_cast<wchar_t>(_bKeepBytes ? 0xDC00 + _uByte : 0xFFFD);
 }
 
-std::wstring decode(const char* _pszP, std::size_t _nN, bool _bKeepBytes) {
+std::wstring decode(const char* _pszP, std::size_t _nN, bool _bKeepBytes, bool _bSurrogates = false) {
     std::wstring out;
     out.reserve(_nN);
     const auto* s = reinterpret_cast<const unsigned char*>(_pszP);
@@ -66,7 +96,7 @@ std::wstring decode(const char* _pszP, std::size_t _nN, bool _bKeepBytes) {
             }
             cp = (cp << 6) | (t & 0x3F);
         }
-        if (!ok || cp < min || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) {
+        if (!ok || cp < min || cp > 0x10FFFF || (!_bSurrogates && cp >= 0xD800 && cp <= 0xDFFF)) {
             appendInvalid(out, c, _bKeepBytes);
             ++i;
             continue;
@@ -93,8 +123,8 @@ std::string wideToNative(const wchar_t* _pszP, std::size_t _nN) {
     std::size_t start = 0;
     for (std::size_t i = 0; i < _nN; ++i) {
         const char32_t c = static_cast<char32_t>(_pszP[i]);
-        // In UTF-16 a low surrogate after a high one is half of a pair, not a kept byte.
-        const bool paired = sizeof(wchar_t) == 2 && i > 0 && static_cast<char32_t>(_pszP[i - 1]) >= 0xD800 &&
+        // A low surrogate after a high one is half of a pair, not a kept byte.
+        const bool paired = i > 0 && static_cast<char32_t>(_pszP[i - 1]) >= 0xD800 &&
                             static_cast<char32_t>(_pszP[i - 1]) <= 0xDBFF;
         if (c < 0xDC80 || c > 0xDCFF || paired)
             continue;
@@ -110,38 +140,26 @@ std::string wideToUtf8(const wchar_t* _pszP, std::size_t _nN) {
     std::string out;
     out.reserve(_nN);
     for (std::size_t i = 0; i < _nN; ++i) {
-        char32_t cp = static_cast<char32_t>(_pszP[i]);
-        if constexpr (sizeof(wchar_t) == 2) {
-            cp &= 0xFFFF;
-            if (cp >= 0xD800 && cp <= 0xDBFF && i + 1 < _nN) {
-                const char32_t lo = static_cast<char32_t>(_pszP[i + 1]) & 0xFFFF;
-                if (lo >= 0xDC00 && lo <= 0xDFFF) {
-                    cp = 0x10000 + ((cp - 0xD800) << 10) + (lo - 0xDC00);
-                    ++i;
-                }
-            }
-        }
-        if (cp >= 0xD800 && cp <= 0xDFFF)
-            cp = 0xFFFD; // lone surrogate
-        if (cp > 0x10FFFF)
-            cp = 0xFFFD;
-        if (cp < 0x80) {
-            out += static_cast<char>(cp);
-        } else if (cp < 0x800) {
-            out += static_cast<char>(0xC0 | (cp >> 6));
-            out += static_cast<char>(0x80 | (cp & 0x3F));
-        } else if (cp < 0x10000) {
-            out += static_cast<char>(0xE0 | (cp >> 12));
-            out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (cp & 0x3F));
-        } else {
-            out += static_cast<char>(0xF0 | (cp >> 18));
-            out += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
-            out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (cp & 0x3F));
-        }
+        char32_t cp = codePointAt(_pszP, _nN, i);
+        if ((cp >= 0xD800 && cp <= 0xDFFF) || cp > 0x10FFFF)
+            cp = 0xFFFD; // a lone surrogate
+        appendUtf8(out, cp);
     }
     return out;
+}
+
+std::string wideToWtf8(const wchar_t* _pszP, std::size_t _nN) {
+    std::string out;
+    out.reserve(_nN);
+    for (std::size_t i = 0; i < _nN; ++i) {
+        const char32_t cp = codePointAt(_pszP, _nN, i);
+        appendUtf8(out, cp > 0x10FFFF ? 0xFFFD : cp);
+    }
+    return out;
+}
+
+std::wstring wtf8ToWide(const char* _pszP, std::size_t _nN) {
+    return decode(_pszP, _nN, false, true);
 }
 
 } // namespace uqfmt

@@ -1,4 +1,5 @@
-// UTF-8 <-> wide text, for files and consoles. wchar_t is UTF-16 on Windows and UTF-32 elsewhere.
+// UTF-8 <-> wide text, for files and consoles. Wide text is UTF-16 on every target (on Linux each wchar_t
+// holds one UTF-16 unit), so a character beyond the BMP is a surrogate pair everywhere.
 #pragma once
 
 #include "compat/compat_api.h"
@@ -17,5 +18,11 @@ KORCOMPAT_API std::string wideToUtf8(const wchar_t* _pText, std::size_t _nChars)
 // gives), and such a character becomes that byte again; the rest is UTF-8 as above.
 KORCOMPAT_API std::wstring nativeToWide(const char* _pText, std::size_t _nBytes);
 KORCOMPAT_API std::string wideToNative(const wchar_t* _pText, std::size_t _nChars);
+
+// Lossless for any UTF-16 text, unpaired surrogates included (generalized UTF-8, "WTF-8": a lone surrogate is
+// its three-byte form, a pair one four-byte character). For stores that must give back what they were
+// given; valid UTF-16 gives plain UTF-8.
+KORCOMPAT_API std::string wideToWtf8(const wchar_t* _pText, std::size_t _nChars);
+KORCOMPAT_API std::wstring wtf8ToWide(const char* _pText, std::size_t _nBytes);
 
 } // namespace uqfmt

@@ -256,7 +256,8 @@ public:
                                 const UQHistoryQuery& _query, UVQueryDataSink& _rSink,
                                 const UQCancelSwitch* _pCancel = nullptr,
                                 UVReadProgress* _pProgress = nullptr);
-    // One record as a store line, without the line end.
+    // One record as a store line, without the line end. A path that a line cannot carry (a control
+    // character, an unpaired surrogate) is logged and thrown as _E_::Parameter, naming the path.
     static std::string mf_formatRecord(const UQQueryData& _data);
 
 private:

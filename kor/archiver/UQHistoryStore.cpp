@@ -375,9 +375,70 @@ UQHistoryStore::Result UQHistoryStore::mf_search(const UQHistoryQuery& _query, U
     return result;
 }
 
+namespace {
+
+// Where a path holds what a store line cannot carry: a control character (it would split the line or its
+// fields; Windows file names hold none) or an unpaired surrogate (UTF-8 has no form for it). -1 if nothing.
+int findUnstorable(const CString& _sPath, CString& _rsWhat) {
+    const int n = _sPath.GetLength();
+    for (int i = 0; i < n; ++i) {
+        const unsigned u = static_cast<unsigned>(_sPath[i]) & 0xFFFFu;
+        const bool high = u >= 0xD800 && u <= 0xDBFF;
+        const bool low = u >= 0xDC00 && u <= 0xDFFF;
+        if (high && i + 1 < n && (static_cast<unsigned>(_sPath[i + 1]) & 0xFC00u) == 0xDC00u) {
+            ++i;
+            continue;
+        }
+        if (u < 0x20 || u == 0x7F)
+            _rsWhat.Format(L"control character U+%04X", u);
+        else if (high || low)
+            _rsWhat.Format(L"unpaired surrogate U+%04X", u);
+        else
+            continue;
+        return i;
+    }
+    return -1;
+}
+
+// The path for a log line: control characters and unpaired surrogates as \uXXXX.
+CString shownPath(const CString& _sPath) {
+    CString out;
+    for (int i = 0; i < _sPath.GetLength(); ++i) {
+        const unsigned u = static_cast<unsigned>(_sPath[i]) & 0xFFFFu;
+        const bool pairStart = (u & 0xFC00u) == 0xD800u && i + 1 < _sPath.GetLength() &&
+                               (static_cast<unsigned>(_sPath[i + 1]) & 0xFC00u) == 0xDC00u;
+        if (pairStart) {
+            out += _sPath[i];
+            out += _sPath[++i];
+        } else if (u < 0x20 || u == 0x7F || (u >= 0xD800 && u <= 0xDFFF)) {
+            CString escaped;
+            escaped.Format(L"\\u%04X", u);
+            out += escaped;
+        } else {
+            out += _sPath[i];
+        }
+    }
+    return out;
+}
+
+void refuseUnstorable(const CString& _sPath, const wchar_t* _pszWhich) {
+    CString what;
+    const int at = findUnstorable(_sPath, what);
+    if (at < 0)
+        return;
+    CString text;
+    text.Format(L"The %s '%s' cannot be stored: %s at unit %d", _pszWhich, shownPath(_sPath), what, at + 1);
+    UQKorReport::mf_fail(UQErrno(UQErrnoData(UQErrno::_E_::Parameter), text),
+                         L"UQHistoryStore::mf_formatRecord", L"%s", text);
+}
+
+} // namespace
+
 std::string UQHistoryStore::mf_formatRecord(const UQQueryData& _data) {
     const CString& objectPath = _data.mf_getObjectPath();
     const CString& filePath = _data.mf_getPath();
+    refuseUnstorable(objectPath, L"object path");
+    refuseUnstorable(filePath, L"file path");
     const UQQueryData::AccessKey& key = _data.mf_getAccessKey();
     const UQExpiryTime expiry = _data.mf_getExpiryTime();
     std::string line = objectPath.ToUtf8();

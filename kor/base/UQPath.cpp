@@ -70,8 +70,8 @@ bool startsWithNoCase(const CString& _sPath, const wchar_t* _pszPrefix) noexcept
     for (; _pszPrefix[i] != 0; ++i) {
         if (i >= _sPath.GetLength())
             return false;
-        const wchar_t a = isSeparator(_sPath[i]) ? L'\\' : AfxFoldLower(_sPath[i]);
-        const wchar_t b = isSeparator(_pszPrefix[i]) ? L'\\' : AfxFoldLower(_pszPrefix[i]);
+        const wchar_t a = isSeparator(_sPath[i]) ? L'\\' : AfxFoldUpper(_sPath[i]);
+        const wchar_t b = isSeparator(_pszPrefix[i]) ? L'\\' : AfxFoldUpper(_pszPrefix[i]);
         if (a != b)
             return false;
     }
@@ -80,7 +80,7 @@ bool startsWithNoCase(const CString& _sPath, const wchar_t* _pszPrefix) noexcept
 
 // The order key of one character: separators first, then the case-folded character.
 unsigned orderKey(wchar_t _cC) noexcept {
-    return isSeparator(_cC) ? 0u : static_cast<unsigned>(AfxFoldLower(_cC)) + 1u;
+    return isSeparator(_cC) ? 0u : static_cast<unsigned>(AfxFoldUpper(_cC)) + 1u;
 }
 
 } // namespace

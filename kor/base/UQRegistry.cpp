@@ -1,6 +1,7 @@
 #include "interfaces/korbase_testing.h"
 #include "kor/KorReport.h"
 
+#include "kor/base/Environment.h"
 #include "kor/base/UQRegistryStore.h"
 
 #include <cstdlib>
@@ -44,11 +45,25 @@ const wchar_t* hiveName(HKEY _hHive) noexcept {
     return nullptr;
 }
 
+// The units before the first NUL: what the registry sees of a text passed as a C string.
+int lengthOf(const CString& _sText) noexcept {
+    const wchar_t* p = _sText.GetString();
+    int n = 0;
+    while (n < _sText.GetLength() && p[n] != 0)
+        ++n;
+    return n;
+}
+
+// The registry's limits, in UTF-16 units.
+const int VALUE_NAME_LIMIT = 16383;
+const int KEY_NAME_LIMIT = 255;
+
 // The registry separates key names by single backslashes; leading, trailing and doubled ones would name
-// keys with empty names, which it refuses.
+// keys with empty names, which it refuses. A NUL ends the path, as the registry reads it.
 CString normalizeKey(const CString& _sKey) {
     CString out;
-    for (int i = 0; i < _sKey.GetLength(); ++i) {
+    const int n = lengthOf(_sKey);
+    for (int i = 0; i < n; ++i) {
         const wchar_t c = _sKey[i];
         if (c == L'\\' && (out.IsEmpty() || out[out.GetLength() - 1] == L'\\'))
             continue;
@@ -56,6 +71,11 @@ CString normalizeKey(const CString& _sKey) {
     }
     out.TrimRight(L'\\');
     return out;
+}
+
+// A long name shown in a failure text: its start, enough to recognise it.
+CString shortened(const CString& _sText) {
+    return _sText.GetLength() <= 40 ? _sText : _sText.Left(40) + L"...";
 }
 
 const wchar_t* typeText(DWORD _dwType) noexcept {
@@ -114,6 +134,26 @@ Target target(const wchar_t* _pszFunction, const wchar_t* _pszName, const CStrin
     } else {
         t.sSubject.Format(L"key '%s'", t.sKeyText);
     }
+    // What the registry cannot hold is refused the same way on both targets, before the store is touched.
+    for (int start = 0; start < t.sKey.GetLength();) {
+        int end = t.sKey.Find(L'\\', start);
+        if (end < 0)
+            end = t.sKey.GetLength();
+        if (end - start > KEY_NAME_LIMIT) {
+            CString text;
+            text.Format(L"Key name '%s' (%d units) in '%s' is longer than the registry's limit of %d units",
+                        shortened(t.sKey.Mid(start, end - start)), end - start, shortened(t.sKeyText),
+                        KEY_NAME_LIMIT);
+            fail(UQErrno::_E_::Parameter, _pszFunction, text);
+        }
+        start = end + 1;
+    }
+    if (t.sName.GetLength() > VALUE_NAME_LIMIT) {
+        CString text;
+        text.Format(L"Value name '%s' (%d units) in '%s' is longer than the registry's limit of %d units",
+                    shortened(t.sName), t.sName.GetLength(), t.sKeyText, VALUE_NAME_LIMIT);
+        fail(UQErrno::_E_::Parameter, _pszFunction, text);
+    }
     if (_bInjectable && injectionDue()) {
         CString text;
         text.Format(L"Injected failure (%s)", t.sSubject);
@@ -164,20 +204,15 @@ void checkType(const wchar_t* _pszFunction, const Target& _t, const korregistry:
     fail(UQErrno::_E_::Registry, _pszFunction, text);
 }
 
-// %NAME% references by the environment, as ExpandEnvironmentStrings does: unknown names stay as written.
+// %NAME% references by the environment, by ExpandEnvironmentStringsW's rules: a name is looked up
+// case-blind; an unknown reference stays as written, its closing '%' included, and scanning goes on after
+// it; a '%' without a closing one is kept. Done here on both targets, since the system call cuts its result
+// at 32 766 units and a registry value may be longer.
 CString expand(const CString& _sText) {
-#if defined(_WIN32)
-    const DWORD n = ExpandEnvironmentStringsW(_sText, nullptr, 0);
-    if (n == 0)
-        return _sText;
     CString out;
-    const DWORD m = ExpandEnvironmentStringsW(_sText, out.GetBuffer(static_cast<int>(n)), n);
-    out.ReleaseBuffer();
-    return m == 0 || m > n ? _sText : out;
-#else
-    CString out;
+    const int n = _sText.GetLength();
     int i = 0;
-    while (i < _sText.GetLength()) {
+    while (i < n) {
         const int open = _sText.Find(L'%', i);
         const int close = open < 0 ? -1 : _sText.Find(L'%', open + 1);
         if (close < 0) {
@@ -185,19 +220,12 @@ CString expand(const CString& _sText) {
             break;
         }
         out += _sText.Mid(i, open - i);
-        const CString name = _sText.Mid(open + 1, close - open - 1);
-        const char* value = name.IsEmpty() ? nullptr : std::getenv(name.ToUtf8().c_str());
-        if (value != nullptr) {
-            out += CString::FromUtf8(value);
-            i = close + 1;
-        } else {
-            // The closing percent may open the next reference.
-            out += _sText.Mid(open, close - open);
-            i = close;
-        }
+        bool found = false;
+        const CString value = korenv::expansionVariable(_sText.Mid(open + 1, close - open - 1), found);
+        out += found ? value : _sText.Mid(open, close - open + 1);
+        i = close + 1;
     }
     return out;
-#endif
 }
 
 korregistry::Value numberValue(DWORD _dwNumber) {
@@ -272,6 +300,14 @@ void UQRegistry::mf_setValues(const CString& _sName, const UQArray<CString>& _as
         if (_asValues[i].IsEmpty()) {
             CString text;
             text.Format(L"Entry %d of the list for %s is empty", static_cast<int>(i), t.sSubject);
+            fail(UQErrno::_E_::Parameter, _sFunction_, text);
+        }
+        // In a REG_MULTI_SZ a NUL ends the entry and an empty one the list: such an entry cannot be kept.
+        const int nul = lengthOf(_asValues[i]);
+        if (nul < _asValues[i].GetLength()) {
+            CString text;
+            text.Format(L"Entry %d of the list for %s holds a NUL character at unit %d", static_cast<int>(i),
+                        t.sSubject, nul);
             fail(UQErrno::_E_::Parameter, _sFunction_, text);
         }
         v.asList.push_back(_asValues[i]);

@@ -61,11 +61,21 @@ const char* hiveText(HKEY _hHive) noexcept {
     return _hHive == HKEY_LOCAL_MACHINE ? "HKLM" : "HKCU";
 }
 
-// Lookups fold case as the registry does, with the folding CString::CompareNoCase uses.
+// Texts are stored in generalized UTF-8, so that an unpaired surrogate comes back as it was written (the
+// registry keeps any UTF-16) instead of becoming U+FFFD and merging two names.
+std::string storeText(const CString& _sText) {
+    return uqfmt::wideToWtf8(_sText.GetString(), static_cast<std::size_t>(_sText.GetLength()));
+}
+
+CString fromStore(const char* _pText, std::size_t _nBytes) {
+    return CString(uqfmt::wtf8ToWide(_pText, _nBytes));
+}
+
+// Lookups fold case as the registry does, with the one fold of CString::CompareNoCase.
 std::string folded(const CString& _sS) {
     CString upper(_sS);
     upper.MakeUpper();
-    return upper.ToUtf8();
+    return storeText(upper);
 }
 
 CString sqliteMessage(sqlite3* _pDb, int _nRc) {
@@ -359,7 +369,7 @@ Result open(sqlite3*& _rpDb) {
 std::string encodeList(const std::vector<CString>& _list) {
     std::string bytes;
     for (const CString& s : _list) {
-        bytes += s.ToUtf8();
+        bytes += storeText(s);
         bytes += '\0';
     }
     return bytes;
@@ -371,8 +381,7 @@ std::vector<CString> decodeList(const char* _pszData, int _nSize) {
     for (int i = 0; i <= _nSize; ++i) {
         if (i == _nSize || _pszData[i] == '\0') {
             if (i > start)
-                list.push_back(
-                    CString::FromUtf8(std::string(_pszData + start, static_cast<std::size_t>(i - start))));
+                list.push_back(fromStore(_pszData + start, static_cast<std::size_t>(i - start)));
             start = i + 1;
         }
     }
@@ -416,7 +425,9 @@ int selectValue(sqlite3* _pDb, HKEY _hHive, const std::string& _sKeyFolded, cons
             break;
         }
         const unsigned char* text = sqlite3_column_text(st, 1);
-        _pValue->sText = CString::FromUtf8(text != nullptr ? reinterpret_cast<const char*>(text) : "");
+        _pValue->sText = text != nullptr ? fromStore(reinterpret_cast<const char*>(text),
+                                                     static_cast<std::size_t>(sqlite3_column_bytes(st, 1)))
+                                         : CString();
         break;
     }
     case TYPE_DWORD: {
@@ -470,7 +481,7 @@ int insertValue(sqlite3* _pDb, HKEY _hHive, const CString& _sKey, const CString&
         Statement s(_pDb, "INSERT OR IGNORE INTO registry_key (hive, path_key, path) VALUES (?1, ?2, ?3)");
         s.text(1, hiveText(_hHive));
         s.text(2, folded(prefix));
-        s.text(3, prefix.ToUtf8());
+        s.text(3, storeText(prefix));
         if (s.step() != SQLITE_DONE)
             return s.rc();
     }
@@ -482,7 +493,7 @@ int insertValue(sqlite3* _pDb, HKEY _hHive, const CString& _sKey, const CString&
     s.text(1, hiveText(_hHive));
     s.text(2, folded(_sKey));
     s.text(3, folded(_sName));
-    s.text(4, _sName.ToUtf8());
+    s.text(4, storeText(_sName));
     s.integer(5, _value.dwType);
     switch (_value.dwType) {
     case TYPE_DWORD:
@@ -492,7 +503,7 @@ int insertValue(sqlite3* _pDb, HKEY _hHive, const CString& _sKey, const CString&
         s.blob(6, encodeList(_value.asList));
         break;
     default:
-        s.text(6, _value.sText.ToUtf8());
+        s.text(6, storeText(_value.sText));
         break;
     }
     return s.step() == SQLITE_DONE ? SQLITE_OK : s.rc();

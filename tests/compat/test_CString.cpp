@@ -344,16 +344,55 @@ TEST(CStringCompare, OrdinalAndCaseSensitive) {
     EXPECT_EQ(0, CString().Compare(L""));
 }
 
-TEST(CStringCompare, NoCaseFoldsBothSidesToLowerCase) {
+TEST(CStringCompare, NoCaseFoldsBothSidesToUpperCase) {
     const CString s(L"Hello");
     EXPECT_EQ(0, s.CompareNoCase(L"hELLO"));
     EXPECT_LT(s.CompareNoCase(L"HELLP"), 0);
     EXPECT_GT(s.CompareNoCase(L"hell"), 0);
     EXPECT_EQ(0, CString(L"\u00c4\u00d6\u00dc").CompareNoCase(L"\u00e4\u00f6\u00fc"));
     EXPECT_EQ(0, CString(L"\u0394\u0416").CompareNoCase(L"\u03b4\u0436"));
-    // Folding to lower case puts '_' (0x5F) before letters, as _wcsicmp does.
-    EXPECT_LT(CString(L"_").CompareNoCase(L"A"), 0);
-    EXPECT_LT(CString(L"_").CompareNoCase(L"a"), 0);
+    // Folding to upper case puts '_' (0x5F) after the letters, as CompareStringOrdinal with ignore-case does.
+    EXPECT_GT(CString(L"_").CompareNoCase(L"A"), 0);
+    EXPECT_GT(CString(L"_").CompareNoCase(L"z"), 0);
+    EXPECT_LT(CString(L"_").CompareNoCase(L"\u00e0"), 0);
+}
+
+TEST(CStringCompare, NoCaseFoldsEveryScriptWithASimpleUpperCase) {
+    // Cyrillic beyond U+045F, Greek with tonos, Armenian, fullwidth Latin, Latin Extended-B.
+    EXPECT_EQ(
+        0,
+        CString(L"\u0490\u0430\u043d\u043e\u043a.txt").CompareNoCase(L"\u0491\u0430\u043d\u043e\u043a.TXT"));
+    EXPECT_EQ(0, CString(L"\u03a3\u03b7\u03bc\u03b5\u03b9\u03ce\u03c3\u03b5\u03b9\u03c2")
+                     .CompareNoCase(L"\u03a3\u0397\u039c\u0395\u0399\u038f\u03a3\u0395\u0399\u03a3"));
+    EXPECT_EQ(0, CString(L"\u0561\u0562\u0563").CompareNoCase(L"\u0531\u0532\u0533"));
+    EXPECT_EQ(0, CString(L"\uff41\uff42").CompareNoCase(L"\uff21\uff22"));
+    EXPECT_EQ(0, CString(L"\u01c6\u0180").CompareNoCase(L"\u01c4\u0243"));
+    // No simple upper-case mapping, no fold: the German sharp s and the Kelvin sign stay themselves.
+    EXPECT_NE(0, CString(L"stra\u00dfe").CompareNoCase(L"STRASSE"));
+    EXPECT_NE(0, CString(L"\u212a").CompareNoCase(L"k"));
+    // CJK has no case; a surrogate never folds, so astral letters with a case (Deseret) stay apart.
+    EXPECT_EQ(0, CString(L"\u65e5\u672c").CompareNoCase(L"\u65e5\u672c"));
+    EXPECT_NE(0, CString(L"\xd801\xdc00").CompareNoCase(L"\xd801\xdc28"));
+}
+
+TEST(CStringCompare, MakeUpperUsesTheSameFoldAsCompareNoCase) {
+    CString s(L"\u0491\u03ce\u0561\uff41\u01c6\u00df\u00ff");
+    s.MakeUpper();
+    EXPECT_EQ(CString(L"\u0490\u038f\u0531\uff21\u01c4\u00df\u0178"), s);
+    CString l(s);
+    l.MakeLower();
+    EXPECT_EQ(CString(L"\u0491\u03ce\u0561\uff41\u01c6\u00df\u00ff"), l);
+}
+
+TEST(CStringCompare, FoldRangeAndCompareFoldedAgreeWithCompareNoCase) {
+    const wchar_t source[] = L"a\u0491z\u03c2_";
+    wchar_t target[6] = {};
+    AfxFoldUpperRange(source, 5, target);
+    EXPECT_EQ(CString(L"A\u0490Z\u03a3_"), CString(target, 5));
+    EXPECT_EQ(0, AfxCompareFolded(L"ab", 2, L"AB", 2));
+    EXPECT_LT(AfxCompareFolded(L"ab", 2, L"ABC", 3), 0);
+    EXPECT_GT(AfxCompareFolded(L"_", 1, L"Z", 1), 0);
+    EXPECT_LT(AfxCompareFolded(L"\xd83d", 1, L"\ue000", 1), 0);
 }
 
 TEST(CStringCompare, Operators) {
@@ -624,7 +663,9 @@ TEST(CStringFold, SingleCharacters) {
     EXPECT_EQ(L'\u00d7', AfxFoldLower(L'\u00d7')); // the multiplication sign has no case
     EXPECT_EQ(L'\u00f7', AfxFoldUpper(L'\u00f7'));
     EXPECT_EQ(L'\u0101', AfxFoldLower(L'\u0100'));
-    EXPECT_EQ(L'\u0130', AfxFoldLower(L'\u0130')); // its lower case is the ASCII i, not U+0131
+    EXPECT_EQ(L'i', AfxFoldLower(L'\u0130'));      // its simple lower case is the ASCII i
+    EXPECT_EQ(L'I', AfxFoldUpper(L'\u0131'));      // and the dotless i's upper case the ASCII I
+    EXPECT_EQ(L'\u03a3', AfxFoldUpper(L'\u03c2')); // final sigma
     EXPECT_EQ(L'\u0100', AfxFoldUpper(L'\u0101'));
     EXPECT_EQ(L'\u00ff', AfxFoldLower(L'\u0178'));
     EXPECT_EQ(L'\u0451', AfxFoldLower(L'\u0401'));

@@ -1,4 +1,5 @@
-// UTF-8 <-> wide text. wchar_t is UTF-16 on Windows and UTF-32 elsewhere; the UTF-8 side is the same.
+// UTF-8 <-> wide text. Wide text is UTF-16 on both targets (one unit per wchar_t); the UTF-8 side is the
+// same.
 #include "compat/afx.h"
 #include "compat/utf8.h"
 
@@ -6,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <string>
 
 namespace {
@@ -19,6 +21,13 @@ std::string toUtf8(const std::wstring& s) {
 
 const std::wstring REPLACEMENT(1, static_cast<wchar_t>(0xFFFD));
 
+std::wstring units(std::initializer_list<unsigned> _list) {
+    std::wstring out;
+    for (const unsigned u : _list)
+        out += static_cast<wchar_t>(u);
+    return out;
+}
+
 } // namespace
 
 TEST(Utf8Decode, AsciiIsUnchanged) {
@@ -29,8 +38,9 @@ TEST(Utf8Decode, AsciiIsUnchanged) {
 TEST(Utf8Decode, TwoThreeAndFourByteSequences) {
     EXPECT_EQ(L"\u00e4", toWide("\xC3\xA4"));
     EXPECT_EQ(L"\u20ac", toWide("\xE2\x82\xAC"));
-    EXPECT_EQ(L"\U0001F600", toWide("\xF0\x9F\x98\x80")); // a surrogate pair on Windows, one unit elsewhere
-    EXPECT_EQ(L"\U0010FFFF", toWide("\xF4\x8F\xBF\xBF"));
+    // A surrogate pair on both targets.
+    EXPECT_EQ(units({0xD83D, 0xDE00}), toWide("\xF0\x9F\x98\x80"));
+    EXPECT_EQ(units({0xDBFF, 0xDFFF}), toWide("\xF4\x8F\xBF\xBF"));
 }
 
 TEST(Utf8Decode, EmbeddedZeroIsKept) {
@@ -101,8 +111,36 @@ TEST(Utf8RoundTrip, EveryBasicPlaneCharacterOutsideTheSurrogates) {
 }
 
 TEST(Utf8RoundTrip, SupplementaryPlaneCharacters) {
-    const std::wstring text(L"\U00010000 \U0001F600 \U0010FFFF");
+    const std::wstring text = units({0xD800, 0xDC00, ' ', 0xD83D, 0xDE00, ' ', 0xDBFF, 0xDFFF});
     EXPECT_EQ(text, toWide(toUtf8(text)));
+    EXPECT_EQ("\xF0\x90\x80\x80 \xF0\x9F\x98\x80 \xF4\x8F\xBF\xBF", toUtf8(text));
+}
+
+TEST(Utf8RoundTrip, LoneSurrogatesAreReplacedInUtf8AndKeptInWtf8) {
+    const std::wstring text = units({'a', 0xD83D, 'b', 0xDE00, 0xDE00, 0xD83D});
+    EXPECT_EQ("a\xEF\xBF\xBD"
+              "b\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD",
+              toUtf8(text));
+    const std::string wtf8 = uqfmt::wideToWtf8(text.data(), text.size());
+    EXPECT_EQ("a\xED\xA0\xBD"
+              "b\xED\xB8\x80\xED\xB8\x80\xED\xA0\xBD",
+              wtf8);
+    EXPECT_EQ(text, uqfmt::wtf8ToWide(wtf8.data(), wtf8.size()));
+    // A pair in WTF-8 is the pair's one character, as in UTF-8.
+    const std::wstring pair = units({0xD83D, 0xDE00});
+    EXPECT_EQ("\xF0\x9F\x98\x80", uqfmt::wideToWtf8(pair.data(), pair.size()));
+}
+
+TEST(Utf8CString, WideLiteralsBeyondTheBmpBecomeSurrogatePairs) {
+    // On Linux a wide literal holds U+1F600 in one 32-bit unit; CString keeps UTF-16, as on Windows.
+    const CString s(L"x\U0001F600");
+    ASSERT_EQ(3, s.GetLength());
+    EXPECT_EQ(static_cast<wchar_t>(0xD83D), s[1]);
+    EXPECT_EQ(static_cast<wchar_t>(0xDE00), s[2]);
+    CString t(L"a");
+    t += L"\U0001F600";
+    EXPECT_EQ(3, t.GetLength());
+    EXPECT_EQ(s.Mid(1), t.Mid(1));
 }
 
 TEST(Utf8CString, ToUtf8AndFromUtf8) {

@@ -218,3 +218,19 @@ TEST(UQListingFileList, FailedVersionForAKnownPathIsWrappedAndLeavesTheItem) {
     list.mf_close();
     EXPECT_EQ(versions(*ListItems(list)[0]), (std::vector<std::uint32_t>{1}));
 }
+
+TEST(UQListingFileList, SurrogatesOrderBeforeThePrivateUseAreaSoAPathIsFoundAgain) {
+    // Entries in UTF-16 order: U+1F600 (a surrogate pair) sorts before U+E000, as on Windows.
+    const CString emoji = CString(L"C:\\") + static_cast<wchar_t>(0xD83D) + static_cast<wchar_t>(0xDE00);
+    const CString privateUse = CString(L"C:\\") + static_cast<wchar_t>(0xE000);
+    UQListingFileList list;
+    report(list, L"C:\\a", 1, L"Migrated", GREEN);
+    report(list, emoji, 1, L"Migrated", GREEN);
+    report(list, privateUse, 1, L"Migrated", GREEN);
+    report(list, privateUse, 2, L"Migrated", GREEN);
+    list.mf_close();
+    ListItems items(list);
+    ASSERT_EQ(items.GetSize(), 3);
+    EXPECT_EQ(items[1]->mf_getPath(), emoji);
+    EXPECT_EQ(versions(*items[2]), (std::vector<std::uint32_t>{1, 2}));
+}

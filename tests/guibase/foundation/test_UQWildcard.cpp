@@ -92,3 +92,23 @@ TEST(UQWildcard, MatchingWithoutPatternIsAnInitializationError) {
     EXPECT_EQ(log.lines(),
               (std::vector<LogLine>{{'E', "UQWildcard::mf_matches", "Pattern not initialized"}}));
 }
+
+TEST(UQWildcard, CaseBlindMatchingFoldsEveryScriptWithASimpleUpperCase) {
+    // Cyrillic beyond U+045F, Greek with tonos and final sigma, Armenian, fullwidth Latin, Latin Extended-B.
+    EXPECT_EQ(matches(L"*\u0491\u0430\u043d\u043e\u043a*", L"C:\\u\\\u0490\u0430\u043d\u043e\u043a.txt"), 1);
+    EXPECT_EQ(matches(L"*\u03a3\u0397\u039c\u0395\u0399\u038f\u03a3\u0395\u0399\u03a3*",
+                      L"\u03a3\u03b7\u03bc\u03b5\u03b9\u03ce\u03c3\u03b5\u03b9\u03c2.doc"),
+              1);
+    EXPECT_EQ(matches(L"\u0561\u0562?", L"\u0531\u0532\u0533"), 1);
+    EXPECT_EQ(matches(L"\uff41*", L"\uff21\uff22"), 1);
+    EXPECT_EQ(matches(L"\u01c6*", L"\u01c4x"), 1);
+    // Case-sensitive matching folds nothing.
+    EXPECT_EQ(matches(L"\u0491*", L"\u0490", 1), 0);
+}
+
+TEST(UQWildcard, QuestionMarkIsOneUtf16UnitSoAnAstralCharacterTakesTwo) {
+    const wchar_t emoji[] = {L'e', L'-', static_cast<wchar_t>(0xD83D), static_cast<wchar_t>(0xDE00), L'.',
+                             L't', 0};
+    EXPECT_EQ(matches(L"e-??.t", emoji), 1);
+    EXPECT_EQ(matches(L"e-?.t", emoji), 0);
+}

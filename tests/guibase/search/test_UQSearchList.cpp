@@ -542,3 +542,21 @@ TEST(UQSearchList, FailedPathSortKeepsTheOrder) {
     EXPECT_TRUE(lockIsFree(list));
     EXPECT_EQ(fileList(list), (std::vector<std::string>{"\\\\srv\\a", "\\\\srv\\b"}));
 }
+
+TEST(UQSearchList, PathsDifferingOnlyInCaseAreOneFileInEveryScript) {
+    LogCheck log;
+    UQSearchList list;
+    list.mf_add(record(L"C:\\u\\\u0490\u0430\u043d\u043e\u043a.txt", 1));
+    list.mf_add(record(L"C:\\u\\\u0491\u0430\u043d\u043e\u043a.txt", 2));
+    list.mf_add(record(L"C:\\u\\\u03a3\u03b7\u03bc\u03b5\u03b9\u03ce\u03c3\u03b5\u03b9\u03c2", 1));
+    list.mf_add(record(L"C:\\U\\\u03a3\u0397\u039c\u0395\u0399\u038f\u03a3\u0395\u0399\u03a3", 2));
+    list.mf_add(record(L"C:\\u\\\uff41\u0561\u01c6", 1));
+    list.mf_add(record(L"c:\\u\\\uff21\u0531\u01c4", 2));
+    list.mf_close();
+    EXPECT_EQ(log.lines(), (std::vector<LogLine>{summary(3)}));
+    UQSearchFileItem::Array items;
+    list.mf_getFileList(items, 0, 0, 0, 0, 0, 0);
+    ASSERT_EQ(items.GetSize(), 3);
+    for (INT_PTR i = 0; i < items.GetSize(); ++i)
+        EXPECT_EQ(items[i]->mf_getVersionCount(), 2) << i;
+}

@@ -342,6 +342,39 @@ TEST(UQHistoryStore, FormattedRecordsReadBackTheSame) {
               (std::vector<std::string>{utf8(records[0].mf_toString()), utf8(records[1].mf_toString())}));
 }
 
+TEST(UQHistoryStore, FormattingRefusesPathsALineCannotCarry) {
+    const auto record = [](const CString& _sObjectPath, const CString& _sFilePath) {
+        return UQQueryData(_sObjectPath, _sFilePath, 1, fileTime(2024, 1, 1), UQFileSize(1), 0,
+                           UQExpiryTime{0}, {0, 0});
+    };
+    LogCheck log;
+    const CString tab(L"C:\\u\\tab\t.txt");
+    EXPECT_EQ(thrownCategory([&] { UQHistoryStore::mf_formatRecord(record(tab, L"")); }), "_E_::Parameter");
+    CString lineBreak(L"C:\\u\\line\nbreak.txt");
+    EXPECT_EQ(thrownCategory([&] { UQHistoryStore::mf_formatRecord(record(L"C:\\x", lineBreak)); }),
+              "_E_::Parameter");
+    CString lone(L"C:\\u\\lone");
+    lone += static_cast<wchar_t>(0xD83D);
+    EXPECT_EQ(thrownCategory([&] { UQHistoryStore::mf_formatRecord(record(lone, L"")); }), "_E_::Parameter");
+    EXPECT_EQ(
+        log.lines(),
+        (std::vector<LogLine>{
+            {'E', "UQHistoryStore::mf_formatRecord",
+             "The object path 'C:\\u\\tab\\u0009.txt' cannot be stored: control character U+0009 at unit 9"},
+            {'E', "UQHistoryStore::mf_formatRecord",
+             "The file path 'C:\\u\\line\\u000Abreak.txt' cannot be stored: control character U+000A at unit "
+             "10"},
+            {'E', "UQHistoryStore::mf_formatRecord",
+             "The object path 'C:\\u\\lone\\uD83D' cannot be stored: unpaired surrogate U+D83D at unit "
+             "10"}}));
+    // A surrogate pair is one character beyond the BMP, written as UTF-8.
+    CString emoji(L"C:\\u\\emoji-");
+    emoji += static_cast<wchar_t>(0xD83D);
+    emoji += static_cast<wchar_t>(0xDE00);
+    EXPECT_EQ(UQHistoryStore::mf_formatRecord(record(emoji, L"")).substr(0, 15),
+              "C:\\u\\emoji-\xF0\x9F\x98\x80");
+}
+
 TEST(UQHistoryStore, TheShippedSampleReadsCleanly) {
     UQHistoryStore store(CString::FromUtf8(KOR_HISTORY_SAMPLE));
     UQSearchList list;

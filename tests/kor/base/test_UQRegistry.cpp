@@ -325,9 +325,6 @@ TEST_F(UQRegistryTest, ExpandableStringIsExpandedWhenRead) {
     EXPECT_EQ(s(value), "%KORREG_TEST_DIR%\\kor.opt");
     UQRegistry::mf_getValue(L"Unknown", value, KEY, HKEY_LOCAL_MACHINE);
     EXPECT_EQ(s(value), "%KORREG_TEST_UNSET%\\D:\\Backup Client");
-    // Wine skips both percents of an unknown name; the native expansion rereads the closing one as an
-    // opening one (as ReactOS does). A stray percent before an unknown name differs between them: not
-    // asserted.
     UQRegistry::mf_getValue(L"Single", value, KEY, HKEY_LOCAL_MACHINE);
     EXPECT_EQ(s(value), "100% sure");
 }
