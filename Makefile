@@ -1,16 +1,16 @@
 # The two commands of README.md: `make run` and `make test`. Both install what they lack first.
 JOBS ?= $(shell nproc)
-RELEASE := build/native-release
-# What `make run` runs: the history search over the sample built into the program.
-ARGS ?= search
+# What `make run` builds: the windows target's client, in a release build of its own with its own Wine prefix.
+CLIENT := build/windows-release
 
 .PHONY: run test bench fuzz deps-native deps-windows deps-fuzz clean
 
-run: deps-native
+run: deps-windows
 	@mkdir -p build
-	@cmake -S . -B $(RELEASE) -DCMAKE_BUILD_TYPE=Release -DKOR_BUILD_TESTS=OFF >$(RELEASE).configure.log 2>&1 || (cat $(RELEASE).configure.log; false)
-	@cmake --build $(RELEASE) -j$(JOBS) --target korfiles >$(RELEASE).build.log 2>&1 || (grep -E 'error|Error' $(RELEASE).build.log; false)
-	@$(RELEASE)/bin/korfiles $(ARGS)
+	@cmake -S . -B $(CLIENT) -DCMAKE_BUILD_TYPE=Release -DKOR_BUILD_TESTS=OFF \
+		-DCMAKE_TOOLCHAIN_FILE=$(CURDIR)/cmake/toolchain-mingw64.cmake >$(CLIENT).configure.log 2>&1 || (cat $(CLIENT).configure.log; false)
+	@cmake --build $(CLIENT) -j$(JOBS) --target korclient >$(CLIENT).build.log 2>&1 || (grep -E 'error|Error' $(CLIENT).build.log; false)
+	@./cmake/run-korclient.sh $(CLIENT)
 
 test: deps-native deps-windows deps-fuzz
 	@./cmake/run-tests.sh

@@ -1,0 +1,231 @@
+#include "UQMigration.h"
+
+#include "guibase/foundation/UQReport.h"
+
+#include <cwctype>
+
+namespace {
+
+std::function<void(int)> g_stepHook;
+
+void step(int _nStep) {
+    if (g_stepHook)
+        g_stepHook(_nStep);
+}
+
+std::wstring upper(std::wstring _sText) {
+    for (wchar_t& ch : _sText)
+        ch = static_cast<wchar_t>(std::towupper(ch));
+    return _sText;
+}
+
+UQFileOutcome outcome(const std::wstring& _sPath, UQFileOutcome::SEVERITY _eSeverity,
+                      const std::wstring& _sResult) {
+    UQFileOutcome result;
+    result.sPath = _sPath;
+    result.eSeverity = _eSeverity;
+    result.sResult = _sResult;
+    return result;
+}
+
+std::uint64_t ticksOf(const FILETIME& _time) {
+    return (static_cast<std::uint64_t>(_time.dwHighDateTime) << 32) | _time.dwLowDateTime;
+}
+
+} // namespace
+
+UQMigration::UQMigration(UQServerDirectory& _rServer, const std::wstring& _sSourceFolder)
+    : m_rServer(_rServer), m_sSource(_sSourceFolder) {}
+
+void UQMigration::mf_setStepHook(std::function<void(int)> _hook) {
+    g_stepHook = std::move(_hook);
+}
+
+int UQMigration::mf_run(const UQCancelSwitch* _pCancel, const Progress& _progress,
+                        std::vector<UQFileOutcome>& _rOutcomes, std::wstring& _rsReason) {
+    static const wchar_t* const _sFunction_ = L"UQMigration::mf_run";
+    UQOwnedHandle folder;
+    const DWORD dwError = UQSafeFile::mf_openFolder(m_sSource, folder);
+    BY_HANDLE_FILE_INFORMATION info{};
+    if (dwError != 0 || !GetFileInformationByHandle(folder.mf_get(), &info) ||
+        !(info.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)) {
+        _rsReason = L"The folder '" + m_sSource + L"' cannot be migrated: " +
+                    (dwError != 0 ? UQSafeFile::mf_systemText(dwError) : std::wstring(L"it is no folder"));
+        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"%s", _rsReason.c_str());
+        return 0;
+    }
+    m_sRealSource = UQSafeFile::mf_finalPath(folder.mf_get(), m_sSource);
+    UQOwnedHandle lock;
+    UQServerDirectory::State state;
+    if (!m_rServer.mf_prepare(_rsReason) || !m_rServer.mf_lock(lock, 30000, _rsReason) ||
+        !m_rServer.mf_readState(state, _rsReason)) {
+        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Migration of '%s' not begun: %s",
+                         m_sSource.c_str(), _rsReason.c_str());
+        return 0;
+    }
+    for (const std::wstring& sError : state.errors)
+        UQReport::mf_log(UQLogData::LEVEL_W, _sFunction_, L"History record skipped: %s", sError.c_str());
+    std::vector<std::wstring> files;
+    mf_implListFiles(m_sSource, files, _rOutcomes);
+    const int nTotal = static_cast<int>(files.size());
+    for (int i = 0; i < nTotal; ++i) {
+        if (_pCancel != nullptr && _pCancel->mf_isCancelled()) {
+            UQReport::mf_log(UQLogData::LEVEL_W, _sFunction_, L"Migration canceled after %d of %d files", i,
+                             nTotal);
+            break;
+        }
+        UQFileOutcome result = mf_implMigrate(files[static_cast<std::size_t>(i)], state);
+        UQReport::mf_log(result.eSeverity == UQFileOutcome::GREEN ? UQLogData::LEVEL_T : UQLogData::LEVEL_W,
+                         _sFunction_, L"%s: %s", result.sPath.c_str(), result.sResult.c_str());
+        _rOutcomes.push_back(std::move(result));
+        if (_progress)
+            _progress(i + 1, nTotal, files[static_cast<std::size_t>(i)]);
+    }
+    return 1;
+}
+
+void UQMigration::mf_implListFiles(const std::wstring& _sFolder, std::vector<std::wstring>& _rFiles,
+                                   std::vector<UQFileOutcome>& _rOutcomes) {
+    WIN32_FIND_DATAW data{};
+    HANDLE hFind = FindFirstFileExW(UQSafeFile::mf_long(_sFolder + L"\\*").c_str(), FindExInfoBasic, &data,
+                                    FindExSearchNameMatch, nullptr, FIND_FIRST_EX_LARGE_FETCH);
+    if (hFind == INVALID_HANDLE_VALUE) {
+        _rOutcomes.push_back(outcome(_sFolder, UQFileOutcome::RED,
+                                     L"Not migrated: the folder cannot be read: " +
+                                         UQSafeFile::mf_systemText(GetLastError())));
+        return;
+    }
+    std::vector<std::wstring> folders;
+    do {
+        const std::wstring sName = data.cFileName;
+        if (sName == L"." || sName == L"..")
+            continue;
+        const std::wstring sPath = _sFolder + L"\\" + sName;
+        if (data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT)
+            _rOutcomes.push_back(outcome(sPath, UQFileOutcome::YELLOW, L"Skipped: a link is not followed"));
+        else if (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
+            folders.push_back(sPath);
+        else if (sName.compare(0, 8, L".kortmp-") != 0)
+            _rFiles.push_back(sPath);
+    } while (FindNextFileW(hFind, &data));
+    FindClose(hFind);
+    for (const std::wstring& sFolder : folders) {
+        // A folder that is a link in disguise (one the system does not mark) leads elsewhere.
+        UQOwnedHandle handle;
+        if (UQSafeFile::mf_openFolder(sFolder, handle) == 0 &&
+            upper(UQSafeFile::mf_finalPath(handle.mf_get(), sFolder)) !=
+                upper(UQSafeFile::mf_absolute(sFolder)) &&
+            !UQSafeFile::mf_isWithin(UQSafeFile::mf_finalPath(handle.mf_get(), sFolder), m_sRealSource)) {
+            _rOutcomes.push_back(outcome(sFolder, UQFileOutcome::YELLOW, L"Skipped: a link is not followed"));
+            continue;
+        }
+        mf_implListFiles(sFolder, _rFiles, _rOutcomes);
+    }
+}
+
+UQFileOutcome UQMigration::mf_implMigrate(const std::wstring& _sFile, UQServerDirectory::State& _rState) {
+    const DWORD dwAttributes = GetFileAttributesW(UQSafeFile::mf_long(_sFile).c_str());
+    if (dwAttributes == INVALID_FILE_ATTRIBUTES)
+        return outcome(_sFile, UQFileOutcome::YELLOW, L"Skipped: the file vanished before it was migrated");
+    if (dwAttributes & FILE_ATTRIBUTE_READONLY)
+        return outcome(_sFile, UQFileOutcome::YELLOW,
+                       L"Skipped: the file is read-only and cannot be replaced by a stub");
+    UQOwnedHandle source;
+    DWORD dwError = UQSafeFile::mf_openRead(_sFile, source);
+    if (dwError == ERROR_FILE_NOT_FOUND || dwError == ERROR_PATH_NOT_FOUND)
+        return outcome(_sFile, UQFileOutcome::YELLOW, L"Skipped: the file vanished before it was migrated");
+    if (dwError != 0)
+        return outcome(_sFile, UQFileOutcome::RED,
+                       L"Not migrated: the file cannot be read: " + UQSafeFile::mf_systemText(dwError));
+    BY_HANDLE_FILE_INFORMATION before{};
+    if (!GetFileInformationByHandle(source.mf_get(), &before))
+        return outcome(_sFile, UQFileOutcome::RED,
+                       L"Not migrated: the file cannot be read: " +
+                           UQSafeFile::mf_systemText(GetLastError()));
+    if ((before.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) ||
+        !UQSafeFile::mf_isWithin(UQSafeFile::mf_finalPath(source.mf_get(), _sFile), m_sRealSource))
+        return outcome(_sFile, UQFileOutcome::YELLOW, L"Skipped: a link is not followed");
+    const std::uint64_t uSize =
+        (static_cast<std::uint64_t>(before.nFileSizeHigh) << 32) | before.nFileSizeLow;
+    if (uSize <= UQVersionRecord::MAX_STUB_BYTES) {
+        std::string sStart;
+        if (UQSafeFile::mf_readStart(source.mf_get(), UQVersionRecord::MAX_STUB_BYTES, sStart) == 0 &&
+            UQVersionRecord::mf_looksLikeStub(sStart))
+            return outcome(_sFile, UQFileOutcome::YELLOW, L"Skipped: the file is a stub already");
+        LARGE_INTEGER start{};
+        SetFilePointerEx(source.mf_get(), start, nullptr, FILE_BEGIN);
+    }
+
+    UQVersionRecord record;
+    record.m_sObjectPath = _sFile;
+    record.m_sName = _sFile.size() > m_sSource.size() ? _sFile.substr(m_sSource.size() + 1) : _sFile;
+    std::uint32_t& ruLatest = _rState.latestVersions[upper(_sFile)];
+    record.m_uVersion = ruLatest + 1;
+    record.m_uVolume = UQServerDirectory::VOLUME;
+    record.m_uPosition = _rState.uNextPosition++;
+    record.m_uSize = uSize;
+    std::wstring sReason;
+    if (!m_rServer.mf_storeVersion(source.mf_get(), record, sReason))
+        return outcome(_sFile, UQFileOutcome::RED, L"Not migrated (the file is kept): " + sReason);
+    step(1);
+    const UQQueryData history(CString(_sFile.c_str()), CString(), record.m_uVersion,
+                              UQFileTime(before.ftLastWriteTime),
+                              UQFileSize(static_cast<std::int64_t>(uSize)), 0, UQExpiryTime{0},
+                              UQQueryData::AccessKey{record.m_uVolume, record.m_uPosition});
+    if (!m_rServer.mf_appendHistory(history, sReason)) {
+        DeleteFileW(
+            UQSafeFile::mf_long(m_rServer.mf_getVersionFile(record.m_uVolume, record.m_uPosition)).c_str());
+        return outcome(_sFile, UQFileOutcome::RED, L"Not migrated (the file is kept): " + sReason);
+    }
+    ruLatest = record.m_uVersion;
+    step(2);
+    UQFileOutcome result = outcome(_sFile, UQFileOutcome::GREEN, L"Migrated");
+    result.uVersion = record.m_uVersion;
+    result.uSize = uSize;
+    result.uLastWriteTime = ticksOf(before.ftLastWriteTime);
+    BY_HANDLE_FILE_INFORMATION after{};
+    if (!GetFileInformationByHandle(source.mf_get(), &after) || after.nFileSizeLow != before.nFileSizeLow ||
+        after.nFileSizeHigh != before.nFileSizeHigh ||
+        ticksOf(after.ftLastWriteTime) != ticksOf(before.ftLastWriteTime)) {
+        result.eSeverity = UQFileOutcome::YELLOW;
+        result.sResult = L"Stored, but the file changed meanwhile: it is kept and not replaced by a stub";
+        return result;
+    }
+    const std::string sStub = record.mf_formatStub();
+    const std::wstring sTemporary = UQSafeFile::mf_temporaryName(_sFile);
+    {
+        UQOwnedHandle stub;
+        dwError = UQSafeFile::mf_createNew(sTemporary, stub);
+        if (dwError == 0)
+            dwError = UQSafeFile::mf_writeAll(stub.mf_get(), sStub.data(), sStub.size());
+        if (dwError == 0 && !FlushFileBuffers(stub.mf_get()))
+            dwError = GetLastError();
+        if (dwError == 0)
+            SetFileTime(stub.mf_get(), nullptr, nullptr, &before.ftLastWriteTime);
+    }
+    if (dwError != 0) {
+        DeleteFileW(UQSafeFile::mf_long(sTemporary).c_str());
+        result.eSeverity = UQFileOutcome::RED;
+        result.sResult =
+            L"Stored, but no stub could be written (the file is kept): " + UQSafeFile::mf_systemText(dwError);
+        return result;
+    }
+    step(3);
+    source.mf_close();
+    if (GetFileAttributesW(UQSafeFile::mf_long(_sFile).c_str()) == INVALID_FILE_ATTRIBUTES) {
+        DeleteFileW(UQSafeFile::mf_long(sTemporary).c_str());
+        result.eSeverity = UQFileOutcome::YELLOW;
+        result.sResult = L"The file vanished during migration; its stored version is kept";
+        return result;
+    }
+    dwError = UQSafeFile::mf_commit(sTemporary, _sFile, 1);
+    if (dwError != 0) {
+        DeleteFileW(UQSafeFile::mf_long(sTemporary).c_str());
+        result.eSeverity = UQFileOutcome::RED;
+        result.sResult = L"Stored, but the file could not be replaced by its stub (the file is kept): " +
+                         UQSafeFile::mf_systemText(dwError);
+        return result;
+    }
+    step(4);
+    return result;
+}

@@ -1,0 +1,179 @@
+#include "UQRetrieval.h"
+
+#include "UQServerName.h"
+
+#include "guibase/foundation/UQReport.h"
+
+namespace {
+
+UQFileOutcome outcome(const std::wstring& _sPath, UQFileOutcome::SEVERITY _eSeverity,
+                      const std::wstring& _sResult) {
+    UQFileOutcome result;
+    result.sPath = _sPath;
+    result.eSeverity = _eSeverity;
+    result.sResult = _sResult;
+    return result;
+}
+
+void logOutcome(const wchar_t* _pszFunction, const UQFileOutcome& _outcome) {
+    UQReport::mf_log(_outcome.eSeverity == UQFileOutcome::GREEN ? UQLogData::LEVEL_T : UQLogData::LEVEL_W,
+                     _pszFunction, L"%s: %s", _outcome.sPath.c_str(), _outcome.sResult.c_str());
+}
+
+} // namespace
+
+UQRetrieval::UQRetrieval(const UQServerDirectory& _server) : m_server(_server) {}
+
+int UQRetrieval::mf_retrieve(const std::vector<Request>& _requests, const std::wstring& _sDestination,
+                             const UQCancelSwitch* _pCancel, const Progress& _progress,
+                             std::vector<UQFileOutcome>& _rOutcomes, std::wstring& _rsReason) {
+    static const wchar_t* const _sFunction_ = L"UQRetrieval::mf_retrieve";
+    SetLastError(0);
+    if (!CreateDirectoryW(UQSafeFile::mf_long(_sDestination).c_str(), nullptr) &&
+        GetLastError() != ERROR_ALREADY_EXISTS) {
+        _rsReason = L"The folder '" + _sDestination + L"' cannot be created: " +
+                    UQSafeFile::mf_systemText(GetLastError());
+        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"%s", _rsReason.c_str());
+        return 0;
+    }
+    // The folder the user chose is taken as it really is; below it nothing is followed.
+    UQOwnedHandle folder;
+    const DWORD dwError = UQSafeFile::mf_openFolder(_sDestination, folder);
+    const std::wstring sReal =
+        dwError == 0 ? UQSafeFile::mf_finalPath(folder.mf_get(), _sDestination) : std::wstring();
+    if (sReal.empty()) {
+        _rsReason =
+            L"The folder '" + _sDestination + L"' cannot be used: " + UQSafeFile::mf_systemText(dwError);
+        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"%s", _rsReason.c_str());
+        return 0;
+    }
+    const int nTotal = static_cast<int>(_requests.size());
+    for (int i = 0; i < nTotal; ++i) {
+        if (_pCancel != nullptr && _pCancel->mf_isCancelled()) {
+            UQReport::mf_log(UQLogData::LEVEL_W, _sFunction_, L"Retrieval canceled after %d of %d files", i,
+                             nTotal);
+            break;
+        }
+        UQFileOutcome result = mf_implRetrieve(_requests[static_cast<std::size_t>(i)], sReal);
+        logOutcome(_sFunction_, result);
+        _rOutcomes.push_back(std::move(result));
+        if (_progress)
+            _progress(i + 1, nTotal, _requests[static_cast<std::size_t>(i)].sObjectPath);
+    }
+    return 1;
+}
+
+UQFileOutcome UQRetrieval::mf_implRetrieve(const Request& _request, const std::wstring& _sDestination) {
+    UQOwnedHandle version;
+    UQVersionRecord header;
+    std::wstring sReason;
+    if (!m_server.mf_openVersion(_request.uVolume, _request.uPosition, _request.sObjectPath,
+                                 _request.uVersion, nullptr, version, header, sReason))
+        return outcome(_request.sObjectPath, UQFileOutcome::RED, L"Not retrieved: " + sReason);
+    if (!UQServerName::mf_check(header.m_sName, sReason))
+        return outcome(header.m_sName.empty() ? _request.sObjectPath : header.m_sName, UQFileOutcome::RED,
+                       L"Refused: the server names the file '" + header.m_sName + L"': " + sReason);
+    const std::wstring sTarget = _sDestination + L"\\" + header.m_sName;
+    const std::size_t nSlash = header.m_sName.rfind(L'\\');
+    if (nSlash != std::wstring::npos &&
+        UQSafeFile::mf_createFolders(_sDestination, header.m_sName.substr(0, nSlash), sReason) != 0)
+        return outcome(sTarget, UQFileOutcome::RED, L"Not retrieved: " + sReason);
+    const std::wstring sTemporary = UQSafeFile::mf_temporaryName(sTarget);
+    UQOwnedHandle target;
+    DWORD dwError = UQSafeFile::mf_createNew(sTemporary, target);
+    if (dwError != 0)
+        return outcome(sTarget, UQFileOutcome::RED,
+                       L"Not retrieved: cannot write: " + UQSafeFile::mf_systemText(dwError));
+    const int bCopied = UQServerDirectory::mf_copyContent(version.mf_get(), header, target.mf_get(), sReason);
+    target.mf_close();
+    if (!bCopied) {
+        DeleteFileW(UQSafeFile::mf_long(sTemporary).c_str());
+        return outcome(sTarget, UQFileOutcome::RED, L"Not retrieved: " + sReason);
+    }
+    dwError = UQSafeFile::mf_commit(sTemporary, sTarget, 0);
+    if (dwError != 0) {
+        DeleteFileW(UQSafeFile::mf_long(sTemporary).c_str());
+        if (dwError == ERROR_ALREADY_EXISTS || dwError == ERROR_FILE_EXISTS)
+            return outcome(sTarget, UQFileOutcome::YELLOW,
+                           L"Not retrieved: a file of this name exists already and is kept");
+        return outcome(sTarget, UQFileOutcome::RED,
+                       L"Not retrieved: cannot write: " + UQSafeFile::mf_systemText(dwError));
+    }
+    UQFileOutcome result = outcome(sTarget, UQFileOutcome::GREEN, L"Retrieved");
+    result.uVersion = header.m_uVersion;
+    result.uSize = header.m_uSize;
+    return result;
+}
+
+int UQRetrieval::mf_readStub(const std::wstring& _sPath, UQVersionRecord& _rRecord, std::wstring& _rsReason) {
+    UQOwnedHandle file;
+    const DWORD dwError = UQSafeFile::mf_openRead(_sPath, file);
+    if (dwError != 0) {
+        _rsReason = L"cannot read the stub: " + UQSafeFile::mf_systemText(dwError);
+        return 0;
+    }
+    BY_HANDLE_FILE_INFORMATION info{};
+    if (!GetFileInformationByHandle(file.mf_get(), &info) ||
+        (info.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT)) {
+        _rsReason = L"the stub is a link: not followed";
+        return 0;
+    }
+    std::string sText;
+    if (UQSafeFile::mf_readStart(file.mf_get(), UQVersionRecord::MAX_STUB_BYTES + 1, sText) != 0) {
+        _rsReason = L"cannot read the stub";
+        return 0;
+    }
+    return UQVersionRecord::mf_parseStub(sText, _rRecord, _rsReason);
+}
+
+UQFileOutcome UQRetrieval::mf_recall(const std::wstring& _sStub) {
+    static const wchar_t* const _sFunction_ = L"UQRetrieval::mf_recall";
+    UQVersionRecord stub;
+    std::wstring sReason;
+    UQFileOutcome result;
+    if (!mf_readStub(_sStub, stub, sReason)) {
+        result = outcome(_sStub, UQFileOutcome::RED, L"Not recalled: " + sReason);
+        logOutcome(_sFunction_, result);
+        return result;
+    }
+    UQOwnedHandle version;
+    UQVersionRecord header;
+    if (!m_server.mf_openVersion(stub.m_uVolume, stub.m_uPosition, stub.m_sObjectPath, stub.m_uVersion, &stub,
+                                 version, header, sReason)) {
+        result = outcome(_sStub, UQFileOutcome::RED, L"Not recalled, the stub is kept: " + sReason);
+        logOutcome(_sFunction_, result);
+        return result;
+    }
+    const std::wstring sTemporary = UQSafeFile::mf_temporaryName(_sStub);
+    UQOwnedHandle target;
+    DWORD dwError = UQSafeFile::mf_createNew(sTemporary, target);
+    int bDone =
+        dwError == 0 && UQServerDirectory::mf_copyContent(version.mf_get(), header, target.mf_get(), sReason);
+    if (dwError != 0)
+        sReason = L"cannot write: " + UQSafeFile::mf_systemText(dwError);
+    target.mf_close();
+    // The stub must still be the one that was read: a file written there meanwhile is not overwritten.
+    UQVersionRecord again;
+    std::wstring sWhy;
+    if (bDone && (!mf_readStub(_sStub, again, sWhy) || again.mf_formatStub() != stub.mf_formatStub())) {
+        bDone = 0;
+        sReason = L"the stub changed while its data was read";
+    }
+    if (bDone) {
+        dwError = UQSafeFile::mf_commit(sTemporary, _sStub, 1);
+        if (dwError != 0) {
+            bDone = 0;
+            sReason = L"cannot replace the stub: " + UQSafeFile::mf_systemText(dwError);
+        }
+    }
+    if (!bDone) {
+        DeleteFileW(UQSafeFile::mf_long(sTemporary).c_str());
+        result = outcome(_sStub, UQFileOutcome::RED, L"Not recalled, the stub is kept: " + sReason);
+    } else {
+        result = outcome(_sStub, UQFileOutcome::GREEN, L"Recalled");
+        result.uVersion = stub.m_uVersion;
+        result.uSize = stub.m_uSize;
+    }
+    logOutcome(_sFunction_, result);
+    return result;
+}

@@ -1,0 +1,82 @@
+// The file operations of the client that take nothing on disk for granted: long paths, links that must not
+// be followed, and writes that become visible only once they are complete and on disk.
+#pragma once
+
+#include <windows.h>
+
+#include <cstdint>
+#include <string>
+
+// A file handle that closes itself; move-only.
+class UQOwnedHandle {
+public:
+    UQOwnedHandle() noexcept = default;
+    explicit UQOwnedHandle(HANDLE _hHandle) noexcept : m_hHandle(_hHandle) {}
+    UQOwnedHandle(UQOwnedHandle&& _other) noexcept : m_hHandle(_other.m_hHandle) {
+        _other.m_hHandle = INVALID_HANDLE_VALUE;
+    }
+    UQOwnedHandle& operator=(UQOwnedHandle&& _other) noexcept {
+        if (this != &_other) {
+            mf_close();
+            m_hHandle = _other.m_hHandle;
+            _other.m_hHandle = INVALID_HANDLE_VALUE;
+        }
+        return *this;
+    }
+    UQOwnedHandle(const UQOwnedHandle&) = delete;
+    UQOwnedHandle& operator=(const UQOwnedHandle&) = delete;
+    ~UQOwnedHandle() { mf_close(); }
+
+    HANDLE mf_get() const noexcept { return m_hHandle; }
+    bool mf_isValid() const noexcept { return m_hHandle != INVALID_HANDLE_VALUE && m_hHandle != nullptr; }
+    void mf_close() noexcept {
+        if (mf_isValid())
+            CloseHandle(m_hHandle);
+        m_hHandle = INVALID_HANDLE_VALUE;
+    }
+
+private:
+    HANDLE m_hHandle = INVALID_HANDLE_VALUE;
+};
+
+class UQSafeFile {
+public:
+    // The absolute form of a path the user gave ("C:\x", "\\host\share\x", relative to the current folder)
+    // without a trailing '\'; empty when the system cannot make one.
+    static std::wstring mf_absolute(const std::wstring& _sPath);
+    // The form that passes any length to the system ("\\?\C:\x", "\\?\UNC\host\share\x").
+    static std::wstring mf_long(const std::wstring& _sAbsolute);
+    // Where the handle's file really is, as an absolute path without "\\?\"; empty when unknown.
+    // _sOpened is the path the handle was opened by.
+    static std::wstring mf_finalPath(HANDLE _hFile, const std::wstring& _sOpened);
+    // Whether _sPath is _sFolder or lies below it (case-blind).
+    static bool mf_isWithin(const std::wstring& _sPath, const std::wstring& _sFolder);
+    // The system's text for an error number, one line.
+    static std::wstring mf_systemText(DWORD _dwError);
+
+    // Opens a file for reading without following a link at its last part. 0 with the system error.
+    static DWORD mf_openRead(const std::wstring& _sAbsolute, UQOwnedHandle& _rHandle);
+    // The folder as a handle, which keeps it from being renamed or replaced while it is held.
+    static DWORD mf_openFolder(const std::wstring& _sAbsolute, UQOwnedHandle& _rHandle);
+    // Reads up to _nMax bytes from the start of a file; the error, or 0.
+    static DWORD mf_readStart(HANDLE _hFile, std::size_t _nMax, std::string& _rsText);
+    static DWORD mf_writeAll(HANDLE _hFile, const void* _pData, std::size_t _nBytes);
+    // A new file that did not exist (never an existing one, never through a link).
+    static DWORD mf_createNew(const std::wstring& _sAbsolute, UQOwnedHandle& _rHandle);
+    // Writes a whole small file durably under a temporary name beside _sTarget and moves it over _sTarget
+    // in one step (_bReplace: an existing file is replaced). Nothing is left behind on failure.
+    static DWORD mf_writeFileAtomically(const std::wstring& _sTarget, const std::string& _sContent,
+                                        int _bReplace);
+    // Moves a complete temporary file into place in one step, through to the disk.
+    static DWORD mf_commit(const std::wstring& _sTemporary, const std::wstring& _sTarget, int _bReplace);
+    // A name beside _sTarget for its temporary file, unique in this process.
+    static std::wstring mf_temporaryName(const std::wstring& _sTarget);
+    // Creates the folders of _sRelative below _sRoot one by one. A part that exists must be a real folder
+    // that lies where its name says (not a junction or link that leads elsewhere); 0, or the error with
+    // _rsReason.
+    static DWORD mf_createFolders(const std::wstring& _sRoot, const std::wstring& _sRelative,
+                                  std::wstring& _rsReason);
+
+    // Test seam: a write failure that the next mf_writeAll answers after _nBytesLeft more bytes (0: none).
+    static void mf_injectWriteFailure(std::uint64_t _uBytesLeft, DWORD _dwError) noexcept;
+};

@@ -1,0 +1,321 @@
+#include "UQServerDirectory.h"
+
+#include "UQSha256.h"
+
+#include "compat/utf8.h"
+
+#include <cwctype>
+
+namespace {
+
+const std::size_t COPY_BUFFER_BYTES = 256 * 1024;
+
+std::wstring upper(std::wstring _sText) {
+    for (wchar_t& ch : _sText)
+        ch = static_cast<wchar_t>(std::towupper(ch));
+    return _sText;
+}
+
+// Collects what a writer needs from every record of the store.
+class StateSink : public UVQueryDataSink {
+public:
+    explicit StateSink(UQServerDirectory::State& _rState) : m_rState(_rState) {}
+    void mf_onQueryData(const UQQueryData& _data) override {
+        const std::wstring sKey = upper(std::wstring(_data.mf_getObjectPath().mf_getPath().GetString()));
+        std::uint32_t& ruLatest = m_rState.latestVersions[sKey];
+        if (_data.mf_getVersion() > ruLatest)
+            ruLatest = _data.mf_getVersion();
+        const UQQueryData::AccessKey& key = _data.mf_getAccessKey();
+        if (key.uVolume == UQServerDirectory::VOLUME && key.uPosition >= m_rState.uNextPosition)
+            m_rState.uNextPosition = key.uPosition + 1;
+    }
+
+private:
+    UQServerDirectory::State& m_rState;
+};
+
+} // namespace
+
+UQServerDirectory::UQServerDirectory(const std::wstring& _sRoot) : m_sRoot(_sRoot) {}
+
+std::wstring UQServerDirectory::mf_getVersionFile(std::uint32_t _uVolume, std::uint64_t _uPosition) const {
+    return m_sRoot + L"\\versions\\" + std::to_wstring(_uVolume) + L"\\" + std::to_wstring(_uPosition) +
+           L".ver";
+}
+
+int UQServerDirectory::mf_prepare(std::wstring& _rsReason) {
+    const std::wstring sParts[] = {m_sRoot, m_sRoot + L"\\versions",
+                                   m_sRoot + L"\\versions\\" + std::to_wstring(VOLUME)};
+    for (const std::wstring& sFolder : sParts) {
+        SetLastError(0);
+        if (!CreateDirectoryW(UQSafeFile::mf_long(sFolder).c_str(), nullptr) &&
+            GetLastError() != ERROR_ALREADY_EXISTS) {
+            _rsReason =
+                L"cannot create folder '" + sFolder + L"': " + UQSafeFile::mf_systemText(GetLastError());
+            return 0;
+        }
+    }
+    const std::wstring sHistory = mf_getHistoryFile();
+    if (GetFileAttributesW(UQSafeFile::mf_long(sHistory).c_str()) == INVALID_FILE_ATTRIBUTES) {
+        const DWORD dwError = UQSafeFile::mf_writeFileAtomically(
+            sHistory, "# object path\tfile path\tversion\tlast write\tsize\tflags\texpiry\tvolume:position\n",
+            0);
+        if (dwError != 0 && dwError != ERROR_ALREADY_EXISTS && dwError != ERROR_FILE_EXISTS) {
+            _rsReason = L"cannot create '" + sHistory + L"': " + UQSafeFile::mf_systemText(dwError);
+            return 0;
+        }
+    }
+    return 1;
+}
+
+int UQServerDirectory::mf_lock(UQOwnedHandle& _rLock, DWORD _dwTimeoutMs, std::wstring& _rsReason) {
+    const std::wstring sLock = UQSafeFile::mf_long(m_sRoot + L"\\server.lock");
+    const ULONGLONG uDeadline = GetTickCount64() + _dwTimeoutMs;
+    while (true) {
+        SetLastError(0);
+        HANDLE hLock = CreateFileW(sLock.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
+                                   FILE_ATTRIBUTE_NORMAL, nullptr);
+        if (hLock != INVALID_HANDLE_VALUE) {
+            _rLock = UQOwnedHandle(hLock);
+            return 1;
+        }
+        const DWORD dwError = GetLastError();
+        if (dwError != ERROR_SHARING_VIOLATION || GetTickCount64() >= uDeadline) {
+            _rsReason =
+                L"the server folder is in use by another writer: " + UQSafeFile::mf_systemText(dwError);
+            return 0;
+        }
+        Sleep(20);
+    }
+}
+
+int UQServerDirectory::mf_readState(State& _rState, std::wstring& _rsReason) const {
+    StateSink sink(_rState);
+    try {
+        const UQHistoryStore store(CString(mf_getHistoryFile().c_str()));
+        const UQHistoryStore::Result result = store.mf_search(UQHistoryQuery(), sink);
+        _rState.uRecords = result.uRecords;
+        mf_implSkipOrphans(_rState);
+        for (const UQErrno& error : result.errors)
+            _rState.errors.push_back(error.mf_getDetail().GetString());
+        return 1;
+    } catch (const UQErrno& e) {
+        _rsReason = e.mf_getDetail().IsEmpty() ? std::wstring(e.mf_toString().GetString())
+                                               : std::wstring(e.mf_getDetail().GetString());
+        return 0;
+    }
+}
+
+void UQServerDirectory::mf_implSkipOrphans(State& _rState) const {
+    // A migration interrupted after storing a version and before recording it leaves a version file that
+    // no record names. It is never read, but its place is taken: new versions go after it.
+    WIN32_FIND_DATAW data{};
+    HANDLE hFind = FindFirstFileW(
+        UQSafeFile::mf_long(m_sRoot + L"\\versions\\" + std::to_wstring(VOLUME) + L"\\*.ver").c_str(), &data);
+    if (hFind == INVALID_HANDLE_VALUE)
+        return;
+    do {
+        const std::wstring sName = data.cFileName;
+        std::uint64_t uPosition = 0;
+        std::size_t nDigits = 0;
+        while (nDigits < sName.size() && sName[nDigits] >= L'0' && sName[nDigits] <= L'9' && nDigits < 19)
+            uPosition = uPosition * 10 + static_cast<std::uint64_t>(sName[nDigits++] - L'0');
+        if (nDigits > 0 && sName.compare(nDigits, std::wstring::npos, L".ver") == 0 &&
+            uPosition >= _rState.uNextPosition)
+            _rState.uNextPosition = uPosition + 1;
+    } while (FindNextFileW(hFind, &data));
+    FindClose(hFind);
+}
+
+int UQServerDirectory::mf_storeVersion(HANDLE _hSource, UQVersionRecord& _rRecord, std::wstring& _rsReason) {
+    const std::wstring sTarget = mf_getVersionFile(_rRecord.m_uVolume, _rRecord.m_uPosition);
+    const std::wstring sTemporary = UQSafeFile::mf_temporaryName(sTarget);
+    UQOwnedHandle file;
+    DWORD dwError = UQSafeFile::mf_createNew(sTemporary, file);
+    if (dwError != 0) {
+        _rsReason = L"cannot write to the server: " + UQSafeFile::mf_systemText(dwError);
+        return 0;
+    }
+    auto fail = [&](const std::wstring& _sReason) {
+        file.mf_close();
+        DeleteFileW(UQSafeFile::mf_long(sTemporary).c_str());
+        _rsReason = _sReason;
+        return 0;
+    };
+    // The hash is known only after the content: the header is written with a placeholder of the same
+    // length and completed at the end.
+    _rRecord.m_sSha256.assign(64, '0');
+    const std::string sHeader = _rRecord.mf_formatHeader();
+    dwError = UQSafeFile::mf_writeAll(file.mf_get(), sHeader.data(), sHeader.size());
+    UQSha256 hash;
+    std::vector<char> buffer(COPY_BUFFER_BYTES);
+    std::uint64_t uCopied = 0;
+    while (dwError == 0) {
+        DWORD dwRead = 0;
+        SetLastError(0);
+        if (!ReadFile(_hSource, buffer.data(), static_cast<DWORD>(buffer.size()), &dwRead, nullptr))
+            return fail(L"cannot read the file: " + UQSafeFile::mf_systemText(GetLastError()));
+        if (dwRead == 0)
+            break;
+        hash.mf_update(buffer.data(), dwRead);
+        uCopied += dwRead;
+        dwError = UQSafeFile::mf_writeAll(file.mf_get(), buffer.data(), dwRead);
+    }
+    if (dwError != 0)
+        return fail(L"cannot write to the server: " + UQSafeFile::mf_systemText(dwError));
+    if (uCopied != _rRecord.m_uSize)
+        return fail(L"the file changed while it was read (" + std::to_wstring(uCopied) +
+                    L" bytes instead of " + std::to_wstring(_rRecord.m_uSize) + L")");
+    _rRecord.m_sSha256 = hash.mf_finishHex();
+    const std::string sFinalHeader = _rRecord.mf_formatHeader();
+    LARGE_INTEGER start{};
+    SetLastError(0);
+    if (!SetFilePointerEx(file.mf_get(), start, nullptr, FILE_BEGIN))
+        return fail(L"cannot write to the server: " + UQSafeFile::mf_systemText(GetLastError()));
+    dwError = UQSafeFile::mf_writeAll(file.mf_get(), sFinalHeader.data(), sFinalHeader.size());
+    if (dwError == 0 && !FlushFileBuffers(file.mf_get()))
+        dwError = GetLastError();
+    if (dwError != 0)
+        return fail(L"cannot write to the server: " + UQSafeFile::mf_systemText(dwError));
+    file.mf_close();
+    dwError = UQSafeFile::mf_commit(sTemporary, sTarget, 0);
+    if (dwError != 0)
+        return fail(L"cannot store the version as '" + sTarget + L"': " + UQSafeFile::mf_systemText(dwError));
+    return 1;
+}
+
+int UQServerDirectory::mf_appendHistory(const UQQueryData& _record, std::wstring& _rsReason) {
+    const std::wstring sHistory = mf_getHistoryFile();
+    SetLastError(0);
+    UQOwnedHandle file(CreateFileW(UQSafeFile::mf_long(sHistory).c_str(), GENERIC_READ | FILE_APPEND_DATA,
+                                   FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                   FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+    if (!file.mf_isValid()) {
+        _rsReason = L"cannot open the history store '" + sHistory + L"': " +
+                    UQSafeFile::mf_systemText(GetLastError());
+        return 0;
+    }
+    std::string sLine = UQHistoryStore::mf_formatRecord(_record) + "\n";
+    // A store whose last line has no line end (written by hand) must not swallow the new record.
+    LARGE_INTEGER size{};
+    if (GetFileSizeEx(file.mf_get(), &size) && size.QuadPart > 0) {
+        LARGE_INTEGER last{};
+        last.QuadPart = size.QuadPart - 1;
+        char chLast = '\n';
+        DWORD dwRead = 0;
+        if (SetFilePointerEx(file.mf_get(), last, nullptr, FILE_BEGIN) &&
+            ReadFile(file.mf_get(), &chLast, 1, &dwRead, nullptr) && dwRead == 1 && chLast != '\n')
+            sLine.insert(sLine.begin(), '\n');
+    }
+    DWORD dwError = UQSafeFile::mf_writeAll(file.mf_get(), sLine.data(), sLine.size());
+    if (dwError == 0 && !FlushFileBuffers(file.mf_get()))
+        dwError = GetLastError();
+    if (dwError != 0) {
+        _rsReason =
+            L"cannot add to the history store '" + sHistory + L"': " + UQSafeFile::mf_systemText(dwError);
+        return 0;
+    }
+    return 1;
+}
+
+int UQServerDirectory::mf_openVersion(std::uint32_t _uVolume, std::uint64_t _uPosition,
+                                      const std::wstring& _sObjectPath, std::uint32_t _uVersion,
+                                      const UQVersionRecord* _pExpected, UQOwnedHandle& _rFile,
+                                      UQVersionRecord& _rHeader, std::wstring& _rsReason) const {
+    const std::wstring sFile = mf_getVersionFile(_uVolume, _uPosition);
+    const DWORD dwError = UQSafeFile::mf_openRead(sFile, _rFile);
+    if (dwError == ERROR_FILE_NOT_FOUND || dwError == ERROR_PATH_NOT_FOUND) {
+        _rsReason = L"the server holds no data for version " + std::to_wstring(_uVersion) + L" (" + sFile +
+                    L" is missing)";
+        return 0;
+    }
+    if (dwError != 0) {
+        _rsReason = L"cannot read '" + sFile + L"': " + UQSafeFile::mf_systemText(dwError);
+        return 0;
+    }
+    // A link planted in the server folder could hand out any file of the computer.
+    const std::wstring sRealRoot = [&] {
+        UQOwnedHandle root;
+        return UQSafeFile::mf_openFolder(m_sRoot, root) == 0
+                   ? UQSafeFile::mf_finalPath(root.mf_get(), m_sRoot)
+                   : std::wstring();
+    }();
+    if (sRealRoot.empty() ||
+        !UQSafeFile::mf_isWithin(UQSafeFile::mf_finalPath(_rFile.mf_get(), sFile), sRealRoot)) {
+        _rsReason = L"'" + sFile + L"' leads out of the server folder: not read";
+        return 0;
+    }
+    std::string sStart;
+    if (UQSafeFile::mf_readStart(_rFile.mf_get(), UQVersionRecord::MAX_HEADER_BYTES, sStart) != 0) {
+        _rsReason = L"cannot read '" + sFile + L"'";
+        return 0;
+    }
+    std::size_t nHeaderBytes = 0;
+    std::wstring sWhy;
+    if (!UQVersionRecord::mf_parseHeader(sStart, _rHeader, nHeaderBytes, sWhy)) {
+        _rsReason = L"'" + sFile + L"' is damaged: " + sWhy;
+        return 0;
+    }
+    if (upper(_rHeader.m_sObjectPath) != upper(_sObjectPath) || _rHeader.m_uVersion != _uVersion) {
+        _rsReason = L"'" + sFile + L"' holds version " + std::to_wstring(_rHeader.m_uVersion) + L" of '" +
+                    _rHeader.m_sObjectPath + L"', not the version asked for";
+        return 0;
+    }
+    if (_pExpected != nullptr &&
+        (_pExpected->m_uSize != _rHeader.m_uSize || _pExpected->m_sSha256 != _rHeader.m_sSha256)) {
+        _rsReason = L"the stored data of '" + sFile + L"' differs from what the stub records";
+        return 0;
+    }
+    _rHeader.m_uVolume = _uVolume;
+    _rHeader.m_uPosition = _uPosition;
+    LARGE_INTEGER offset{};
+    offset.QuadPart = static_cast<LONGLONG>(nHeaderBytes);
+    if (!SetFilePointerEx(_rFile.mf_get(), offset, nullptr, FILE_BEGIN)) {
+        _rsReason = L"cannot read '" + sFile + L"'";
+        return 0;
+    }
+    return 1;
+}
+
+int UQServerDirectory::mf_copyContent(HANDLE _hVersion, const UQVersionRecord& _header, HANDLE _hTarget,
+                                      std::wstring& _rsReason) {
+    UQSha256 hash;
+    std::vector<char> buffer(COPY_BUFFER_BYTES);
+    std::uint64_t uCopied = 0;
+    while (true) {
+        DWORD dwRead = 0;
+        SetLastError(0);
+        if (!ReadFile(_hVersion, buffer.data(), static_cast<DWORD>(buffer.size()), &dwRead, nullptr)) {
+            _rsReason = L"cannot read the stored data: " + UQSafeFile::mf_systemText(GetLastError());
+            return 0;
+        }
+        if (dwRead == 0)
+            break;
+        uCopied += dwRead;
+        if (uCopied > _header.m_uSize) {
+            _rsReason = L"the stored data is longer than recorded";
+            return 0;
+        }
+        hash.mf_update(buffer.data(), dwRead);
+        const DWORD dwError = UQSafeFile::mf_writeAll(_hTarget, buffer.data(), dwRead);
+        if (dwError != 0) {
+            _rsReason = L"cannot write: " + UQSafeFile::mf_systemText(dwError);
+            return 0;
+        }
+    }
+    if (uCopied < _header.m_uSize) {
+        _rsReason = L"the stored data is shorter than recorded (" + std::to_wstring(uCopied) + L" of " +
+                    std::to_wstring(_header.m_uSize) + L" bytes)";
+        return 0;
+    }
+    if (hash.mf_finishHex() != _header.m_sSha256) {
+        _rsReason = L"the stored data does not match its hash";
+        return 0;
+    }
+    SetLastError(0);
+    if (!FlushFileBuffers(_hTarget)) {
+        _rsReason = L"cannot write: " + UQSafeFile::mf_systemText(GetLastError());
+        return 0;
+    }
+    return 1;
+}

@@ -1,0 +1,67 @@
+// The storage server's stand-in: a folder that holds the history store ("history.txt") and one file per
+// stored version ("versions\<volume>\<position>.ver": a header naming the object, then the content).
+// docs/server-directory-format.md describes it. Whatever is read from it is checked before it is used.
+#pragma once
+
+#include "UQSafeFile.h"
+#include "UQVersionRecord.h"
+
+#include "interfaces/korarchiver.h"
+
+#include <map>
+#include <string>
+#include <vector>
+
+class UQServerDirectory {
+public:
+    // The one volume the stand-in writes to.
+    static const std::uint32_t VOLUME = 1;
+
+    // What a writer must know of the history before it adds to it.
+    struct State {
+        std::uint64_t uNextPosition = 1;
+        std::map<std::wstring, std::uint32_t> latestVersions; // by upper-case object path
+        std::uint32_t uRecords = 0;
+        std::vector<std::wstring> errors; // "history.txt:12: ..." per malformed record
+    };
+
+    explicit UQServerDirectory(const std::wstring& _sRoot);
+    UQServerDirectory(const UQServerDirectory&) = delete;
+    UQServerDirectory& operator=(const UQServerDirectory&) = delete;
+    UQServerDirectory(UQServerDirectory&&) = default;
+    UQServerDirectory& operator=(UQServerDirectory&&) = default;
+
+    const std::wstring& mf_getRoot() const noexcept { return m_sRoot; }
+    std::wstring mf_getHistoryFile() const { return m_sRoot + L"\\history.txt"; }
+    std::wstring mf_getVersionFile(std::uint32_t _uVolume, std::uint64_t _uPosition) const;
+
+    // Creates the folder, its history store and its versions folder where they are missing.
+    int mf_prepare(std::wstring& _rsReason);
+    // One writer at a time: holds "server.lock" open exclusively, waiting up to _dwTimeoutMs.
+    int mf_lock(UQOwnedHandle& _rLock, DWORD _dwTimeoutMs, std::wstring& _rsReason);
+    // Reads the history store; a store that cannot be read answers 0 with the reason. The next position
+    // also passes every stored version on disk, recorded or not.
+    int mf_readState(State& _rState, std::wstring& _rsReason) const;
+
+    // Stores the content of _hSource (read from its current position, _rRecord.m_uSize bytes expected) as
+    // the version _rRecord names, and fills in its hash. The file appears under its final name only when
+    // it is complete and on disk.
+    int mf_storeVersion(HANDLE _hSource, UQVersionRecord& _rRecord, std::wstring& _rsReason);
+    // Appends a record to the history store and flushes it to disk.
+    int mf_appendHistory(const UQQueryData& _record, std::wstring& _rsReason);
+
+    // Opens the stored version at _uVolume:_uPosition and checks its header against what the caller
+    // expects of it: the object path and version, and (when given) size and hash. Answers 1 with the header
+    // in _rHeader and the file positioned at the content.
+    int mf_openVersion(std::uint32_t _uVolume, std::uint64_t _uPosition, const std::wstring& _sObjectPath,
+                       std::uint32_t _uVersion, const UQVersionRecord* _pExpected, UQOwnedHandle& _rFile,
+                       UQVersionRecord& _rHeader, std::wstring& _rsReason) const;
+    // Copies the content of an opened version to _hTarget and checks its size and hash on the way.
+    static int mf_copyContent(HANDLE _hVersion, const UQVersionRecord& _header, HANDLE _hTarget,
+                              std::wstring& _rsReason);
+
+private:
+    void mf_implSkipOrphans(State& _rState) const;
+
+    std::wstring m_sRoot;
+};

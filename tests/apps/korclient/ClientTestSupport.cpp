@@ -1,0 +1,117 @@
+#include "ClientTestSupport.h"
+
+#include "UQClientSample.h"
+
+#include "compat/utf8.h"
+
+#include <algorithm>
+#include <atomic>
+
+namespace clienttest {
+
+namespace {
+
+std::atomic<int> g_nScratch{0};
+
+void collect(const std::wstring& _sFolder, const std::wstring& _sRelative,
+             std::vector<std::wstring>& _rFiles) {
+    WIN32_FIND_DATAW data{};
+    HANDLE hFind = FindFirstFileW(UQSafeFile::mf_long(_sFolder + L"\\*").c_str(), &data);
+    if (hFind == INVALID_HANDLE_VALUE)
+        return;
+    do {
+        const std::wstring sName = data.cFileName;
+        if (sName == L"." || sName == L"..")
+            continue;
+        const std::wstring sRelative = _sRelative.empty() ? sName : _sRelative + L"\\" + sName;
+        if ((data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) &&
+            !(data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT))
+            collect(_sFolder + L"\\" + sName, sRelative, _rFiles);
+        else
+            _rFiles.push_back(sRelative);
+    } while (FindNextFileW(hFind, &data));
+    FindClose(hFind);
+}
+
+} // namespace
+
+ScratchFolder::ScratchFolder(const std::wstring& _sName) {
+    wchar_t szTemp[MAX_PATH + 1] = {};
+    GetTempPathW(MAX_PATH, szTemp);
+    m_sPath = UQSafeFile::mf_absolute(std::wstring(szTemp) + L"korclient-" + _sName + L"-" +
+                                      std::to_wstring(GetCurrentProcessId()) + L"-" +
+                                      std::to_wstring(++g_nScratch));
+    UQClientSample::mf_removeTree(m_sPath);
+    CreateDirectoryW(UQSafeFile::mf_long(m_sPath).c_str(), nullptr);
+}
+
+ScratchFolder::~ScratchFolder() {
+    UQClientSample::mf_removeTree(m_sPath);
+}
+
+std::string utf8(const std::wstring& _sText) {
+    return uqfmt::wideToUtf8(_sText.data(), _sText.size());
+}
+
+bool writeFile(const std::wstring& _sPath, const std::string& _sContent) {
+    const std::size_t nSlash = _sPath.rfind(L'\\');
+    std::wstring sFolder = _sPath.substr(0, nSlash);
+    // Every folder on the way, from the first that is missing.
+    std::vector<std::wstring> missing;
+    while (GetFileAttributesW(UQSafeFile::mf_long(sFolder).c_str()) == INVALID_FILE_ATTRIBUTES) {
+        missing.push_back(sFolder);
+        sFolder = sFolder.substr(0, sFolder.rfind(L'\\'));
+    }
+    for (auto it = missing.rbegin(); it != missing.rend(); ++it)
+        CreateDirectoryW(UQSafeFile::mf_long(*it).c_str(), nullptr);
+    HANDLE hFile = CreateFileW(UQSafeFile::mf_long(_sPath).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                               FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (hFile == INVALID_HANDLE_VALUE)
+        return false;
+    const bool bWritten = UQSafeFile::mf_writeAll(hFile, _sContent.data(), _sContent.size()) == 0;
+    CloseHandle(hFile);
+    return bWritten;
+}
+
+std::string readFile(const std::wstring& _sPath) {
+    UQOwnedHandle file;
+    std::string sText;
+    LARGE_INTEGER size{};
+    // One byte more than the size, so that a file that grows meanwhile shows.
+    if (UQSafeFile::mf_openRead(_sPath, file) != 0 || !GetFileSizeEx(file.mf_get(), &size) ||
+        UQSafeFile::mf_readStart(file.mf_get(), static_cast<std::size_t>(size.QuadPart) + 1, sText) != 0)
+        return "<missing>";
+    return sText;
+}
+
+bool exists(const std::wstring& _sPath) {
+    return GetFileAttributesW(UQSafeFile::mf_long(_sPath).c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+std::vector<std::wstring> filesBelow(const std::wstring& _sFolder) {
+    std::vector<std::wstring> files;
+    collect(_sFolder, std::wstring(), files);
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+std::string contentOf(int _nSeed, std::size_t _nBytes) {
+    std::string sContent(_nBytes, '\0');
+    std::uint32_t uState = 2463534242u + static_cast<std::uint32_t>(_nSeed) * 2654435761u;
+    for (char& ch : sContent) {
+        uState ^= uState << 13;
+        uState ^= uState >> 17;
+        uState ^= uState << 5;
+        ch = static_cast<char>(uState);
+    }
+    return sContent;
+}
+
+UQFileOutcome outcomeOf(const std::vector<UQFileOutcome>& _outcomes, const std::wstring& _sPath) {
+    for (const UQFileOutcome& outcome : _outcomes)
+        if (outcome.sPath == _sPath)
+            return outcome;
+    return UQFileOutcome();
+}
+
+} // namespace clienttest

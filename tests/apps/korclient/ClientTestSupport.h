@@ -1,0 +1,40 @@
+// What the korclient tests share: a scratch folder of their own, files written and read back byte for
+// byte, and a look at everything below a folder.
+#pragma once
+
+#include "UQFileOutcome.h"
+#include "UQSafeFile.h"
+
+#include <string>
+#include <vector>
+
+namespace clienttest {
+
+// A fresh folder below the temporary folder, removed with everything in it when the object goes.
+class ScratchFolder {
+public:
+    explicit ScratchFolder(const std::wstring& _sName);
+    ~ScratchFolder();
+    ScratchFolder(const ScratchFolder&) = delete;
+    ScratchFolder& operator=(const ScratchFolder&) = delete;
+
+    const std::wstring& path() const noexcept { return m_sPath; }
+
+private:
+    std::wstring m_sPath;
+};
+
+std::string utf8(const std::wstring& _sText);
+// Writes _sContent to _sPath, creating its folders; false when that fails.
+bool writeFile(const std::wstring& _sPath, const std::string& _sContent);
+// The bytes of a file; "<missing>" when it cannot be read.
+std::string readFile(const std::wstring& _sPath);
+bool exists(const std::wstring& _sPath);
+// Every file below _sFolder, as paths relative to it, sorted.
+std::vector<std::wstring> filesBelow(const std::wstring& _sFolder);
+// Content that differs from file to file.
+std::string contentOf(int _nSeed, std::size_t _nBytes);
+// The outcome for _sPath among _outcomes; an outcome with an empty path and result when there is none.
+UQFileOutcome outcomeOf(const std::vector<UQFileOutcome>& _outcomes, const std::wstring& _sPath);
+
+} // namespace clienttest

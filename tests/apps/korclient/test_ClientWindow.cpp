@@ -1,0 +1,346 @@
+// korclient's windows driven as a user drives them, through the dialogs' own messages from inside their
+// modal loops: the whole tour, a corrupt history store, an invalid option file, and Cancel during a run.
+#include "ClientTestSupport.h"
+#include "KorClientIds.h"
+#include "UQClientSample.h"
+#include "UQClientTour.h"
+#include "UQClientWindow.h"
+#include "UQDialogScript.h"
+#include "UQMigration.h"
+#include "UQMigrationWizard.h"
+#include "UQRetrieval.h"
+#include "UQSha256.h"
+
+#include "guibase/settings/RegistrySandbox.h"
+#include "guibase/settings/UQGuiRegistry.h"
+#include "korlang_ids.h"
+#include "support/LogCheck.h"
+
+#include <commctrl.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+
+namespace {
+
+using namespace clienttest;
+
+const DWORD TIME_LIMIT_MS = 60000;
+const int ITEM_NEXT = 440;
+
+// The program's start: common controls and the GUI's registry defaults, on a registry of the test's own.
+class ClientWindowTest : public ::testing::Test {
+protected:
+    ClientWindowTest()
+        : scratch(L"window"), sFiles(scratch.path() + L"\\files"), sServer(scratch.path() + L"\\server") {
+        INITCOMMONCONTROLSEX controls{sizeof(controls),
+                                      ICC_WIN95_CLASSES | ICC_DATE_CLASSES | ICC_STANDARD_CLASSES};
+        InitCommonControlsEx(&controls);
+        UQGuiRegistry::mf_initialize();
+    }
+
+    // The tip the program shows at its start on a fresh registry.
+    static void closeTip(UQDialogScript& _script) {
+        _script.mf_then(L"tip", [] {
+            HWND hTip = UQDialogScript::mf_findDialog(L"Tip");
+            if (hTip == nullptr)
+                return false;
+            UQDialogScript::mf_click(hTip, IDC_INFORMATION_OK);
+            return true;
+        });
+    }
+
+    // The main window when it is shown and takes input.
+    static HWND ready(const UQClientWindow& _window) {
+        HWND hMain = _window.mf_getHandle();
+        return hMain != nullptr && IsWindowVisible(hMain) && IsWindowEnabled(hMain) ? hMain : nullptr;
+    }
+
+    // The migration wizard's frame when it takes input.
+    static HWND frame(const UQClientWindow& _window) {
+        const UQMigrationWizard* pWizard = _window.mf_getMigrationWizard();
+        HWND hFrame = pWizard != nullptr ? pWizard->mf_getHandle() : nullptr;
+        return hFrame != nullptr && IsWindowVisible(hFrame) && IsWindowEnabled(hFrame) ? hFrame : nullptr;
+    }
+
+    // A box of the program (a UQMessageBox) on the screen; null when there is none.
+    static HWND box() {
+        HWND hFound = nullptr;
+        EnumThreadWindows(
+            GetCurrentThreadId(),
+            [](HWND _hWnd, LPARAM _lParam) -> BOOL {
+                if (IsWindowVisible(_hWnd) && GetDlgItem(_hWnd, IDC_MESSAGE_TEXT) != nullptr) {
+                    *reinterpret_cast<HWND*>(_lParam) = _hWnd;
+                    return FALSE;
+                }
+                return TRUE;
+            },
+            reinterpret_cast<LPARAM>(&hFound));
+        return hFound;
+    }
+
+    // Next on the wizard panel that holds _nItem, once it is shown and Next takes a click.
+    static void next(UQDialogScript& _script, const UQClientWindow& _window, int _nItem) {
+        _script.mf_then(L"next", [&_window, _nItem] {
+            HWND hFrame = frame(_window);
+            if (hFrame == nullptr || !IsWindowEnabled(GetDlgItem(hFrame, ITEM_NEXT)) ||
+                UQDialogScript::mf_findPanel(hFrame, _nItem) == nullptr)
+                return false;
+            UQDialogScript::mf_click(hFrame, ITEM_NEXT);
+            return true;
+        });
+    }
+
+    // Closes the main window once it takes input again.
+    static void close(UQDialogScript& _script, const UQClientWindow& _window) {
+        _script.mf_then(L"close", [&_window] {
+            HWND hMain = ready(_window);
+            if (hMain == nullptr || box() != nullptr)
+                return false;
+            PostMessageW(hMain, WM_CLOSE, 0, 0);
+            return true;
+        });
+    }
+
+    static std::string failuresOf(const UQDialogScript& _script) {
+        std::string sText;
+        for (const std::wstring& sLine : _script.mf_getFailures())
+            sText += utf8(sLine) + "\n";
+        for (const std::wstring& sLine : _script.mf_getTrace())
+            sText += "  " + utf8(sLine) + "\n";
+        return sText;
+    }
+
+    registrytest::RegistrySandbox registry;
+    ScratchFolder scratch;
+    std::wstring sFiles;
+    std::wstring sServer;
+};
+
+// The tour a user without a display sees: after it every original file equals its retrieved and its recalled
+// copy, every stub named its stored version, the search found every version, and the registry holds the
+// pattern list.
+TEST_F(ClientWindowTest, TourWalksMigrateSearchRetrieveAndRecallOnRealFiles) {
+    UQClientTour::Summary summary;
+    const int nResult = UQClientTour::mf_run(scratch.path() + L"\\tour", 40, summary);
+    EXPECT_EQ(nResult, 0) << utf8(UQClientTour::mf_format(summary));
+    EXPECT_EQ(summary.nFiles, 40);
+    EXPECT_EQ(summary.nMigrated, 40);
+    EXPECT_EQ(summary.nStubs, 40);
+    EXPECT_EQ(summary.nVersionsFound, 40);
+    EXPECT_EQ(summary.nRetrieved, 40);
+    EXPECT_EQ(summary.nRecalled, 40);
+    EXPECT_EQ(summary.bPatternRemembered, 1);
+    EXPECT_TRUE(summary.failures.empty());
+    // The same, looked at from outside the tour: the recalled and the retrieved trees are equal file by file.
+    const std::wstring sTour = scratch.path() + L"\\tour";
+    const std::vector<std::wstring> recalled = filesBelow(sTour + L"\\files");
+    EXPECT_EQ(recalled.size(), 40u);
+    EXPECT_EQ(recalled, filesBelow(sTour + L"\\retrieved"));
+    for (const std::wstring& sFile : recalled) {
+        const std::string sContent = readFile(sTour + L"\\files\\" + sFile);
+        EXPECT_EQ(UQVersionRecord::mf_looksLikeStub(sContent), 0) << utf8(sFile) << " is still a stub";
+        EXPECT_EQ(sContent, readFile(sTour + L"\\retrieved\\" + sFile)) << utf8(sFile);
+    }
+    // A picture of every screen, each a PNG.
+    EXPECT_EQ(summary.pictures.size(), 12u);
+    for (const std::wstring& sPicture : summary.pictures)
+        EXPECT_EQ(readFile(sPicture).substr(0, 8), "\x89PNG\r\n\x1A\n") << utf8(sPicture);
+    EXPECT_NE(readFile(sTour + L"\\summary.txt").find("every step passed"), std::string::npos);
+}
+
+TEST_F(ClientWindowTest, CorruptHistoryStoreIsNamedWithFileAndLineAndTheWindowStaysUsable) {
+    ASSERT_TRUE(writeFile(sFiles + L"\\a.txt", "a"));
+    ASSERT_TRUE(writeFile(sFiles + L"\\b.txt", "b"));
+    UQServerDirectory server(sServer);
+    std::vector<UQFileOutcome> outcomes;
+    std::wstring sWhy;
+    ASSERT_EQ(UQMigration(server, sFiles).mf_run(nullptr, nullptr, outcomes, sWhy), 1) << utf8(sWhy);
+    // Line 4 of the store: a header line, two records, then this.
+    ASSERT_TRUE(
+        writeFile(server.mf_getHistoryFile(), readFile(server.mf_getHistoryFile()) + "not a record\n"));
+
+    UQClientWindow window(sServer, sFiles);
+    UQDialogScript script(TIME_LIMIT_MS);
+    std::vector<std::wstring> boxTexts;
+    std::vector<int> shownCounts;
+    closeTip(script);
+    for (int nSearch = 0; nSearch < 2; ++nSearch) {
+        script.mf_then(L"search", [&] {
+            HWND hMain = ready(window);
+            if (hMain == nullptr || UQDialogScript::mf_findDialog(L"Tip") != nullptr)
+                return false;
+            UQDialogScript::mf_click(hMain, IDC_MAIN_SEARCH);
+            return true;
+        });
+        script.mf_then(L"damage reported", [&] {
+            HWND hBox = box();
+            if (hBox == nullptr)
+                return false;
+            boxTexts.push_back(UQDialogScript::mf_getText(GetDlgItem(hBox, IDC_MESSAGE_TEXT)));
+            // A box with one button has it on the right.
+            UQDialogScript::mf_click(hBox, IDC_MESSAGE_BUTTON2);
+            return true;
+        });
+        script.mf_then(L"results", [&] {
+            if (ready(window) == nullptr || box() != nullptr)
+                return false;
+            shownCounts.push_back(window.mf_getShownCount());
+            return true;
+        });
+    }
+    close(script, window);
+    EXPECT_EQ(window.mf_show(), 0);
+    EXPECT_TRUE(script.mf_isFinished()) << failuresOf(script);
+    ASSERT_EQ(boxTexts.size(), 2u);
+    for (const std::wstring& sText : boxTexts) {
+        const std::string sExpected = "1 record of the history store is damaged and was skipped:\r\n" +
+                                      utf8(server.mf_getHistoryFile()) + ":4: ";
+        EXPECT_EQ(utf8(sText).compare(0, sExpected.size(), sExpected), 0) << utf8(sText);
+    }
+    EXPECT_EQ(shownCounts, (std::vector<int>{2, 2}));
+}
+
+TEST_F(ClientWindowTest, InvalidOptionFileIsNamedWithItsLineAndTheWizardStaysOnItsPanel) {
+    ASSERT_TRUE(writeFile(sFiles + L"\\a.txt", "stays"));
+    const std::wstring sOptions = scratch.path() + L"\\bad.opt";
+    ASSERT_TRUE(writeFile(sOptions, "* backup options\nNOSUCHOPTION yes\n"));
+
+    UQClientWindow window(sServer, sFiles);
+    UQDialogScript script(TIME_LIMIT_MS);
+    std::wstring sBoxText;
+    bool bStayed = false;
+    closeTip(script);
+    script.mf_then(L"migrate", [&] {
+        HWND hMain = ready(window);
+        if (hMain == nullptr || UQDialogScript::mf_findDialog(L"Tip") != nullptr)
+            return false;
+        UQDialogScript::mf_click(hMain, IDC_MAIN_MIGRATE);
+        return true;
+    });
+    next(script, window, IDC_CLIENT_FOLDER_EDIT);
+    next(script, window, IDC_CLIENT_CLASS_COMBO);
+    script.mf_then(L"bad option file", [&] {
+        HWND hFrame = frame(window);
+        HWND hPanel =
+            hFrame != nullptr ? UQDialogScript::mf_findPanel(hFrame, IDC_CLIENT_BACKUP_CHECK) : nullptr;
+        if (hPanel == nullptr)
+            return false;
+        SendDlgItemMessageW(hPanel, IDC_CLIENT_BACKUP_CHECK, BM_SETCHECK, BST_CHECKED, 0);
+        SetDlgItemTextW(hPanel, IDC_CLIENT_OPTION_FILE_EDIT, sOptions.c_str());
+        UQDialogScript::mf_click(hFrame, ITEM_NEXT);
+        return true;
+    });
+    script.mf_then(L"refusal", [&] {
+        HWND hBox = box();
+        if (hBox == nullptr)
+            return false;
+        sBoxText = UQDialogScript::mf_getText(GetDlgItem(hBox, IDC_MESSAGE_TEXT));
+        UQDialogScript::mf_click(hBox, IDC_MESSAGE_BUTTON2);
+        return true;
+    });
+    script.mf_then(L"still on the backup panel", [&] {
+        HWND hFrame = frame(window);
+        HWND hPanel =
+            hFrame != nullptr ? UQDialogScript::mf_findPanel(hFrame, IDC_CLIENT_BACKUP_CHECK) : nullptr;
+        if (hPanel == nullptr || box() != nullptr)
+            return false;
+        bStayed = true;
+        // Without an option file the backup client chooses one: Next goes on.
+        SetDlgItemTextW(hPanel, IDC_CLIENT_OPTION_FILE_EDIT, L"");
+        UQDialogScript::mf_click(hFrame, ITEM_NEXT);
+        return true;
+    });
+    script.mf_then(L"cancel on the run panel", [&] {
+        HWND hFrame = frame(window);
+        if (hFrame == nullptr || UQDialogScript::mf_findPanel(hFrame, IDC_CLIENT_RUN_LIST) == nullptr)
+            return false;
+        UQDialogScript::mf_click(hFrame, IDCANCEL);
+        return true;
+    });
+    script.mf_then(L"really cancel", [&] {
+        HWND hBox = box();
+        if (hBox == nullptr)
+            return false;
+        UQDialogScript::mf_click(hBox, IDC_MESSAGE_BUTTON1);
+        return true;
+    });
+    close(script, window);
+    LogCheck log;
+    EXPECT_EQ(window.mf_show(), 0);
+    EXPECT_TRUE(script.mf_isFinished()) << failuresOf(script);
+    const std::string sReason = utf8(sOptions) + ", line 2: unknown option 'NOSUCHOPTION'";
+    EXPECT_EQ(utf8(sBoxText), "The option file cannot be used:\r\n" + sReason);
+    EXPECT_TRUE(bStayed);
+    EXPECT_EQ(readFile(sFiles + L"\\a.txt"), "stays");
+    const std::vector<LogLine> lines = log.lines();
+    EXPECT_NE(std::find(lines.begin(), lines.end(),
+                        LogLine{'W', "UQMigrationWizard::mf_implCheckOptionFile",
+                                "Option file refused: " + sReason}),
+              lines.end());
+}
+
+TEST_F(ClientWindowTest, CancelDuringTheRunLeavesEachFileMigratedWithItsStubOrUntouched) {
+    std::map<std::wstring, std::string> hashes;
+    std::wstring sWhy;
+    ASSERT_EQ(UQClientSample::mf_generate(sFiles, 300, hashes, sWhy), 1) << utf8(sWhy);
+
+    UQClientWindow window(sServer, sFiles);
+    UQDialogScript script(TIME_LIMIT_MS);
+    closeTip(script);
+    script.mf_then(L"migrate", [&] {
+        HWND hMain = ready(window);
+        if (hMain == nullptr || UQDialogScript::mf_findDialog(L"Tip") != nullptr)
+            return false;
+        UQDialogScript::mf_click(hMain, IDC_MAIN_MIGRATE);
+        return true;
+    });
+    next(script, window, IDC_CLIENT_FOLDER_EDIT);
+    next(script, window, IDC_CLIENT_CLASS_COMBO);
+    next(script, window, IDC_CLIENT_BACKUP_CHECK);
+    script.mf_then(L"execute, then cancel", [&] {
+        HWND hFrame = frame(window);
+        if (hFrame == nullptr || UQDialogScript::mf_findPanel(hFrame, IDC_CLIENT_RUN_LIST) == nullptr)
+            return false;
+        UQDialogScript::mf_click(hFrame, ITEM_NEXT);
+        UQDialogScript::mf_click(hFrame, IDCANCEL);
+        return true;
+    });
+    script.mf_then(L"really cancel", [&] {
+        HWND hBox = box();
+        if (hBox == nullptr)
+            return false;
+        UQDialogScript::mf_click(hBox, IDC_MESSAGE_BUTTON1);
+        return true;
+    });
+    close(script, window);
+    EXPECT_EQ(window.mf_show(), 0);
+    EXPECT_TRUE(script.mf_isFinished()) << failuresOf(script);
+    // The run ended after the file at hand: some files are migrated, the rest untouched, none lost.
+    EXPECT_LT(window.mf_getMigrationOutcomes().size(), 300u);
+    UQServerDirectory server(sServer);
+    int nStubs = 0;
+    int nUntouched = 0;
+    for (const auto& entry : hashes) {
+        const std::wstring sPath = sFiles + L"\\" + entry.first;
+        UQVersionRecord stub;
+        UQVersionRecord header;
+        UQOwnedHandle version;
+        if (UQClientSample::mf_hashFile(sPath) == entry.second) {
+            ++nUntouched;
+        } else if (UQRetrieval::mf_readStub(sPath, stub, sWhy) && stub.m_sSha256 == entry.second &&
+                   server.mf_openVersion(stub.m_uVolume, stub.m_uPosition, stub.m_sObjectPath,
+                                         stub.m_uVersion, &stub, version, header, sWhy)) {
+            ++nStubs;
+        } else {
+            ADD_FAILURE() << utf8(entry.first) << " is neither untouched nor a stub of its stored version";
+        }
+    }
+    EXPECT_EQ(nStubs + nUntouched, 300);
+    EXPECT_GT(nUntouched, 0);
+    for (const std::wstring& sFile : filesBelow(scratch.path()))
+        EXPECT_EQ(sFile.find(L".kortmp-"), std::wstring::npos) << "left behind: " << utf8(sFile);
+}
+
+} // namespace
