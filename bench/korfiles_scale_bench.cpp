@@ -167,7 +167,7 @@ struct LimitFile {
 
 // The order of UQPath::mf_compare: separators first, then the case-folded character.
 unsigned orderKey(wchar_t _c) {
-    return _c == L'\\' || _c == L'/' ? 0u : static_cast<unsigned>(AfxFoldLower(_c)) + 1u;
+    return _c == L'\\' || _c == L'/' ? 0u : static_cast<unsigned>(AfxFoldUpper(_c)) + 1u;
 }
 
 struct FoldedHash {

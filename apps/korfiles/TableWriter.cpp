@@ -8,12 +8,13 @@ namespace {
 
 const std::size_t COLUMN_GAP = 2;
 
-// Characters as a terminal counts them, near enough: code points, so a UTF-16 surrogate pair is one.
+// Characters as a terminal counts them, near enough: code points, so a UTF-16 surrogate pair is one (a
+// CString holds UTF-16 units on both targets).
 std::size_t width(const CString& _sText) {
     std::size_t n = 0;
     for (int i = 0; i < _sText.GetLength(); ++i) {
         const wchar_t c = _sText.GetString()[i];
-        if (sizeof(wchar_t) == 2 && c >= 0xDC00 && c <= 0xDFFF)
+        if (c >= 0xDC00 && c <= 0xDFFF)
             continue;
         ++n;
     }

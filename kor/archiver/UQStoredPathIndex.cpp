@@ -7,9 +7,9 @@ std::size_t UQStoredPathIndex::mf_implHash(const CString& _sPath) noexcept {
     for (int i = 0; i < _sPath.GetLength(); ++i) {
         // ASCII inline: the call per character is most of a hash's time otherwise.
         const wchar_t c = p[i] == L'/'                   ? L'\\'
-                          : p[i] >= L'A' && p[i] <= L'Z' ? static_cast<wchar_t>(p[i] + 32)
+                          : p[i] >= L'a' && p[i] <= L'z' ? static_cast<wchar_t>(p[i] - 32)
                           : p[i] < 0x80                  ? p[i]
-                                                         : AfxFoldLower(p[i]);
+                                                         : AfxFoldUpper(p[i]);
         hash = (hash ^ static_cast<std::uint64_t>(static_cast<std::uint32_t>(c))) * 1099511628211ull;
     }
     return static_cast<std::size_t>(hash);

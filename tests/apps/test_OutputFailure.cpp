@@ -222,3 +222,20 @@ TEST(KorFilesOutputFailure, DevFullGivesCode5AndNoSpaceLeftOnDevice) {
     EXPECT_EQ("korfiles: cannot write to standard output: No space left on device\n", err.text);
 }
 #endif
+
+// A character beyond the BMP is a surrogate pair in a CString on both targets, and one column wide.
+TEST(TableWriter, ACharacterBeyondTheBmpTakesOneColumn) {
+    PieceOutput out;
+    TableWriter writer({L"Path", L"Versions"}, TableWriter::TABLE, out);
+    const std::vector<CString> rows[] = {{CString::FromUtf8("C:\\\xF0\x9F\x98\x80.txt"), L"1"},
+                                         {L"C:\\ab.txt", L"2"}};
+    for (const auto& row : rows)
+        writer.mf_measure(row);
+    for (const auto& row : rows)
+        writer.mf_writeRow(row);
+    writer.mf_finish();
+    EXPECT_EQ("Path       Versions\n"
+              "C:\\\xF0\x9F\x98\x80.txt   1\n"
+              "C:\\ab.txt  2\n",
+              out.text);
+}
