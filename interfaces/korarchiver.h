@@ -68,6 +68,17 @@ public:
                                      const UQSeverity& _severity) = 0;
 };
 
+// Hears now and then how far a long read of a listing or a history store has come, on the thread that
+// reads, every 4096 lines. It must not throw.
+class KORARCHIVER_API UVReadProgress {
+public:
+    virtual ~UVReadProgress();
+    // _uLines lines read so far (comments and malformed ones included), the first _uBytes bytes of
+    // _uTotalBytes; _uTotalBytes is 0 where the size is not known.
+    virtual void mf_onReadProgress(std::uint64_t _uLines, std::uint64_t _uBytes,
+                                   std::uint64_t _uTotalBytes) noexcept = 0;
+};
+
 // Reads a listing file (docs/listing-format.md) and reports every good line to the listener. A malformed
 // line, or one the listener refuses, becomes a UQErrno naming the file and line, and reading goes on.
 class KORARCHIVER_API UQListingReader {
@@ -77,11 +88,13 @@ public:
         std::vector<UQErrno> errors; // one per line that was not taken, in file order
     };
 
-    // A file that cannot be opened or read throws UQErrno::_E_::File naming it.
-    static Result mf_read(const CString& _sFile, UVListingFileReader& _rListener);
+    // A file that cannot be opened or read throws UQErrno::_E_::File naming it. _pProgress, if given,
+    // hears how far the reading of the lines has come.
+    static Result mf_read(const CString& _sFile, UVListingFileReader& _rListener,
+                          UVReadProgress* _pProgress = nullptr);
     // The same over text already in memory; _sName is used in the errors.
     static Result mf_readText(const std::string& _utf8Text, const CString& _sName,
-                              UVListingFileReader& _rListener);
+                              UVListingFileReader& _rListener, UVReadProgress* _pProgress = nullptr);
 };
 
 // ---------------------------------------------------------------------------------------------------------
@@ -235,12 +248,14 @@ public:
     // Reads the store and hands each matching record to the sink, in file order, on the calling thread.
     // Malformed records are logged and skipped. A store that cannot be read throws _E_::File; a tripped
     // cancel switch ends the search with _W_::UserCanceled; a UQErrno of the sink ends it with that error.
+    // _pProgress, if given, hears how far the reading has come, with the file's size.
     Result mf_search(const UQHistoryQuery& _query, UVQueryDataSink& _rSink,
-                     const UQCancelSwitch* _pCancel = nullptr) const;
+                     const UQCancelSwitch* _pCancel = nullptr, UVReadProgress* _pProgress = nullptr) const;
     // The same over store text in memory; _sName stands for the file in errors.
     static Result mf_searchText(const std::string& _utf8Text, const CString& _sName,
                                 const UQHistoryQuery& _query, UVQueryDataSink& _rSink,
-                                const UQCancelSwitch* _pCancel = nullptr);
+                                const UQCancelSwitch* _pCancel = nullptr,
+                                UVReadProgress* _pProgress = nullptr);
     // One record as a store line, without the line end. A path that a line cannot carry (a control
     // character, an unpaired surrogate) is logged and thrown as _E_::Parameter, naming the path.
     static std::string mf_formatRecord(const UQQueryData& _data);
@@ -253,7 +268,9 @@ private:
 // on that thread. Nothing the search throws leaves the thread; mf_wait hands it to the caller.
 class KORARCHIVER_API UQHistorySearch {
 public:
-    UQHistorySearch(const UQHistoryStore& _store, const UQHistoryQuery& _query, UVQueryDataSink& _rSink);
+    // _pProgress, if given, hears how far the reading has come, on the search's thread.
+    UQHistorySearch(const UQHistoryStore& _store, const UQHistoryQuery& _query, UVQueryDataSink& _rSink,
+                    UVReadProgress* _pProgress = nullptr);
     UQHistorySearch(const UQHistorySearch&) = delete;
     UQHistorySearch& operator=(const UQHistorySearch&) = delete;
     // Cancels a search still running and waits for it.

@@ -2,11 +2,14 @@
 
 #include "compat/utf8.h"
 
+#include <cerrno>
+
 #if !defined(_WIN32)
 #include <unistd.h>
 #endif
 
-ConsoleOutput::ConsoleOutput(Stream _stream) noexcept : m_pFile(_stream == STANDARD_ERROR ? stderr : stdout) {
+ConsoleOutput::ConsoleOutput(Stream _stream) noexcept
+    : m_pFile(_stream == STANDARD_ERROR ? stderr : stdout), m_nError(0) {
 #if defined(_WIN32)
     m_hConsole = nullptr;
     const HANDLE handle = GetStdHandle(_stream == STANDARD_ERROR ? STD_ERROR_HANDLE : STD_OUTPUT_HANDLE);
@@ -16,7 +19,15 @@ ConsoleOutput::ConsoleOutput(Stream _stream) noexcept : m_pFile(_stream == STAND
 #endif
 }
 
+ConsoleOutput::ConsoleOutput(std::FILE* _pFile) noexcept : m_pFile(_pFile), m_nError(0) {
+#if defined(_WIN32)
+    m_hConsole = nullptr;
+#endif
+}
+
 void ConsoleOutput::mf_write(const std::string& _sText) noexcept {
+    if (m_nError != 0)
+        return;
 #if defined(_WIN32)
     if (m_hConsole != nullptr) {
         try {
@@ -34,18 +45,35 @@ void ConsoleOutput::mf_write(const std::string& _sText) noexcept {
                 DWORD written = 0;
                 if (!WriteConsoleW(m_hConsole, wide.data() + done, static_cast<DWORD>(piece), &written,
                                    nullptr) ||
-                    written == 0)
+                    written == 0) {
+                    m_nError = EIO;
                     return;
+                }
                 done += written;
             }
         } catch (...) {
-            // Out of memory while converting: the text is lost, as with any failed console write.
+            // Out of memory while converting: the text is lost, as with any failed write.
+            m_nError = ENOMEM;
         }
         return;
     }
 #endif
-    std::fwrite(_sText.data(), 1, _sText.size(), m_pFile);
-    std::fflush(m_pFile);
+    errno = 0;
+    const std::size_t written = std::fwrite(_sText.data(), 1, _sText.size(), m_pFile);
+    const int writeError = errno;
+    if (written != _sText.size() || std::fflush(m_pFile) != 0) {
+        // The errno of the call that failed; a stream that failed without one counts as an I/O error.
+        const int flushError = errno;
+        m_nError = written != _sText.size() ? writeError : flushError;
+#if defined(_WIN32)
+        // The C runtime does not always translate a pipe closed by its reader into EPIPE.
+        const DWORD lastError = GetLastError();
+        if (lastError == ERROR_NO_DATA || lastError == ERROR_BROKEN_PIPE)
+            m_nError = EPIPE;
+#endif
+        if (m_nError == 0)
+            m_nError = EIO;
+    }
 }
 
 bool ConsoleOutput::mf_isTerminal() const noexcept {

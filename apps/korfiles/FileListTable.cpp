@@ -1,147 +1,27 @@
 #include "FileListTable.h"
 
-#include <cctype>
-#include <cstdio>
 #include <vector>
 
 namespace {
 
-const std::size_t GAP = 2;
-
-// Characters as a terminal counts them, near enough: code points, so a UTF-16 surrogate pair is one.
-std::size_t width(const CString& _sS) {
-    std::size_t n = 0;
-    for (int i = 0; i < _sS.GetLength(); ++i) {
-        const wchar_t c = _sS.GetString()[i];
-        if (sizeof(wchar_t) == 2 && c >= 0xDC00 && c <= 0xDFFF)
-            continue;
-        ++n;
-    }
-    return n;
-}
-
-using Row = std::vector<CString>;
-
-// Every row has the header's number of columns.
-std::string alignColumns(const std::vector<Row>& _rows) {
-    const std::size_t columns = _rows.front().size();
-    std::vector<std::size_t> widths(columns, 0);
-    for (const Row& row : _rows) {
-        for (std::size_t c = 0; c < columns; ++c) {
-            const std::size_t w = width(row[c]);
-            if (w > widths[c])
-                widths[c] = w;
+// The cells of each item are made twice for a table, once to measure the columns and once to write
+// them: that keeps no more than one row in memory, whatever the number of items.
+template <class Item, class MakeCells>
+void writeItems(const UQArray<Item*, Item*>& _items, const std::vector<CString>& _headers,
+                FileListTable::Format _format, TextOutput& _rOut, MakeCells _makeCells) {
+    TableWriter writer(_headers, _format, _rOut);
+    std::vector<CString> row(_headers.size());
+    if (_format == FileListTable::TABLE) {
+        for (INT_PTR i = 0; i < _items.GetSize(); ++i) {
+            _makeCells(*_items[i], row);
+            writer.mf_measure(row);
         }
     }
-
-    std::string text;
-    for (const Row& row : _rows) {
-        std::string line;
-        std::size_t pending = 0;
-        for (std::size_t c = 0; c < columns; ++c) {
-            if (c > 0)
-                pending += GAP;
-            // Blanks are written only before further text, so no line ends in blanks.
-            if (!row[c].IsEmpty()) {
-                line.append(pending, ' ');
-                pending = 0;
-                line += row[c].ToUtf8();
-            }
-            pending += widths[c] - width(row[c]);
-        }
-        text += line;
-        text += '\n';
+    for (INT_PTR i = 0; i < _items.GetSize() && !writer.mf_hasFailed(); ++i) {
+        _makeCells(*_items[i], row);
+        writer.mf_writeRow(row);
     }
-    return text;
-}
-
-std::string csvField(const CString& _sValue) {
-    const std::string text = _sValue.ToUtf8();
-    const bool quote = text.find_first_of(",\"\r\n") != std::string::npos ||
-                       (!text.empty() && (text.front() == ' ' || text.back() == ' '));
-    if (!quote)
-        return text;
-    std::string out = "\"";
-    for (const char c : text) {
-        if (c == '"')
-            out += '"';
-        out += c;
-    }
-    return out + "\"";
-}
-
-std::string csv(const std::vector<Row>& _rows) {
-    std::string text;
-    for (const Row& row : _rows) {
-        for (std::size_t c = 0; c < row.size(); ++c) {
-            if (c > 0)
-                text += ',';
-            text += csvField(row[c]);
-        }
-        text += '\n';
-    }
-    return text;
-}
-
-std::string jsonString(const std::string& _sText) {
-    std::string out = "\"";
-    for (const char c : _sText) {
-        const unsigned char u = static_cast<unsigned char>(c);
-        if (c == '"' || c == '\\') {
-            out += '\\';
-            out += c;
-        } else if (u < 0x20 || u == 0x7F) {
-            char escaped[8];
-            std::snprintf(escaped, sizeof escaped, "\\u%04x", u);
-            out += escaped;
-        } else {
-            out += c;
-        }
-    }
-    return out + "\"";
-}
-
-// "Selected version" -> "selectedVersion".
-std::string jsonName(const CString& _sHeader) {
-    std::string name;
-    bool upper = false;
-    for (const char c : _sHeader.ToUtf8()) {
-        if (c == ' ') {
-            upper = true;
-            continue;
-        }
-        name += name.empty() ? static_cast<char>(std::tolower(static_cast<unsigned char>(c)))
-                : upper      ? static_cast<char>(std::toupper(static_cast<unsigned char>(c)))
-                             : c;
-        upper = false;
-    }
-    return name;
-}
-
-std::string json(const std::vector<Row>& _rows) {
-    std::vector<std::string> names;
-    for (const CString& header : _rows.front())
-        names.push_back(jsonString(jsonName(header)));
-    std::string text = "[";
-    for (std::size_t r = 1; r < _rows.size(); ++r) {
-        text += r == 1 ? "\n{" : ",\n{";
-        for (std::size_t c = 0; c < _rows[r].size(); ++c)
-            text += (c > 0 ? ", " : "") + names[c] + ": " + jsonString(_rows[r][c].ToUtf8());
-        text += '}';
-    }
-    return text + "\n]\n";
-}
-
-std::string render(const std::vector<Row>& _rows, FileListTable::Format _format) {
-    switch (_format) {
-    case FileListTable::CSV:
-        return csv(_rows);
-    case FileListTable::JSON:
-        return json(_rows);
-    case FileListTable::TABLE:
-        break;
-    }
-    return alignColumns(_rows);
+    writer.mf_finish();
 }
 
 } // namespace
@@ -158,47 +38,41 @@ int FileListTable::mf_parseFormat(const CString& _sWord, Format& _rFormat) {
     return 1;
 }
 
-std::string FileListTable::mf_format(const UQFileListItem::Array& _items, Format _format) {
-    std::vector<Row> rows;
-    rows.reserve(static_cast<std::size_t>(_items.GetSize()) + 1);
-    rows.push_back({L"Path", L"Versions", L"Selected version", L"Result", L"Severity"});
-    for (INT_PTR i = 0; i < _items.GetSize(); ++i) {
-        const UQFileListItem* item = _items[i];
-        rows.push_back({item->mf_getPath(), item->mf_getRangesDisplayString(),
-                        item->mf_getSelectedVersionDisplayString(), item->mf_getResult(),
-                        UVSeverity::mf_toString(item->mf_getSeverity())});
-    }
-    return render(rows, _format);
+void FileListTable::mf_write(const UQFileListItem::Array& _items, Format _format, TextOutput& _rOut) {
+    writeItems(_items, {L"Path", L"Versions", L"Selected version", L"Result", L"Severity"}, _format, _rOut,
+               [](const UQFileListItem& _item, std::vector<CString>& _rRow) {
+                   _rRow[0] = _item.mf_getPath();
+                   _rRow[1] = _item.mf_getRangesDisplayString();
+                   _rRow[2] = _item.mf_getSelectedVersionDisplayString();
+                   _rRow[3] = _item.mf_getResult();
+                   _rRow[4] = UVSeverity::mf_toString(_item.mf_getSeverity());
+               });
 }
 
-std::string FileListTable::mf_formatListing(const UQFileListItem::Array& _items, Format _format) {
-    std::vector<Row> rows;
-    rows.reserve(static_cast<std::size_t>(_items.GetSize()) + 1);
-    rows.push_back({L"Path", L"Versions", L"Result", L"Severity"});
-    for (INT_PTR i = 0; i < _items.GetSize(); ++i) {
-        const UQFileListItem* item = _items[i];
-        rows.push_back({item->mf_getPath(), item->mf_getRangesDisplayString(), item->mf_getResult(),
-                        UVSeverity::mf_toString(item->mf_getSeverity())});
-    }
-    return render(rows, _format);
+void FileListTable::mf_writeListing(const UQFileListItem::Array& _items, Format _format, TextOutput& _rOut) {
+    writeItems(_items, {L"Path", L"Versions", L"Result", L"Severity"}, _format, _rOut,
+               [](const UQFileListItem& _item, std::vector<CString>& _rRow) {
+                   _rRow[0] = _item.mf_getPath();
+                   _rRow[1] = _item.mf_getRangesDisplayString();
+                   _rRow[2] = _item.mf_getResult();
+                   _rRow[3] = UVSeverity::mf_toString(_item.mf_getSeverity());
+               });
 }
 
-std::string FileListTable::mf_formatSearch(const UQSearchFileItem::Array& _items, int _bSelectedOnly,
-                                           Format _format) {
-    std::vector<Row> rows;
-    rows.reserve(static_cast<std::size_t>(_items.GetSize()) + 1);
-    rows.push_back({L"Path", _bSelectedOnly ? L"Version" : L"Versions", L"Status", L"Security", L"Streams"});
-    for (INT_PTR i = 0; i < _items.GetSize(); ++i) {
-        const UQSearchFileItem* item = _items[i];
-        const UQSearchFileVersion* selected = item->mf_getSelectedVersion();
-        const UQSearchFileVersion* shown = selected != nullptr ? selected : item->mf_getLatestVersion();
-        CString versions;
-        if (_bSelectedOnly && selected != nullptr)
-            versions.Format(L"%lu", static_cast<unsigned long>(selected->mf_getVersion()));
-        else
-            versions = item->mf_getRangesDisplayString();
-        rows.push_back({item->mf_getPathDisplayString(), versions, shown->mf_getStatusString(),
-                        item->mf_getSecurityDisplayString(), item->mf_getADStreamsDisplayString()});
-    }
-    return render(rows, _format);
+void FileListTable::mf_writeSearch(const UQSearchFileItem::Array& _items, int _bSelectedOnly, Format _format,
+                                   TextOutput& _rOut) {
+    writeItems(
+        _items, {L"Path", _bSelectedOnly ? L"Version" : L"Versions", L"Status", L"Security", L"Streams"},
+        _format, _rOut, [_bSelectedOnly](const UQSearchFileItem& _item, std::vector<CString>& _rRow) {
+            const UQSearchFileVersion* selected = _item.mf_getSelectedVersion();
+            const UQSearchFileVersion* shown = selected != nullptr ? selected : _item.mf_getLatestVersion();
+            _rRow[0] = _item.mf_getPathDisplayString();
+            if (_bSelectedOnly && selected != nullptr)
+                _rRow[1].Format(L"%lu", static_cast<unsigned long>(selected->mf_getVersion()));
+            else
+                _rRow[1] = _item.mf_getRangesDisplayString();
+            _rRow[2] = shown->mf_getStatusString();
+            _rRow[3] = _item.mf_getSecurityDisplayString();
+            _rRow[4] = _item.mf_getADStreamsDisplayString();
+        });
 }

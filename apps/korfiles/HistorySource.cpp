@@ -15,7 +15,8 @@ std::string sampleText() {
 
 // The sample's search on its own thread, as UQHistorySearch runs a file's: whatever it throws is kept
 // and thrown again on the waiting thread, nothing leaves the worker.
-UQHistoryStore::Result searchSampleOnWorker(const UQHistoryQuery& _query, UVQueryDataSink& _rSink) {
+UQHistoryStore::Result searchSampleOnWorker(const UQHistoryQuery& _query, UVQueryDataSink& _rSink,
+                                            UVReadProgress* _pProgress) {
     const std::string text = sampleText();
     const CString name(HistorySource::SAMPLE_NAME);
     UQHistoryStore::Result result;
@@ -23,7 +24,7 @@ UQHistoryStore::Result searchSampleOnWorker(const UQHistoryQuery& _query, UVQuer
     auto run = [&]() noexcept {
         try {
             try {
-                result = UQHistoryStore::mf_searchText(text, name, _query, _rSink);
+                result = UQHistoryStore::mf_searchText(text, name, _query, _rSink, nullptr, _pProgress);
             } catch (const UQErrno& e) {
                 error.emplace(e);
             } catch (const std::bad_alloc&) {
@@ -64,9 +65,10 @@ HistorySource HistorySource::mf_file(const CString& _sFile) {
     return HistorySource(_sFile, 0);
 }
 
-UQHistoryStore::Result HistorySource::mf_search(const UQHistoryQuery& _query, UVQueryDataSink& _rSink) const {
+UQHistoryStore::Result HistorySource::mf_search(const UQHistoryQuery& _query, UVQueryDataSink& _rSink,
+                                                UVReadProgress* _pProgress) const {
     if (m_bSample)
-        return searchSampleOnWorker(_query, _rSink);
-    UQHistorySearch search(UQHistoryStore(m_sName), _query, _rSink);
+        return searchSampleOnWorker(_query, _rSink, _pProgress);
+    UQHistorySearch search(UQHistoryStore(m_sName), _query, _rSink, _pProgress);
     return search.mf_wait();
 }

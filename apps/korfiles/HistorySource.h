@@ -17,7 +17,9 @@ public:
     // Searches on a worker thread of its own and waits for it: a file through UQHistorySearch, the
     // sample through UQHistoryStore::mf_searchText; the sink is called on that thread. Answers the
     // search's result or throws the UQErrno it ended with (_E_::File for a store that cannot be read).
-    UQHistoryStore::Result mf_search(const UQHistoryQuery& _query, UVQueryDataSink& _rSink) const;
+    // _pProgress, if given, hears on that thread how far the reading has come.
+    UQHistoryStore::Result mf_search(const UQHistoryQuery& _query, UVQueryDataSink& _rSink,
+                                     UVReadProgress* _pProgress = nullptr) const;
 
     const CString& mf_getName() const noexcept { return m_sName; }
     int mf_isSample() const noexcept { return m_bSample; }

@@ -16,6 +16,7 @@
 #include <cstdio>
 #include <cstring>
 #include <new>
+#include <system_error>
 
 #if defined(_WIN32)
 #include <fcntl.h>
@@ -158,7 +159,9 @@ int runFileVersions(const std::string& _sText, const Options& _options, const st
 
     UQFileListItem::Array items;
     list.mf_getSorted(items, _options.key, _options.bAscending);
-    _rOut.mf_write(FileListTable::mf_format(items, _options.format));
+    FileListTable::mf_write(items, _options.format, _rOut);
+    if (_rOut.mf_getError() != 0)
+        return KorFilesTool::mf_reportOutputFailure(_rOut, _rErr);
     _rErr.mf_write(KorFilesTool::mf_countLine(items.GetSize(), versionCount(items), problems.mf_getCount(),
                                               "malformed line"));
     return problems.mf_getCount() > 0 ? KorFilesTool::EXIT_LINES_SKIPPED : KorFilesTool::EXIT_ALL_READ;
@@ -167,14 +170,18 @@ int runFileVersions(const std::string& _sText, const Options& _options, const st
 int runListing(const std::string& _sText, const Options& _options, const CString& _sInput, TextOutput& _rOut,
                TextOutput& _rErr) {
     MigrationListing listing;
-    const std::vector<UQErrno> skipped = listing.mf_read(_sText, _sInput);
+    ProgressLine progress(_rErr, _sText.size());
+    const std::vector<UQErrno> skipped = listing.mf_read(_sText, _sInput, &progress);
+    progress.mf_finish();
     // The reader's own words, which already name the file and the line.
     for (const UQErrno& e : skipped)
         _rErr.mf_write(e.mf_getDetail().ToUtf8() + "\n");
 
     UQFileListItem::Array items;
     listing.mf_getItems(items, _options.filter, _options.key, _options.bAscending);
-    _rOut.mf_write(FileListTable::mf_formatListing(items, _options.format));
+    FileListTable::mf_writeListing(items, _options.format, _rOut);
+    if (_rOut.mf_getError() != 0)
+        return KorFilesTool::mf_reportOutputFailure(_rOut, _rErr);
     _rErr.mf_write(KorFilesTool::mf_countLine(items.GetSize(), versionCount(items),
                                               static_cast<long long>(skipped.size()), "malformed line"));
     return skipped.empty() ? KorFilesTool::EXIT_ALL_READ : KorFilesTool::EXIT_LINES_SKIPPED;
@@ -225,7 +232,11 @@ const wchar_t* const KorFilesTool::STANDARD_INPUT = L"-";
 int KorFilesTool::mf_run(const std::vector<CString>& _args, const CString& _sDefaultInput,
                          const CString& _sDefaultListing, TextOutput& _rOut, TextOutput& _rErr) noexcept {
     try {
-        return run(_args, _sDefaultInput, _sDefaultListing, _rOut, _rErr);
+        const int code = run(_args, _sDefaultInput, _sDefaultListing, _rOut, _rErr);
+        // The help, the version and the settings are written whole; their failure shows only here.
+        if (_rOut.mf_getError() != 0 && code != EXIT_OUTPUT_FAILED && code != EXIT_OUTPUT_CLOSED)
+            return mf_reportOutputFailure(_rOut, _rErr);
+        return code;
     } catch (const UQErrno& e) {
         _rErr.mf_write("korfiles: " + e.mf_toString().ToUtf8() + "\n");
     } catch (const std::bad_alloc&) {
@@ -275,6 +286,19 @@ int KorFilesTool::mf_implReadStream(std::FILE* _pFile, std::string& _rText, std:
     }
     _rText.swap(content);
     return 1;
+}
+
+int KorFilesTool::mf_reportOutputFailure(const TextOutput& _out, TextOutput& _rErr) noexcept {
+    const int error = _out.mf_getError();
+    if (error == EPIPE)
+        return EXIT_OUTPUT_CLOSED;
+    try {
+        _rErr.mf_write("korfiles: cannot write to standard output: " +
+                       std::error_code(error, std::generic_category()).message() + "\n");
+    } catch (...) {
+        // Out of memory for the message: the exit code still tells.
+    }
+    return EXIT_OUTPUT_FAILED;
 }
 
 std::string KorFilesTool::mf_countLine(long long _nFiles, long long _nVersions, long long _nSkipped,
@@ -335,7 +359,8 @@ std::string KorFilesTool::mf_getHelp(const CString& _sDefaultInput, const CStrin
            "FILE - reads standard input.\n"
            "\n"
            "Exit status: 0 every line was read, 1 malformed lines were skipped, 2 bad usage,\n"
-           "3 FILE cannot be read, 4 internal error.\n"
+           "3 FILE cannot be read, 4 internal error, 5 standard output cannot be written (a full\n"
+           "disk), 6 standard output was closed by its reader (a pipe into head; nothing is said).\n"
            "\n"
            "Failures of the library are recorded in the product log (KOR_LOG_FILE names another file):\n"
            "  " +

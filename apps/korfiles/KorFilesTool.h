@@ -13,13 +13,17 @@
 // (SearchCommand); with "settings", shows and changes the client's GUI defaults (SettingsCommand).
 class KorFilesTool {
 public:
-    static const int EXIT_ALL_READ = 0;
-    static const int EXIT_LINES_SKIPPED = 1;
+    static constexpr int EXIT_ALL_READ = 0;
+    static constexpr int EXIT_LINES_SKIPPED = 1;
     // settings: the registry refused the change, or there was nothing to change.
-    static const int EXIT_NOT_CHANGED = 1;
-    static const int EXIT_BAD_USAGE = 2;
-    static const int EXIT_UNREADABLE = 3;
-    static const int EXIT_INTERNAL_ERROR = 4;
+    static constexpr int EXIT_NOT_CHANGED = 1;
+    static constexpr int EXIT_BAD_USAGE = 2;
+    static constexpr int EXIT_UNREADABLE = 3;
+    static constexpr int EXIT_INTERNAL_ERROR = 4;
+    // Standard output cannot be written (a full disk, an I/O error): one line on standard error.
+    static constexpr int EXIT_OUTPUT_FAILED = 5;
+    // The reader of standard output closed it (a pipe into head): the program ends without a word.
+    static constexpr int EXIT_OUTPUT_CLOSED = 6;
     // The program's version, printed by --version.
     static const char* const VERSION;
     // The file name that stands for standard input.
@@ -41,6 +45,11 @@ public:
     // names what was skipped: "malformed line", "malformed record").
     static std::string mf_countLine(long long _nFiles, long long _nVersions, long long _nSkipped,
                                     const char* _pszSkipped);
+
+    // The exit code for an output that failed (_out.mf_getError() is not 0), after its line on _rErr:
+    // EXIT_OUTPUT_CLOSED quietly for a closed pipe, else "korfiles: cannot write to standard output:
+    // <reason>" and EXIT_OUTPUT_FAILED.
+    static int mf_reportOutputFailure(const TextOutput& _out, TextOutput& _rErr) noexcept;
 
     // The usage lines that follow a usage error.
     static std::string mf_getUsage();

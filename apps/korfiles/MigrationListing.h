@@ -23,10 +23,15 @@ public:
     MigrationListing(const MigrationListing&) = delete;
     MigrationListing& operator=(const MigrationListing&) = delete;
 
-    // Feeds the listing's text (UTF-8) to the list through the listing reader, then closes the list and
-    // sorts every item's versions newest first. Answers one error per line that was not taken, in file
-    // order; each one's detail reads "<_sName>:<line>: <what is wrong>". Only one listing per object.
-    std::vector<UQErrno> mf_read(const std::string& _sText, const CString& _sName);
+    // Reads the listing's text (UTF-8) through the listing reader and hands its entries to the list in
+    // ascending path order, the order the list's find-or-add relies on, so that the lines of one path make
+    // one item wherever they stand; lines of one path keep their order, and the first gives the item's
+    // result. Then closes the list and sorts every item's versions newest first. Answers one error per
+    // line that was not taken, those of the reader in file order and then any the list refused; each
+    // one's detail reads "<_sName>:<line>: <what is wrong>". _pProgress, if given, hears how far the
+    // reading has come. Only one listing per object.
+    std::vector<UQErrno> mf_read(const std::string& _sText, const CString& _sName,
+                                 UVReadProgress* _pProgress = nullptr);
 
     // Replaces what _rItems holds with the items that the filter keeps, in the asked order. The listing
     // keeps ownership. Only after mf_read.

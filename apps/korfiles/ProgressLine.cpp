@@ -49,6 +49,13 @@ void ProgressLine::mf_onProgress(std::uint64_t _uRecords, std::uint64_t _uBytes)
     }
 }
 
+void ProgressLine::mf_onReadProgress(std::uint64_t _uLines, std::uint64_t _uBytes,
+                                     std::uint64_t _uTotalBytes) noexcept {
+    if (_uTotalBytes != 0)
+        m_uTotalBytes = _uTotalBytes;
+    mf_onProgress(_uLines, _uBytes);
+}
+
 void ProgressLine::mf_finish() noexcept {
     if (!m_bShown)
         return;

@@ -2,6 +2,7 @@
 
 #include "FileListTable.h"
 #include "KorFilesTool.h"
+#include "ProgressLine.h"
 #include "SearchListSink.h"
 
 #include "guibase/search/UQSearchList.h"
@@ -248,9 +249,12 @@ int SearchCommand::mf_run(const std::vector<CString>& _args, const HistorySource
     UQSearchList list;
     SearchListSink sink(list);
     UQHistoryStore::Result result;
+    ProgressLine progress(_rErr, 0);
     try {
-        result = source.mf_search(query, sink);
+        result = source.mf_search(query, sink, &progress);
+        progress.mf_finish();
     } catch (const UQErrno& e) {
+        progress.mf_finish();
         if (!e.mf_getData().mf_is(UQErrno::_E_::File))
             throw;
         // The store's own words, which name the file.
@@ -285,7 +289,9 @@ int SearchCommand::mf_run(const std::vector<CString>& _args, const HistorySource
     }
     if (!options.bRetrievalOrder)
         sortItems(shown, options.key, options.bAscending);
-    _rOut.mf_write(FileListTable::mf_formatSearch(shown, options.bLatestOnly ? 1 : 0, options.format));
+    FileListTable::mf_writeSearch(shown, options.bLatestOnly ? 1 : 0, options.format, _rOut);
+    if (_rOut.mf_getError() != 0)
+        return KorFilesTool::mf_reportOutputFailure(_rOut, _rErr);
     long long versions = 0;
     for (INT_PTR i = 0; i < shown.GetSize(); ++i)
         versions += shown[i]->mf_getVersionCount();
@@ -335,5 +341,6 @@ std::string SearchCommand::mf_getHelp() {
            "  --                  take the next argument as PATTERN even if it starts with '-'\n"
            "\n"
            "Exit status: 0 every record was read, 1 malformed records were skipped, 2 bad usage,\n"
-           "3 the store cannot be read, 4 internal error.\n";
+           "3 the store cannot be read, 4 internal error, 5 standard output cannot be written,\n"
+           "6 standard output was closed by its reader.\n";
 }

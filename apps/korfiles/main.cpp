@@ -11,6 +11,7 @@
 #include "compat/utf8.h"
 
 #include <climits>
+#include <csignal>
 #include <cstring>
 #include <unistd.h>
 #endif
@@ -70,6 +71,9 @@ int wmain(int argc, wchar_t** argv) {
 }
 #else
 int main(int argc, char** argv) {
+    // A reader that closes the pipe (head) makes writes fail with EPIPE, which the program reports with
+    // its own exit code, instead of ending it by the signal.
+    std::signal(SIGPIPE, SIG_IGN);
     // Every byte is kept, so that a file name that is not UTF-8 still names its file; text arguments are
     // checked where they are taken.
     std::vector<CString> args;

@@ -7,15 +7,16 @@
 #include <thread>
 
 struct UQHistorySearch::Impl {
-    Impl(const UQHistoryStore& _store, const UQHistoryQuery& _query, UVQueryDataSink& _rSink)
-        : store(_store), query(_query), sink(_rSink) {}
+    Impl(const UQHistoryStore& _store, const UQHistoryQuery& _query, UVQueryDataSink& _rSink,
+         UVReadProgress* _pProgress)
+        : store(_store), query(_query), sink(_rSink), progress(_pProgress) {}
 
     // The thread's whole life: whatever the search throws is kept for mf_wait, nothing leaves the thread.
     void run() noexcept {
         static const wchar_t* const _sFunction_ = L"UQHistorySearch::mf_implRun";
         try {
             try {
-                result = store.mf_search(query, sink, &cancel);
+                result = store.mf_search(query, sink, &cancel, progress);
             } catch (const UQErrno& e) {
                 // Logged where it arose.
                 error.emplace(e);
@@ -46,6 +47,7 @@ struct UQHistorySearch::Impl {
     UQHistoryStore store;
     UQHistoryQuery query;
     UVQueryDataSink& sink;
+    UVReadProgress* progress;
     UQCancelSwitch cancel;
     UQHistoryStore::Result result;
     std::optional<UQErrno> error;
@@ -53,8 +55,8 @@ struct UQHistorySearch::Impl {
 };
 
 UQHistorySearch::UQHistorySearch(const UQHistoryStore& _store, const UQHistoryQuery& _query,
-                                 UVQueryDataSink& _rSink)
-    : m_pImpl(new Impl(_store, _query, _rSink)) {
+                                 UVQueryDataSink& _rSink, UVReadProgress* _pProgress)
+    : m_pImpl(new Impl(_store, _query, _rSink, _pProgress)) {
     static const wchar_t* const _sFunction_ = L"UQHistorySearch::UQHistorySearch";
     try {
         m_pImpl->thread = std::thread(&Impl::run, m_pImpl.get());

@@ -3,18 +3,26 @@
 
 #include "kor/archiver/HistoryText.h"
 #include "kor/archiver/TextFile.h"
+#include "kor/archiver/UQStoredPathIndex.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <memory>
 #include <string>
-#include <unordered_map>
+
+#if defined(_WIN32)
+#include <io.h>
+#else
+#include <sys/stat.h>
+#endif
 
 namespace {
 
 const wchar_t* const SEARCH_FUNCTION = L"UQHistoryStore::mf_searchText";
 constexpr std::size_t FIELD_COUNT = 8;
+// How often a progress listener hears of the read.
+constexpr std::uint32_t PROGRESS_LINES = 4096;
 
 std::string trimBlanks(const std::string& _sS) {
     std::size_t a = 0, b = _sS.size();
@@ -140,9 +148,10 @@ bool parseAccessKey(const std::string& _sText, UQQueryData::AccessKey& _rKey) {
 class LineReader {
 public:
     LineReader(const CString& _sName, const UQHistoryQuery& _query, UVQueryDataSink& _rSink,
-               const UQCancelSwitch* _pCancel, UQHistoryStore::Result& _rResult)
-        : m_name(_sName), m_query(_query), m_sink(_rSink), m_cancel(_pCancel), m_result(_rResult),
-          m_uLine(0) {
+               const UQCancelSwitch* _pCancel, UQHistoryStore::Result& _rResult, UVReadProgress* _pProgress,
+               std::uint64_t _uTotalBytes)
+        : m_name(_sName), m_query(_query), m_sink(_rSink), m_cancel(_pCancel), m_result(_rResult), m_uLine(0),
+          m_pProgress(_pProgress), m_uTotalBytes(_uTotalBytes), m_uFed(0) {
         if (!_query.sPattern.IsEmpty())
             m_pattern.reset(new UQPathPattern(_query.sPattern));
     }
@@ -154,7 +163,7 @@ public:
             const void* found = std::memchr(_pszData + start, '\n', _nSize - start);
             if (found == nullptr) {
                 m_carry.append(_pszData + start, _nSize - start);
-                return;
+                break;
             }
             const std::size_t end = static_cast<std::size_t>(static_cast<const char*>(found) - _pszData);
             if (m_carry.empty()) {
@@ -166,7 +175,10 @@ public:
                 line(text);
             }
             start = end + 1;
+            if (m_pProgress != nullptr && m_uLine % PROGRESS_LINES == 0)
+                m_pProgress->mf_onReadProgress(m_uLine, m_uFed + start, m_uTotalBytes);
         }
+        m_uFed += _nSize;
     }
 
     void finish() {
@@ -252,13 +264,13 @@ private:
             return skip(L"bad access key", access);
         // The search list groups the versions of a file by object path, case-blind: a version listed twice
         // would show twice.
-        CString sFolded = CString::FromUtf8(objectPath);
-        sFolded.MakeUpper();
-        const auto known = m_firstLines.emplace(sFolded.ToUtf8() + '\t' + std::to_string(uVersion), m_uLine);
-        if (!known.second) {
+        CString sObjectPath = CString::FromUtf8(objectPath);
+        const std::uint32_t firstLine =
+            m_index.mf_note(sObjectPath, static_cast<std::uint32_t>(uVersion), m_uLine);
+        if (firstLine != 0) {
             CString what;
             what.Format(L"version %lu of this path is already listed on line %lu",
-                        static_cast<std::uint32_t>(uVersion), known.first->second);
+                        static_cast<std::uint32_t>(uVersion), firstLine);
             return skip(what);
         }
         ++m_result.uRecords;
@@ -267,7 +279,6 @@ private:
             return;
         if (m_query.toTime.mf_getValue() != 0 && uLastWrite > m_query.toTime.mf_getValue())
             return;
-        const CString sObjectPath = CString::FromUtf8(objectPath);
         const CString sFilePath = filePath == "=" ? sObjectPath : CString::FromUtf8(filePath);
         if (m_pattern && !m_pattern->mf_matches(sFilePath))
             return;
@@ -306,9 +317,24 @@ private:
     std::unique_ptr<UQPathPattern> m_pattern;
     std::uint32_t m_uLine;
     std::string m_carry;
-    // The line of each object path's version ("PATH\tversion", the path upper-cased) first listed.
-    std::unordered_map<std::string, std::uint32_t> m_firstLines;
+    UVReadProgress* m_pProgress;
+    std::uint64_t m_uTotalBytes;
+    // Bytes fed before the piece at hand.
+    std::uint64_t m_uFed;
+    // Each object path met, with the line of each of its versions.
+    UQStoredPathIndex m_index;
 };
+
+// The size of an open file, for the progress's percentage; 0 where it cannot be told (a pipe).
+std::uint64_t fileSize(FILE* _pFile) noexcept {
+#if defined(_WIN32)
+    const __int64 size = _filelengthi64(_fileno(_pFile));
+#else
+    struct stat info;
+    const long long size = fstat(fileno(_pFile), &info) == 0 && S_ISREG(info.st_mode) ? info.st_size : -1;
+#endif
+    return size > 0 ? static_cast<std::uint64_t>(size) : 0u;
+}
 
 } // namespace
 
@@ -316,22 +342,25 @@ UQHistoryStore::UQHistoryStore(const CString& _sFile) : m_sFile(_sFile) {}
 
 UQHistoryStore::Result UQHistoryStore::mf_searchText(const std::string& _utf8Text, const CString& _sName,
                                                      const UQHistoryQuery& _query, UVQueryDataSink& _rSink,
-                                                     const UQCancelSwitch* _pCancel) {
+                                                     const UQCancelSwitch* _pCancel,
+                                                     UVReadProgress* _pProgress) {
     Result result;
-    LineReader reader(_sName, _query, _rSink, _pCancel, result);
+    LineReader reader(_sName, _query, _rSink, _pCancel, result, _pProgress, _utf8Text.size());
     reader.feed(_utf8Text.data(), _utf8Text.size());
     reader.finish();
     return result;
 }
 
 UQHistoryStore::Result UQHistoryStore::mf_search(const UQHistoryQuery& _query, UVQueryDataSink& _rSink,
-                                                 const UQCancelSwitch* _pCancel) const {
+                                                 const UQCancelSwitch* _pCancel,
+                                                 UVReadProgress* _pProgress) const {
     static const wchar_t* const _sFunction_ = L"UQHistoryStore::mf_search";
     // The file is closed on every way out, also when the sink or a cancellation ends the search.
     const UQStdFile file(kortext::openForReading(m_sFile, _sFunction_, L"history store"));
     FILE* f = file.mf_get();
     Result result;
-    LineReader reader(m_sFile, _query, _rSink, _pCancel, result);
+    LineReader reader(m_sFile, _query, _rSink, _pCancel, result, _pProgress,
+                      _pProgress != nullptr ? fileSize(f) : 0);
     std::unique_ptr<char[]> buffer(new char[1u << 16]);
     std::size_t n;
     while ((n = std::fread(buffer.get(), 1, 1u << 16, f)) > 0)

@@ -11,6 +11,9 @@
 
 namespace {
 
+// How often a progress listener hears of the read.
+const std::uint32_t PROGRESS_LINES = 4096;
+
 std::vector<std::string> splitTabs(const std::string& _sLine) {
     std::vector<std::string> fields;
     std::size_t start = 0;
@@ -82,7 +85,8 @@ UQErrno lineError(const CString& _sName, std::uint32_t _uLine, const wchar_t* _p
 } // namespace
 
 UQListingReader::Result UQListingReader::mf_readText(const std::string& _utf8Text, const CString& _sName,
-                                                     UVListingFileReader& _rListener) {
+                                                     UVListingFileReader& _rListener,
+                                                     UVReadProgress* _pProgress) {
     static const wchar_t* const _sFunction_ = L"UQListingReader::mf_readText";
     Result result;
     std::size_t start = 0;
@@ -97,6 +101,8 @@ UQListingReader::Result UQListingReader::mf_readText(const std::string& _utf8Tex
             _utf8Text.substr(start, end == std::string::npos ? std::string::npos : end - start);
         start = end == std::string::npos ? _utf8Text.size() : end + 1;
         ++lineNumber;
+        if (_pProgress != nullptr && lineNumber % PROGRESS_LINES == 0)
+            _pProgress->mf_onReadProgress(lineNumber, start, _utf8Text.size());
         if (!line.empty() && line.back() == '\r')
             line.pop_back();
         kortext::skipByteOrderMark(line);
@@ -185,7 +191,8 @@ UQListingReader::Result UQListingReader::mf_readText(const std::string& _utf8Tex
     return result;
 }
 
-UQListingReader::Result UQListingReader::mf_read(const CString& _sFile, UVListingFileReader& _rListener) {
+UQListingReader::Result UQListingReader::mf_read(const CString& _sFile, UVListingFileReader& _rListener,
+                                                 UVReadProgress* _pProgress) {
     static const wchar_t* const _sFunction_ = L"UQListingReader::mf_read";
     UQStdFile f(kortext::openForReading(_sFile, _sFunction_, L"listing file"));
     std::string text;
@@ -201,5 +208,5 @@ UQListingReader::Result UQListingReader::mf_read(const CString& _sFile, UVListin
         UQKorReport::mf_fail(
             UQErrno(UQErrnoData(UQErrno::_E_::File), kortext::readErrorDetail(_sFile, readError)),
             _sFunction_, L"Failure reading listing file '%s'", _sFile);
-    return mf_readText(text, _sFile, _rListener);
+    return mf_readText(text, _sFile, _rListener, _pProgress);
 }

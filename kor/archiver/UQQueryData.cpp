@@ -9,6 +9,14 @@
 
 namespace {
 
+// The versions of one file read from a store share one path text: those compare equal without a look at
+// the characters.
+int compareObjectPaths(const UQPath& _a, const UQPath& _b) noexcept {
+    const CString& a = _a;
+    const CString& b = _b;
+    return a.GetString() == b.GetString() ? 0 : UQPath::mf_compare(a, b);
+}
+
 // Top-down merge sort with a buffer of half the range. Stable, and it only moves plain values, so the
 // order is all that can change; the comparisons never throw.
 template <class T, class Less>
@@ -188,7 +196,7 @@ void UQQueryData::mf_sortByPathAndVersion(int _bPathAscending, int _bVersionAsce
                                                             const UQQueryData* _pB) noexcept {
         if (_pA == nullptr || _pB == nullptr)
             return _pA != nullptr && _pB == nullptr;
-        const int c = UQPath::mf_compare(_pA->m_objectPath, _pB->m_objectPath);
+        const int c = compareObjectPaths(_pA->m_objectPath, _pB->m_objectPath);
         if (c != 0)
             return _bPathAscending ? c < 0 : c > 0;
         return _bVersionAscending ? _pA->m_uVersion < _pB->m_uVersion : _pA->m_uVersion > _pB->m_uVersion;
@@ -202,7 +210,7 @@ void UQQueryData::mf_sortByPathAndVersion(int _bPathAscending, int _bVersionAsce
     static const wchar_t* const _sFunction_ = L"UQQueryData::mf_sortByPathAndVersion::2";
     sortItems(_ppItems, _nCount, _sFunction_,
               [_bPathAscending, _bVersionAscending](const KeyedItem& _a, const KeyedItem& _b) noexcept {
-                  const int c = UQPath::mf_compare(_a.pData->m_objectPath, _b.pData->m_objectPath);
+                  const int c = compareObjectPaths(_a.pData->m_objectPath, _b.pData->m_objectPath);
                   if (c != 0)
                       return _bPathAscending ? c < 0 : c > 0;
                   return _bVersionAscending ? _a.pData->m_uVersion < _b.pData->m_uVersion
@@ -219,7 +227,7 @@ void UQQueryData::mf_sortByAccessOrder(UVQueryItem** _ppItems, INT_PTR _nCount) 
             return x.uVolume < y.uVolume;
         if (x.uPosition != y.uPosition)
             return x.uPosition < y.uPosition;
-        const int c = UQPath::mf_compare(_a.pData->m_objectPath, _b.pData->m_objectPath);
+        const int c = compareObjectPaths(_a.pData->m_objectPath, _b.pData->m_objectPath);
         if (c != 0)
             return c < 0;
         return _a.pData->m_uVersion < _b.pData->m_uVersion;

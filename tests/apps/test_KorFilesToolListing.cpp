@@ -253,7 +253,7 @@ TEST_F(KorFilesListingTest, AnEntryTheListCannotStoreIsReportedAndSkippedWithCod
         {'E', "UQListingFileList::mf_onMigrationEntry",
          "Failure adding file item 'C:\\n\\a.txt', version=1:\r\n    [E] _E_::Memory: There is not enough "
          "memory."},
-        {'W', "UQListingReader::mf_readText", "Listing line skipped: " + detail}};
+        {'W', "MigrationListing::mf_read", "Listing line skipped: " + detail}};
     EXPECT_EQ(expected, log.lines());
 }
 
@@ -334,4 +334,14 @@ TEST_F(KorFilesListingTest, ANonAsciiPathIsPrintedAsUtf8AndAlignedByCharacters) 
               "C:\\Pr\xC3\xA4sentation.pptx  2         Migrated       Information\n"
               "C:\\z.txt              1         Access denied  Error\n",
               out.text);
+}
+
+// Out-of-order lines are merged into their path's item: no second row for the same path.
+TEST_F(KorFilesListingTest, OutOfOrderLinesOfAPathGiveOneRow) {
+    const TempFile file("C:\\n\\b.txt\t1\tmigrated\n"
+                        "C:\\n\\a.txt\t1\tmigrated\n"
+                        "C:\\n\\b.txt\t2\tmigrated\n");
+    EXPECT_EQ(0, run({L"--listing=" + file.path()}));
+    EXPECT_EQ((std::vector<std::string>{"C:\\n\\a.txt", "C:\\n\\b.txt"}), printedPaths());
+    EXPECT_EQ("2 files, 3 versions, 0 malformed lines skipped\n", err.text);
 }

@@ -211,9 +211,46 @@ TEST(MigrationListing, AnEntryTheListCannotStoreIsReportedLikeAMalformedLine) {
         {'E', "UQListingFileList::mf_onMigrationEntry",
          "Failure adding file item 'C:\\n\\a.txt', version=1:\r\n    [E] _E_::Memory: There is not enough "
          "memory."},
-        {'W', "UQListingReader::mf_readText", "Listing line skipped: " + detail}};
+        {'W', "MigrationListing::mf_read", "Listing line skipped: " + detail}};
     EXPECT_EQ(expected, log.lines());
     UQFileListItem::Array items;
     listing.mf_getItems(items, filter(0, 0, 0, 0), FileListOrder::BY_PATH, 1);
     EXPECT_EQ((std::vector<std::string>{"C:\\n\\b.txt"}), paths(items));
+}
+
+// A listing whose lines of one path are apart (b, a, b, c, a): every path still makes one item with all
+// its versions, and the first line of a path gives the result, as if the listing had been in path order.
+TEST(MigrationListing, LinesOfOnePathOutOfOrderAreMergedIntoOneItem) {
+    MigrationListing listing;
+    LogCheck log;
+    const std::vector<UQErrno> errors = listing.mf_read("C:\\d\\b.txt\t1\tmigrated\n"
+                                                        "C:\\d\\a.txt\t1\twarning\tChanged\n"
+                                                        "C:\\d\\b.txt\t2\tfailed\tAccess denied\n"
+                                                        "C:\\d\\c.txt\t1\tmigrated\n"
+                                                        "C:\\d\\a.txt\t2\tmigrated\n",
+                                                        L"unordered.txt");
+    EXPECT_TRUE(errors.empty());
+    UQFileListItem::Array items;
+    listing.mf_getItems(items, filter(0, 0, 0, 0), FileListOrder::BY_PATH, 1);
+    ASSERT_EQ((std::vector<std::string>{"C:\\d\\a.txt", "C:\\d\\b.txt", "C:\\d\\c.txt"}), paths(items));
+    EXPECT_EQ("1, 2", utf8(items[0]->mf_getRangesDisplayString()));
+    EXPECT_EQ("Changed", utf8(items[0]->mf_getResult()));
+    EXPECT_EQ("1, 2", utf8(items[1]->mf_getRangesDisplayString()));
+    EXPECT_EQ("Migrated", utf8(items[1]->mf_getResult()));
+    EXPECT_EQ(std::vector<LogLine>{}, log.lines());
+}
+
+// Paths differing only in case are different files to the list (ordinal compare), in any order.
+TEST(MigrationListing, PathsDifferingInCaseStayTwoItemsInAnyOrder) {
+    MigrationListing listing;
+    EXPECT_TRUE(listing
+                    .mf_read("C:\\d\\a.txt\t1\tmigrated\n"
+                             "C:\\D\\A.TXT\t1\tmigrated\n"
+                             "C:\\d\\a.txt\t2\tmigrated\n",
+                             L"case.txt")
+                    .empty());
+    UQFileListItem::Array items;
+    listing.mf_getItems(items, filter(0, 0, 0, 0), FileListOrder::BY_PATH, 1);
+    ASSERT_EQ((std::vector<std::string>{"C:\\D\\A.TXT", "C:\\d\\a.txt"}), paths(items));
+    EXPECT_EQ("1, 2", utf8(items[1]->mf_getRangesDisplayString()));
 }

@@ -72,3 +72,15 @@ TEST(ProgressLine, AShorterLineCoversTheLongerOneBeforeIt) {
     // An empty text counts as read whole.
     EXPECT_EQ("\rkorfiles: 7 records read (100%)" + std::string(5, ' '), err.text);
 }
+
+// The archiver's readers tell the file's size with every report; it makes the percentage.
+TEST(ProgressLine, TheSizeAReaderReportsMakesThePercentage) {
+    TerminalOutput err;
+    TestClock clock;
+    ProgressLine progress(err, 0, clock.function());
+    clock.advance(1500);
+    UVReadProgress& listener = progress;
+    listener.mf_onReadProgress(4096, 250, 1000);
+    EXPECT_EQ("\rkorfiles: 4096 records read (25%)", err.text);
+    progress.mf_finish();
+}

@@ -8,6 +8,7 @@
 #include <atomic>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <set>
 #include <stdexcept>
@@ -24,12 +25,15 @@ class Collector : public UVQueryDataSink {
 public:
     void mf_onQueryData(const UQQueryData& data) override {
         texts.push_back(utf8(data.mf_toString()));
+        objectPathTexts.push_back(data.mf_getObjectPath().mf_getPath().GetString());
         filePathShared.push_back(data.mf_getPath().mf_getPath().GetString() ==
                                  data.mf_getObjectPath().mf_getPath().GetString());
         threads.insert(std::this_thread::get_id());
     }
     std::vector<std::string> texts;
     std::vector<bool> filePathShared;
+    // Where each record's object path text lives: records that share one text have the same address.
+    std::vector<const wchar_t*> objectPathTexts;
     std::set<std::thread::id> threads;
 };
 
@@ -142,6 +146,37 @@ TEST(UQHistoryStore, RepeatedObjectPathAndVersionIsMalformedNamingTheFirstLine) 
                                     {'W', "UQHistoryStore::mf_searchText",
                                      "History record skipped: store.txt:4: version 3 of this path is already "
                                      "listed on line 1"}}));
+}
+
+// A path written with forward slashes names the same object as with backslashes, as the search list
+// compares them.
+TEST(UQHistoryStore, RepeatedVersionWithForwardSlashesIsMalformedToo) {
+    Collector sink;
+    LogCheck log;
+    std::string slashes = GOOD;
+    slashes.replace(0, 17, "//srv/share/a.txt");
+    const auto result = search(GOOD + slashes, sink);
+    EXPECT_EQ(details(result),
+              (std::vector<std::string>{"store.txt:2: version 3 of this path is already listed on line 1"}));
+    EXPECT_EQ(sink.texts.size(), 1u);
+    EXPECT_EQ(log.lines().size(), 1u);
+}
+
+// A store writes the path out again for every version; the records of one file hand over one text, so a
+// large history holds each path once. A path spelt otherwise keeps its own text.
+TEST(UQHistoryStore, VersionsOfOneFileShareOnePathTextWhereSpeltAlike) {
+    Collector sink;
+    std::string upper = GOOD;
+    upper.replace(0, 17, "\\\\SRV\\SHARE\\A.TXT");
+    upper.replace(upper.find("\t3\t"), 3, "\t5\t");
+    const std::string other = "\\\\srv\\share\\b.txt\t=\t3\t2024-03-07 14:05:09\t1\t-\t-\t1:1\n";
+    const auto result = search(GOOD + other + GOOD4 + upper, sink);
+    EXPECT_TRUE(result.errors.empty());
+    ASSERT_EQ(sink.objectPathTexts.size(), 4u);
+    EXPECT_EQ(sink.objectPathTexts[0], sink.objectPathTexts[2]);
+    EXPECT_NE(sink.objectPathTexts[0], sink.objectPathTexts[1]);
+    EXPECT_NE(sink.objectPathTexts[0], sink.objectPathTexts[3]);
+    EXPECT_NE(sink.texts[3].find("Object='\\\\SRV\\SHARE\\A.TXT'"), std::string::npos) << sink.texts[3];
 }
 
 TEST(UQHistoryStore, NonAsciiPathsAreUtf8) {
@@ -608,4 +643,77 @@ TEST(UQHistoryGenerator, WrittenStoresReadBackWithoutErrors) {
     EXPECT_EQ(fromStore.texts, direct.texts);
     EXPECT_EQ(slurp(file).rfind("# History store made by UQHistoryGenerator: 400 files, start 3\n", 0), 0u);
     std::remove(file);
+}
+
+namespace {
+
+// Every report of a progress listener, with the thread it came on.
+struct ProgressRecorder : UVReadProgress {
+    void mf_onReadProgress(std::uint64_t _uLines, std::uint64_t _uBytes,
+                           std::uint64_t _uTotalBytes) noexcept override {
+        reports.push_back({_uLines, _uBytes, _uTotalBytes});
+        threads.insert(std::this_thread::get_id());
+    }
+    std::vector<std::vector<std::uint64_t>> reports;
+    std::set<std::thread::id> threads;
+};
+
+// _nLines store lines of one version each, all of the same length.
+std::string storeOfLines(int _nLines) {
+    std::string text;
+    for (int i = 0; i < _nLines; ++i) {
+        char path[32];
+        std::snprintf(path, sizeof path, "\\\\srv\\s\\f%06d.txt", i);
+        text += std::string(path) + "\t=\t1\t2024-03-07 14:05:09\t1\t-\t-\t1:1\n";
+    }
+    return text;
+}
+
+} // namespace
+
+// Every 4096 lines the listener hears the lines and bytes read so far and the store file's size.
+TEST(UQHistoryStore, AProgressListenerHearsEvery4096LinesWithTheFileSize) {
+    const std::string text = storeOfLines(10000);
+    const std::size_t lineBytes = text.find('\n') + 1;
+    const char* file = "progress-history.txt";
+    {
+        std::ofstream out(file, std::ios::binary);
+        out << text;
+    }
+    Collector sink;
+    ProgressRecorder progress;
+    const auto result =
+        UQHistoryStore(CString::FromUtf8(file)).mf_search(UQHistoryQuery(), sink, nullptr, &progress);
+    std::remove(file);
+    EXPECT_EQ(result.uRecords, 10000u);
+    const std::uint64_t total = text.size();
+    EXPECT_EQ(progress.reports, (std::vector<std::vector<std::uint64_t>>{{4096, 4096 * lineBytes, total},
+                                                                         {8192, 8192 * lineBytes, total}}));
+}
+
+// A search on its own thread tells its listener on that thread; text in memory has its size as the total.
+TEST(UQHistorySearch, AProgressListenerHearsOnTheSearchThread) {
+    const std::string text = storeOfLines(5000);
+    const char* file = "progress-search.txt";
+    {
+        std::ofstream out(file, std::ios::binary);
+        out << text;
+    }
+    Collector sink;
+    ProgressRecorder progress;
+    {
+        UQHistorySearch search(UQHistoryStore(CString::FromUtf8(file)), UQHistoryQuery(), sink, &progress);
+        EXPECT_EQ(search.mf_wait().uRecords, 5000u);
+    }
+    std::remove(file);
+    ASSERT_EQ(progress.reports.size(), 1u);
+    EXPECT_EQ(progress.reports[0][0], 4096u);
+    EXPECT_EQ(progress.threads, sink.threads);
+    EXPECT_EQ(progress.threads.count(std::this_thread::get_id()), 0u);
+
+    ProgressRecorder inMemory;
+    Collector memorySink;
+    UQHistoryStore::mf_searchText(text, NAME, UQHistoryQuery(), memorySink, nullptr, &inMemory);
+    ASSERT_EQ(inMemory.reports.size(), 1u);
+    EXPECT_EQ(inMemory.reports[0][2], text.size());
 }

@@ -517,3 +517,26 @@ TEST(UQListingSample, VersionRangesAfterSortingNewestFirst) {
                                         "meeting-notes.docx: 4, 5", "archive-2019.zip: 1, 2",
                                         "export.csv: 7 - 9", "launch.mp4: 1, 2", "teaser.mp4: 1 - 3"}));
 }
+
+// Every 4096 lines (comments count) the listener hears the lines and bytes read and the listing's size.
+TEST(UQListingReader, AProgressListenerHearsEvery4096Lines) {
+    struct Recorder : UVReadProgress {
+        void mf_onReadProgress(std::uint64_t _uLines, std::uint64_t _uBytes,
+                               std::uint64_t _uTotalBytes) noexcept override {
+            reports.push_back({_uLines, _uBytes, _uTotalBytes});
+        }
+        std::vector<std::vector<std::uint64_t>> reports;
+    } progress;
+    std::string text = "# a comment is a line too\n";
+    for (int i = 1; i < 9000; ++i)
+        text += "C:\\d\\f" + std::to_string(100000 + i) + ".txt\t1\tmigrated\n";
+    const std::size_t lineBytes = text.size() - text.rfind('\n', text.size() - 2) - 1;
+    const std::size_t commentBytes = text.find('\n') + 1;
+    RecordingListener listener;
+    const auto result = UQListingReader::mf_readText(text, NAME, listener, &progress);
+    EXPECT_EQ(result.uEntries, 8999u);
+    const std::uint64_t total = text.size();
+    EXPECT_EQ(progress.reports,
+              (std::vector<std::vector<std::uint64_t>>{{4096, commentBytes + 4095 * lineBytes, total},
+                                                       {8192, commentBytes + 8191 * lineBytes, total}}));
+}

@@ -1,0 +1,3 @@
+#include "interfaces/korarchiver.h"
+
+UVReadProgress::~UVReadProgress() = default;
