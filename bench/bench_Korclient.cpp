@@ -57,12 +57,11 @@ std::vector<std::wstring> makeFiles(const std::wstring& _sFolder, int _nFiles) {
             uState ^= uState << 5;
             ch = static_cast<char>(uState);
         }
-        HANDLE hFile = CreateFileW(UQSafeFile::mf_long(_sFolder + L"\\" + sRelative).c_str(), GENERIC_WRITE,
-                                   0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-        if (hFile != INVALID_HANDLE_VALUE) {
-            UQSafeFile::mf_writeAll(hFile, sContent.data(), sContent.size());
-            CloseHandle(hFile);
-        }
+        const UQFileHandle file(CreateFileW(UQSafeFile::mf_long(_sFolder + L"\\" + sRelative).c_str(),
+                                            GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL,
+                                            nullptr));
+        if (file)
+            UQSafeFile::mf_writeAll(file.mf_get(), sContent.data(), sContent.size());
         relatives.push_back(sRelative);
     }
     return relatives;
@@ -79,10 +78,10 @@ double copyFiles(const std::wstring& _sFrom, const std::wstring& _sTo, bool _bFl
                   UQSafeFile::mf_long(_sTo + L"\\" + sFile).c_str(), TRUE);
         if (_bFlush) {
             // The copy made durable, as migration makes each step durable.
-            HANDLE hCopy = CreateFileW(UQSafeFile::mf_long(_sTo + L"\\" + sFile).c_str(), GENERIC_WRITE, 0,
-                                       nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
-            FlushFileBuffers(hCopy);
-            CloseHandle(hCopy);
+            const UQFileHandle copy(CreateFileW(UQSafeFile::mf_long(_sTo + L"\\" + sFile).c_str(),
+                                                GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                                                FILE_ATTRIBUTE_NORMAL, nullptr));
+            FlushFileBuffers(copy.mf_get());
         }
     }
     return secondsSince(start);

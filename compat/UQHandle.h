@@ -120,7 +120,15 @@ template <class GDI> struct UQGdiObjectTraits {
     static void mf_close(Type _hObject) noexcept { DeleteObject(_hObject); }
 };
 
+// A search of FindFirstFileW: INVALID_HANDLE_VALUE when absent, ended with FindClose.
+struct UQFindHandleTraits {
+    typedef HANDLE Type;
+    static Type mf_absent() noexcept { return INVALID_HANDLE_VALUE; }
+    static void mf_close(Type _hFind) noexcept { FindClose(_hFind); }
+};
+
 typedef UQHandle<UQFileHandleTraits> UQFileHandle;
+typedef UQHandle<UQFindHandleTraits> UQFindHandle;
 typedef UQHandle<UQGdiObjectTraits<HFONT>> UQFont;
 typedef UQHandle<UQGdiObjectTraits<HBRUSH>> UQBrush;
 typedef UQHandle<UQNullHandleTraits<HICON, BOOL, &DestroyIcon>> UQIcon;

@@ -54,7 +54,7 @@ int UQClientSample::mf_generate(const std::wstring& _sFolder, int _nFiles,
 }
 
 std::string UQClientSample::mf_hashFile(const std::wstring& _sPath) {
-    UQOwnedHandle file;
+    UQFileHandle file;
     if (UQSafeFile::mf_openRead(_sPath, file) != 0)
         return std::string();
     UQSha256 hash;
@@ -68,21 +68,21 @@ std::string UQClientSample::mf_hashFile(const std::wstring& _sPath) {
 
 void UQClientSample::mf_removeTree(const std::wstring& _sFolder) {
     WIN32_FIND_DATAW data{};
-    HANDLE hFind = FindFirstFileW(UQSafeFile::mf_long(_sFolder + L"\\*").c_str(), &data);
-    if (hFind != INVALID_HANDLE_VALUE) {
+    UQFindHandle find(FindFirstFileW(UQSafeFile::mf_long(_sFolder + L"\\*").c_str(), &data));
+    if (find) {
         do {
             const std::wstring sName = data.cFileName;
             if (sName == L"." || sName == L"..")
                 continue;
             const std::wstring sPath = _sFolder + L"\\" + sName;
-            UQOwnedHandle folder;
+            UQFileHandle folder;
             const bool bRealFolder =
                 (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) &&
                 !(data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) &&
                 UQSafeFile::mf_openFolder(sPath, folder) == 0 &&
                 UQSafeFile::mf_isWithin(UQSafeFile::mf_finalPath(folder.mf_get(), sPath), sPath) &&
                 UQSafeFile::mf_isWithin(sPath, UQSafeFile::mf_finalPath(folder.mf_get(), sPath));
-            folder.mf_close();
+            folder.mf_reset();
             if (bRealFolder) {
                 mf_removeTree(sPath);
             } else {
@@ -90,8 +90,7 @@ void UQClientSample::mf_removeTree(const std::wstring& _sFolder) {
                 if (!DeleteFileW(UQSafeFile::mf_long(sPath).c_str()))
                     RemoveDirectoryW(UQSafeFile::mf_long(sPath).c_str());
             }
-        } while (FindNextFileW(hFind, &data));
-        FindClose(hFind);
+        } while (FindNextFileW(find.mf_get(), &data));
     }
     RemoveDirectoryW(UQSafeFile::mf_long(_sFolder).c_str());
 }

@@ -146,7 +146,7 @@ int UQClientTour::mf_run(const std::wstring& _sFolder, int _nFiles, Summary& _rS
         UQServerDirectory server(sServer);
         for (const auto& entry : hashes) {
             UQVersionRecord stub;
-            UQOwnedHandle version;
+            UQFileHandle version;
             UQVersionRecord header;
             std::wstring sWhy;
             if (UQRetrieval::mf_readStub(sFiles + L"\\" + entry.first, stub, sWhy) &&

@@ -166,10 +166,8 @@ int UQClientWindow::mf_show() {
     const INT_PTR nResult = DialogBoxParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_KORCLIENT_MAIN),
                                             nullptr, f_ClientWindowCallback, reinterpret_cast<LPARAM>(this));
     if (nResult == -1) {
-        const DWORD dwError = GetLastError();
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_,
-                         L"Failure showing the client window (system error %lu)",
-                         static_cast<unsigned long>(dwError));
+        const UQErrno error = UQReport::mf_systemError(UQErrno::_E_::Gui);
+        UQReport::mf_logWrapped(error, _sFunction_, L"Failure showing the client window:\r\n%s%s");
         return 1;
     }
     m_hDlg = nullptr;

@@ -18,8 +18,7 @@ void UQClientWorker::mf_implExecute(int) {
         m_job(*this);
     } catch (const UQErrno& e) {
         m_sFailure = e.mf_toString().GetString();
-        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure in '%s':\r\n%s%s", mf_getName(),
-                         UQLog::TAB, e.mf_toString());
+        UQReport::mf_logWrapped(e, _sFunction_, L"Failure in '%s':\r\n%s%s", mf_getName());
     } catch (...) {
         m_sFailure = L"Unexpected exception";
         UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure in '%s':\r\n%s%s", mf_getName(),

@@ -44,7 +44,7 @@ void UQMigration::mf_setStepHook(std::function<void(int)> _hook) {
 int UQMigration::mf_run(const UQCancelSwitch* _pCancel, const Progress& _progress,
                         std::vector<UQFileOutcome>& _rOutcomes, std::wstring& _rsReason) {
     static const wchar_t* const _sFunction_ = L"UQMigration::mf_run";
-    UQOwnedHandle folder;
+    UQFileHandle folder;
     const DWORD dwError = UQSafeFile::mf_openFolder(m_sSource, folder);
     BY_HANDLE_FILE_INFORMATION info{};
     if (dwError != 0 || !GetFileInformationByHandle(folder.mf_get(), &info) ||
@@ -55,7 +55,7 @@ int UQMigration::mf_run(const UQCancelSwitch* _pCancel, const Progress& _progres
         return 0;
     }
     m_sRealSource = UQSafeFile::mf_finalPath(folder.mf_get(), m_sSource);
-    UQOwnedHandle lock;
+    UQFileHandle lock;
     UQServerDirectory::State state;
     if (!m_rServer.mf_prepare(_rsReason) || !m_rServer.mf_lock(lock, 30000, _rsReason) ||
         !m_rServer.mf_readState(state, _rsReason)) {
@@ -87,9 +87,10 @@ int UQMigration::mf_run(const UQCancelSwitch* _pCancel, const Progress& _progres
 void UQMigration::mf_implListFiles(const std::wstring& _sFolder, std::vector<std::wstring>& _rFiles,
                                    std::vector<UQFileOutcome>& _rOutcomes) {
     WIN32_FIND_DATAW data{};
-    HANDLE hFind = FindFirstFileExW(UQSafeFile::mf_long(_sFolder + L"\\*").c_str(), FindExInfoBasic, &data,
-                                    FindExSearchNameMatch, nullptr, FIND_FIRST_EX_LARGE_FETCH);
-    if (hFind == INVALID_HANDLE_VALUE) {
+    const UQFindHandle find(FindFirstFileExW(UQSafeFile::mf_long(_sFolder + L"\\*").c_str(), FindExInfoBasic,
+                                             &data, FindExSearchNameMatch, nullptr,
+                                             FIND_FIRST_EX_LARGE_FETCH));
+    if (!find) {
         _rOutcomes.push_back(outcome(_sFolder, UQFileOutcome::RED,
                                      L"Not migrated: the folder cannot be read: " +
                                          UQSafeFile::mf_systemText(GetLastError())));
@@ -107,11 +108,10 @@ void UQMigration::mf_implListFiles(const std::wstring& _sFolder, std::vector<std
             folders.push_back(sPath);
         else if (sName.compare(0, 8, L".kortmp-") != 0)
             _rFiles.push_back(sPath);
-    } while (FindNextFileW(hFind, &data));
-    FindClose(hFind);
+    } while (FindNextFileW(find.mf_get(), &data));
     for (const std::wstring& sFolder : folders) {
         // A folder that is a link in disguise (one the system does not mark) leads elsewhere.
-        UQOwnedHandle handle;
+        UQFileHandle handle;
         if (UQSafeFile::mf_openFolder(sFolder, handle) == 0 &&
             upper(UQSafeFile::mf_finalPath(handle.mf_get(), sFolder)) !=
                 upper(UQSafeFile::mf_absolute(sFolder)) &&
@@ -130,7 +130,7 @@ UQFileOutcome UQMigration::mf_implMigrate(const std::wstring& _sFile, UQServerDi
     if (dwAttributes & FILE_ATTRIBUTE_READONLY)
         return outcome(_sFile, UQFileOutcome::YELLOW,
                        L"Skipped: the file is read-only and cannot be replaced by a stub");
-    UQOwnedHandle source;
+    UQFileHandle source;
     DWORD dwError = UQSafeFile::mf_openRead(_sFile, source);
     if (dwError == ERROR_FILE_NOT_FOUND || dwError == ERROR_PATH_NOT_FOUND)
         return outcome(_sFile, UQFileOutcome::YELLOW, L"Skipped: the file vanished before it was migrated");
@@ -194,7 +194,7 @@ UQFileOutcome UQMigration::mf_implMigrate(const std::wstring& _sFile, UQServerDi
     const std::string sStub = record.mf_formatStub();
     const std::wstring sTemporary = UQSafeFile::mf_temporaryName(_sFile);
     {
-        UQOwnedHandle stub;
+        UQFileHandle stub;
         dwError = UQSafeFile::mf_createNew(sTemporary, stub);
         if (dwError == 0)
             dwError = UQSafeFile::mf_writeAll(stub.mf_get(), sStub.data(), sStub.size());
@@ -211,7 +211,7 @@ UQFileOutcome UQMigration::mf_implMigrate(const std::wstring& _sFile, UQServerDi
         return result;
     }
     step(3);
-    source.mf_close();
+    source.mf_reset();
     if (GetFileAttributesW(UQSafeFile::mf_long(_sFile).c_str()) == INVALID_FILE_ATTRIBUTES) {
         DeleteFileW(UQSafeFile::mf_long(sTemporary).c_str());
         result.eSeverity = UQFileOutcome::YELLOW;

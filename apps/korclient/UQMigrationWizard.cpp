@@ -3,6 +3,7 @@
 #include "UQMigration.h"
 #include "UQResultList.h"
 
+#include "compat/UQHandle.h"
 #include "guibase/foundation/UQReport.h"
 #include "guibase/panels/UQSearchUserDialog.h"
 #include "guibase/settings/UQGuiBackupOptions.h"
@@ -164,6 +165,15 @@ int UQMigrationWizard::mf_onCommand(unsigned short _usNotificationCode, unsigned
 int UQMigrationWizard::mf_implCheckOptionFile(const std::wstring& _sFile, std::wstring& _rsReason) {
     static const wchar_t* const _sFunction_ = L"UQMigrationWizard::mf_implCheckOptionFile";
     UQBackup* pBackup = nullptr;
+    const auto deleteBackup = [&] {
+        try {
+            if (pBackup != nullptr)
+                UQBackup::mf_deleteInstance(pBackup);
+        } catch (const UQErrno& e) {
+            UQReport::mf_logWrappedInline(e, _sFunction_, L"Failure deleting backup instance: %s");
+        }
+    };
+    const UQScopeExit<decltype(deleteBackup)> release(deleteBackup);
     int bValid = 0;
     try {
         pBackup = UQBackup::mf_createInstance(UQBackend::VRS);
@@ -174,16 +184,9 @@ int UQMigrationWizard::mf_implCheckOptionFile(const std::wstring& _sFile, std::w
         if (!bValid)
             _rsReason = L"'" + _sFile + L"' is not valid";
     } catch (const UQErrno& e) {
+        // The detail names the file and the line.
         _rsReason = e.mf_getDetail().IsEmpty() ? std::wstring(e.mf_toString().GetString())
                                                : std::wstring(e.mf_getDetail().GetString());
-    }
-    if (pBackup != nullptr) {
-        try {
-            UQBackup::mf_deleteInstance(pBackup);
-        } catch (const UQErrno& e) {
-            UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure deleting backup instance: %s",
-                             e.mf_toString());
-        }
     }
     if (!bValid)
         UQReport::mf_log(UQLogData::LEVEL_W, _sFunction_, L"Option file refused: %s", _rsReason.c_str());

@@ -37,7 +37,7 @@ int UQRetrieval::mf_retrieve(const std::vector<Request>& _requests, const std::w
         return 0;
     }
     // The folder the user chose is taken as it really is; below it nothing is followed.
-    UQOwnedHandle folder;
+    UQFileHandle folder;
     const DWORD dwError = UQSafeFile::mf_openFolder(_sDestination, folder);
     const std::wstring sReal =
         dwError == 0 ? UQSafeFile::mf_finalPath(folder.mf_get(), _sDestination) : std::wstring();
@@ -64,7 +64,7 @@ int UQRetrieval::mf_retrieve(const std::vector<Request>& _requests, const std::w
 }
 
 UQFileOutcome UQRetrieval::mf_implRetrieve(const Request& _request, const std::wstring& _sDestination) {
-    UQOwnedHandle version;
+    UQFileHandle version;
     UQVersionRecord header;
     std::wstring sReason;
     if (!m_server.mf_openVersion(_request.uVolume, _request.uPosition, _request.sObjectPath,
@@ -79,13 +79,13 @@ UQFileOutcome UQRetrieval::mf_implRetrieve(const Request& _request, const std::w
         UQSafeFile::mf_createFolders(_sDestination, header.m_sName.substr(0, nSlash), sReason) != 0)
         return outcome(sTarget, UQFileOutcome::RED, L"Not retrieved: " + sReason);
     const std::wstring sTemporary = UQSafeFile::mf_temporaryName(sTarget);
-    UQOwnedHandle target;
+    UQFileHandle target;
     DWORD dwError = UQSafeFile::mf_createNew(sTemporary, target);
     if (dwError != 0)
         return outcome(sTarget, UQFileOutcome::RED,
                        L"Not retrieved: cannot write: " + UQSafeFile::mf_systemText(dwError));
     const int bCopied = UQServerDirectory::mf_copyContent(version.mf_get(), header, target.mf_get(), sReason);
-    target.mf_close();
+    target.mf_reset();
     if (!bCopied) {
         DeleteFileW(UQSafeFile::mf_long(sTemporary).c_str());
         return outcome(sTarget, UQFileOutcome::RED, L"Not retrieved: " + sReason);
@@ -106,7 +106,7 @@ UQFileOutcome UQRetrieval::mf_implRetrieve(const Request& _request, const std::w
 }
 
 int UQRetrieval::mf_readStub(const std::wstring& _sPath, UQVersionRecord& _rRecord, std::wstring& _rsReason) {
-    UQOwnedHandle file;
+    UQFileHandle file;
     const DWORD dwError = UQSafeFile::mf_openRead(_sPath, file);
     if (dwError != 0) {
         _rsReason = L"cannot read the stub: " + UQSafeFile::mf_systemText(dwError);
@@ -136,7 +136,7 @@ UQFileOutcome UQRetrieval::mf_recall(const std::wstring& _sStub) {
         logOutcome(_sFunction_, result);
         return result;
     }
-    UQOwnedHandle version;
+    UQFileHandle version;
     UQVersionRecord header;
     if (!m_server.mf_openVersion(stub.m_uVolume, stub.m_uPosition, stub.m_sObjectPath, stub.m_uVersion, &stub,
                                  version, header, sReason)) {
@@ -145,13 +145,13 @@ UQFileOutcome UQRetrieval::mf_recall(const std::wstring& _sStub) {
         return result;
     }
     const std::wstring sTemporary = UQSafeFile::mf_temporaryName(_sStub);
-    UQOwnedHandle target;
+    UQFileHandle target;
     DWORD dwError = UQSafeFile::mf_createNew(sTemporary, target);
     int bDone =
         dwError == 0 && UQServerDirectory::mf_copyContent(version.mf_get(), header, target.mf_get(), sReason);
     if (dwError != 0)
         sReason = L"cannot write: " + UQSafeFile::mf_systemText(dwError);
-    target.mf_close();
+    target.mf_reset();
     // The stub must still be the one that was read: a file written there meanwhile is not overwritten.
     UQVersionRecord again;
     std::wstring sWhy;

@@ -93,13 +93,16 @@ bool UQSafeFile::mf_isWithin(const std::wstring& _sPath, const std::wstring& _sF
 
 std::wstring UQSafeFile::mf_systemText(DWORD _dwError) {
     wchar_t* pszText = nullptr;
+    const auto freeText = [&] {
+        if (pszText != nullptr)
+            LocalFree(pszText);
+    };
+    const UQScopeExit<decltype(freeText)> release(freeText);
     const DWORD dwLength = FormatMessageW(
         FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
         _dwError, 0, reinterpret_cast<wchar_t*>(&pszText), 0, nullptr);
     std::wstring sText =
         dwLength > 0 && pszText != nullptr ? std::wstring(pszText, dwLength) : std::wstring();
-    if (pszText != nullptr)
-        LocalFree(pszText);
     while (!sText.empty() &&
            (sText.back() == L'\n' || sText.back() == L'\r' || sText.back() == L' ' || sText.back() == L'.'))
         sText.pop_back();
@@ -108,25 +111,25 @@ std::wstring UQSafeFile::mf_systemText(DWORD _dwError) {
     return sText + L" (error " + std::to_wstring(_dwError) + L")";
 }
 
-DWORD UQSafeFile::mf_openRead(const std::wstring& _sAbsolute, UQOwnedHandle& _rHandle) {
+DWORD UQSafeFile::mf_openRead(const std::wstring& _sAbsolute, UQFileHandle& _rHandle) {
     SetLastError(0);
     HANDLE hFile =
         CreateFileW(mf_long(_sAbsolute).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                     FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
     if (hFile == INVALID_HANDLE_VALUE)
         return GetLastError();
-    _rHandle = UQOwnedHandle(hFile);
+    _rHandle = UQFileHandle(hFile);
     return 0;
 }
 
-DWORD UQSafeFile::mf_openFolder(const std::wstring& _sAbsolute, UQOwnedHandle& _rHandle) {
+DWORD UQSafeFile::mf_openFolder(const std::wstring& _sAbsolute, UQFileHandle& _rHandle) {
     SetLastError(0);
     HANDLE hFolder = CreateFileW(mf_long(_sAbsolute).c_str(), FILE_READ_ATTRIBUTES,
                                  FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
                                  FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
     if (hFolder == INVALID_HANDLE_VALUE)
         return GetLastError();
-    _rHandle = UQOwnedHandle(hFolder);
+    _rHandle = UQFileHandle(hFolder);
     return 0;
 }
 
@@ -171,13 +174,13 @@ DWORD UQSafeFile::mf_writeAll(HANDLE _hFile, const void* _pData, std::size_t _nB
     return 0;
 }
 
-DWORD UQSafeFile::mf_createNew(const std::wstring& _sAbsolute, UQOwnedHandle& _rHandle) {
+DWORD UQSafeFile::mf_createNew(const std::wstring& _sAbsolute, UQFileHandle& _rHandle) {
     SetLastError(0);
     HANDLE hFile = CreateFileW(mf_long(_sAbsolute).c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
                                CREATE_NEW, FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
     if (hFile == INVALID_HANDLE_VALUE)
         return GetLastError();
-    _rHandle = UQOwnedHandle(hFile);
+    _rHandle = UQFileHandle(hFile);
     return 0;
 }
 
@@ -203,7 +206,7 @@ DWORD UQSafeFile::mf_writeFileAtomically(const std::wstring& _sTarget, const std
     const std::wstring sTemporary = mf_temporaryName(_sTarget);
     DWORD dwError = 0;
     {
-        UQOwnedHandle file;
+        UQFileHandle file;
         dwError = mf_createNew(sTemporary, file);
         if (dwError != 0)
             return dwError;
@@ -236,7 +239,7 @@ DWORD UQSafeFile::mf_createFolders(const std::wstring& _sRoot, const std::wstrin
                 return dwError;
             }
         }
-        UQOwnedHandle folder;
+        UQFileHandle folder;
         const DWORD dwError = mf_openFolder(sPath, folder);
         if (dwError != 0) {
             _rsReason = L"cannot open folder '" + sPath + L"': " + mf_systemText(dwError);

@@ -2,42 +2,12 @@
 // be followed, and writes that become visible only once they are complete and on disk.
 #pragma once
 
+#include "compat/UQHandle.h"
+
 #include <windows.h>
 
 #include <cstdint>
 #include <string>
-
-// A file handle that closes itself; move-only.
-class UQOwnedHandle {
-public:
-    UQOwnedHandle() noexcept = default;
-    explicit UQOwnedHandle(HANDLE _hHandle) noexcept : m_hHandle(_hHandle) {}
-    UQOwnedHandle(UQOwnedHandle&& _other) noexcept : m_hHandle(_other.m_hHandle) {
-        _other.m_hHandle = INVALID_HANDLE_VALUE;
-    }
-    UQOwnedHandle& operator=(UQOwnedHandle&& _other) noexcept {
-        if (this != &_other) {
-            mf_close();
-            m_hHandle = _other.m_hHandle;
-            _other.m_hHandle = INVALID_HANDLE_VALUE;
-        }
-        return *this;
-    }
-    UQOwnedHandle(const UQOwnedHandle&) = delete;
-    UQOwnedHandle& operator=(const UQOwnedHandle&) = delete;
-    ~UQOwnedHandle() { mf_close(); }
-
-    HANDLE mf_get() const noexcept { return m_hHandle; }
-    bool mf_isValid() const noexcept { return m_hHandle != INVALID_HANDLE_VALUE && m_hHandle != nullptr; }
-    void mf_close() noexcept {
-        if (mf_isValid())
-            CloseHandle(m_hHandle);
-        m_hHandle = INVALID_HANDLE_VALUE;
-    }
-
-private:
-    HANDLE m_hHandle = INVALID_HANDLE_VALUE;
-};
 
 class UQSafeFile {
 public:
@@ -55,14 +25,14 @@ public:
     static std::wstring mf_systemText(DWORD _dwError);
 
     // Opens a file for reading without following a link at its last part. 0 with the system error.
-    static DWORD mf_openRead(const std::wstring& _sAbsolute, UQOwnedHandle& _rHandle);
+    static DWORD mf_openRead(const std::wstring& _sAbsolute, UQFileHandle& _rHandle);
     // The folder as a handle, which keeps it from being renamed or replaced while it is held.
-    static DWORD mf_openFolder(const std::wstring& _sAbsolute, UQOwnedHandle& _rHandle);
+    static DWORD mf_openFolder(const std::wstring& _sAbsolute, UQFileHandle& _rHandle);
     // Reads up to _nMax bytes from the start of a file; the error, or 0.
     static DWORD mf_readStart(HANDLE _hFile, std::size_t _nMax, std::string& _rsText);
     static DWORD mf_writeAll(HANDLE _hFile, const void* _pData, std::size_t _nBytes);
     // A new file that did not exist (never an existing one, never through a link).
-    static DWORD mf_createNew(const std::wstring& _sAbsolute, UQOwnedHandle& _rHandle);
+    static DWORD mf_createNew(const std::wstring& _sAbsolute, UQFileHandle& _rHandle);
     // Writes a whole small file durably under a temporary name beside _sTarget and moves it over _sTarget
     // in one step (_bReplace: an existing file is replaced). Nothing is left behind on failure.
     static DWORD mf_writeFileAtomically(const std::wstring& _sTarget, const std::string& _sContent,

@@ -68,7 +68,7 @@ int UQServerDirectory::mf_prepare(std::wstring& _rsReason) {
     return 1;
 }
 
-int UQServerDirectory::mf_lock(UQOwnedHandle& _rLock, DWORD _dwTimeoutMs, std::wstring& _rsReason) {
+int UQServerDirectory::mf_lock(UQFileHandle& _rLock, DWORD _dwTimeoutMs, std::wstring& _rsReason) {
     const std::wstring sLock = UQSafeFile::mf_long(m_sRoot + L"\\server.lock");
     const ULONGLONG uDeadline = GetTickCount64() + _dwTimeoutMs;
     while (true) {
@@ -76,7 +76,7 @@ int UQServerDirectory::mf_lock(UQOwnedHandle& _rLock, DWORD _dwTimeoutMs, std::w
         HANDLE hLock = CreateFileW(sLock.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
                                    FILE_ATTRIBUTE_NORMAL, nullptr);
         if (hLock != INVALID_HANDLE_VALUE) {
-            _rLock = UQOwnedHandle(hLock);
+            _rLock = UQFileHandle(hLock);
             return 1;
         }
         const DWORD dwError = GetLastError();
@@ -110,9 +110,10 @@ void UQServerDirectory::mf_implSkipOrphans(State& _rState) const {
     // A migration interrupted after storing a version and before recording it leaves a version file that
     // no record names. It is never read, but its place is taken: new versions go after it.
     WIN32_FIND_DATAW data{};
-    HANDLE hFind = FindFirstFileW(
-        UQSafeFile::mf_long(m_sRoot + L"\\versions\\" + std::to_wstring(VOLUME) + L"\\*.ver").c_str(), &data);
-    if (hFind == INVALID_HANDLE_VALUE)
+    const UQFindHandle find(FindFirstFileW(
+        UQSafeFile::mf_long(m_sRoot + L"\\versions\\" + std::to_wstring(VOLUME) + L"\\*.ver").c_str(),
+        &data));
+    if (!find)
         return;
     do {
         const std::wstring sName = data.cFileName;
@@ -123,21 +124,20 @@ void UQServerDirectory::mf_implSkipOrphans(State& _rState) const {
         if (nDigits > 0 && sName.compare(nDigits, std::wstring::npos, L".ver") == 0 &&
             uPosition >= _rState.uNextPosition)
             _rState.uNextPosition = uPosition + 1;
-    } while (FindNextFileW(hFind, &data));
-    FindClose(hFind);
+    } while (FindNextFileW(find.mf_get(), &data));
 }
 
 int UQServerDirectory::mf_storeVersion(HANDLE _hSource, UQVersionRecord& _rRecord, std::wstring& _rsReason) {
     const std::wstring sTarget = mf_getVersionFile(_rRecord.m_uVolume, _rRecord.m_uPosition);
     const std::wstring sTemporary = UQSafeFile::mf_temporaryName(sTarget);
-    UQOwnedHandle file;
+    UQFileHandle file;
     DWORD dwError = UQSafeFile::mf_createNew(sTemporary, file);
     if (dwError != 0) {
         _rsReason = L"cannot write to the server: " + UQSafeFile::mf_systemText(dwError);
         return 0;
     }
     auto fail = [&](const std::wstring& _sReason) {
-        file.mf_close();
+        file.mf_reset();
         DeleteFileW(UQSafeFile::mf_long(sTemporary).c_str());
         _rsReason = _sReason;
         return 0;
@@ -177,7 +177,7 @@ int UQServerDirectory::mf_storeVersion(HANDLE _hSource, UQVersionRecord& _rRecor
         dwError = GetLastError();
     if (dwError != 0)
         return fail(L"cannot write to the server: " + UQSafeFile::mf_systemText(dwError));
-    file.mf_close();
+    file.mf_reset();
     dwError = UQSafeFile::mf_commit(sTemporary, sTarget, 0);
     if (dwError != 0)
         return fail(L"cannot store the version as '" + sTarget + L"': " + UQSafeFile::mf_systemText(dwError));
@@ -187,9 +187,9 @@ int UQServerDirectory::mf_storeVersion(HANDLE _hSource, UQVersionRecord& _rRecor
 int UQServerDirectory::mf_appendHistory(const UQQueryData& _record, std::wstring& _rsReason) {
     const std::wstring sHistory = mf_getHistoryFile();
     SetLastError(0);
-    UQOwnedHandle file(CreateFileW(UQSafeFile::mf_long(sHistory).c_str(), GENERIC_READ | FILE_APPEND_DATA,
-                                   FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                                   FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+    UQFileHandle file(CreateFileW(UQSafeFile::mf_long(sHistory).c_str(), GENERIC_READ | FILE_APPEND_DATA,
+                                  FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                  FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
     if (!file.mf_isValid()) {
         _rsReason = L"cannot open the history store '" + sHistory + L"': " +
                     UQSafeFile::mf_systemText(GetLastError());
@@ -220,7 +220,7 @@ int UQServerDirectory::mf_appendHistory(const UQQueryData& _record, std::wstring
 
 int UQServerDirectory::mf_openVersion(std::uint32_t _uVolume, std::uint64_t _uPosition,
                                       const std::wstring& _sObjectPath, std::uint32_t _uVersion,
-                                      const UQVersionRecord* _pExpected, UQOwnedHandle& _rFile,
+                                      const UQVersionRecord* _pExpected, UQFileHandle& _rFile,
                                       UQVersionRecord& _rHeader, std::wstring& _rsReason) const {
     const std::wstring sFile = mf_getVersionFile(_uVolume, _uPosition);
     const DWORD dwError = UQSafeFile::mf_openRead(sFile, _rFile);
@@ -235,7 +235,7 @@ int UQServerDirectory::mf_openVersion(std::uint32_t _uVolume, std::uint64_t _uPo
     }
     // A link planted in the server folder could hand out any file of the computer.
     const std::wstring sRealRoot = [&] {
-        UQOwnedHandle root;
+        UQFileHandle root;
         return UQSafeFile::mf_openFolder(m_sRoot, root) == 0
                    ? UQSafeFile::mf_finalPath(root.mf_get(), m_sRoot)
                    : std::wstring();

@@ -38,7 +38,7 @@ public:
     // Creates the folder, its history store and its versions folder where they are missing.
     int mf_prepare(std::wstring& _rsReason);
     // One writer at a time: holds "server.lock" open exclusively, waiting up to _dwTimeoutMs.
-    int mf_lock(UQOwnedHandle& _rLock, DWORD _dwTimeoutMs, std::wstring& _rsReason);
+    int mf_lock(UQFileHandle& _rLock, DWORD _dwTimeoutMs, std::wstring& _rsReason);
     // Reads the history store; a store that cannot be read answers 0 with the reason. The next position
     // also passes every stored version on disk, recorded or not.
     int mf_readState(State& _rState, std::wstring& _rsReason) const;
@@ -54,7 +54,7 @@ public:
     // expects of it: the object path and version, and (when given) size and hash. Answers 1 with the header
     // in _rHeader and the file positioned at the content.
     int mf_openVersion(std::uint32_t _uVolume, std::uint64_t _uPosition, const std::wstring& _sObjectPath,
-                       std::uint32_t _uVersion, const UQVersionRecord* _pExpected, UQOwnedHandle& _rFile,
+                       std::uint32_t _uVersion, const UQVersionRecord* _pExpected, UQFileHandle& _rFile,
                        UQVersionRecord& _rHeader, std::wstring& _rsReason) const;
     // Copies the content of an opened version to _hTarget and checks its size and hash on the way.
     static int mf_copyContent(HANDLE _hVersion, const UQVersionRecord& _header, HANDLE _hTarget,

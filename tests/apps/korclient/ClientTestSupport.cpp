@@ -16,8 +16,8 @@ std::atomic<int> g_nScratch{0};
 void collect(const std::wstring& _sFolder, const std::wstring& _sRelative,
              std::vector<std::wstring>& _rFiles) {
     WIN32_FIND_DATAW data{};
-    HANDLE hFind = FindFirstFileW(UQSafeFile::mf_long(_sFolder + L"\\*").c_str(), &data);
-    if (hFind == INVALID_HANDLE_VALUE)
+    const UQFindHandle find(FindFirstFileW(UQSafeFile::mf_long(_sFolder + L"\\*").c_str(), &data));
+    if (!find)
         return;
     do {
         const std::wstring sName = data.cFileName;
@@ -29,8 +29,7 @@ void collect(const std::wstring& _sFolder, const std::wstring& _sRelative,
             collect(_sFolder + L"\\" + sName, sRelative, _rFiles);
         else
             _rFiles.push_back(sRelative);
-    } while (FindNextFileW(hFind, &data));
-    FindClose(hFind);
+    } while (FindNextFileW(find.mf_get(), &data));
 }
 
 } // namespace
@@ -64,17 +63,13 @@ bool writeFile(const std::wstring& _sPath, const std::string& _sContent) {
     }
     for (auto it = missing.rbegin(); it != missing.rend(); ++it)
         CreateDirectoryW(UQSafeFile::mf_long(*it).c_str(), nullptr);
-    HANDLE hFile = CreateFileW(UQSafeFile::mf_long(_sPath).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
-                               FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (hFile == INVALID_HANDLE_VALUE)
-        return false;
-    const bool bWritten = UQSafeFile::mf_writeAll(hFile, _sContent.data(), _sContent.size()) == 0;
-    CloseHandle(hFile);
-    return bWritten;
+    const UQFileHandle file(CreateFileW(UQSafeFile::mf_long(_sPath).c_str(), GENERIC_WRITE, 0, nullptr,
+                                        CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    return file && UQSafeFile::mf_writeAll(file.mf_get(), _sContent.data(), _sContent.size()) == 0;
 }
 
 std::string readFile(const std::wstring& _sPath) {
-    UQOwnedHandle file;
+    UQFileHandle file;
     std::string sText;
     LARGE_INTEGER size{};
     // One byte more than the size, so that a file that grows meanwhile shows.

@@ -326,7 +326,7 @@ TEST_F(ClientWindowTest, CancelDuringTheRunLeavesEachFileMigratedWithItsStubOrUn
         const std::wstring sPath = sFiles + L"\\" + entry.first;
         UQVersionRecord stub;
         UQVersionRecord header;
-        UQOwnedHandle version;
+        UQFileHandle version;
         if (UQClientSample::mf_hashFile(sPath) == entry.second) {
             ++nUntouched;
         } else if (UQRetrieval::mf_readStub(sPath, stub, sWhy) && stub.m_sSha256 == entry.second &&

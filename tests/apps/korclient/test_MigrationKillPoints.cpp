@@ -18,6 +18,9 @@ const int FILES = 200;
 const int STEPS_PER_FILE = 4;
 const DWORD RUN_LIMIT_MS = 120000;
 
+// A process or thread handle of CreateProcessW: null when absent.
+typedef UQHandle<UQNullHandleTraits<HANDLE, BOOL, &CloseHandle>> ProcessHandle;
+
 // Runs korclient (beside this test) to migrate _sFolder into _sServer, killed after step _nKillAt (0: never);
 // answers its exit code, or -1 when it could not run or did not end in time.
 int runKorclient(const std::wstring& _sFolder, const std::wstring& _sServer, int _nKillAt) {
@@ -29,28 +32,27 @@ int runKorclient(const std::wstring& _sFolder, const std::wstring& _sServer, int
     SetEnvironmentVariableW(L"KOR_TEST_TERMINATE_AT_STEP",
                             _nKillAt > 0 ? std::to_wstring(_nKillAt).c_str() : nullptr);
     SECURITY_ATTRIBUTES inherit{sizeof(inherit), nullptr, TRUE};
-    HANDLE hNull = CreateFileW(L"NUL", GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherit,
-                               OPEN_EXISTING, 0, nullptr);
+    const UQFileHandle null(CreateFileW(L"NUL", GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherit,
+                                        OPEN_EXISTING, 0, nullptr));
     STARTUPINFOW startup{};
     startup.cb = sizeof(startup);
     startup.dwFlags = STARTF_USESTDHANDLES;
-    startup.hStdInput = hNull;
-    startup.hStdOutput = hNull;
-    startup.hStdError = hNull;
+    startup.hStdInput = null.mf_get();
+    startup.hStdOutput = null.mf_get();
+    startup.hStdError = null.mf_get();
     PROCESS_INFORMATION process{};
     const BOOL bStarted = CreateProcessW(sProgram.c_str(), &sCommand[0], nullptr, nullptr, TRUE, 0, nullptr,
                                          nullptr, &startup, &process);
     SetEnvironmentVariableW(L"KOR_TEST_TERMINATE_AT_STEP", nullptr);
-    CloseHandle(hNull);
     if (!bStarted)
         return -1;
+    const ProcessHandle thread(process.hThread);
+    const ProcessHandle child(process.hProcess);
     DWORD dwExit = static_cast<DWORD>(-1);
-    if (WaitForSingleObject(process.hProcess, RUN_LIMIT_MS) == WAIT_OBJECT_0)
-        GetExitCodeProcess(process.hProcess, &dwExit);
+    if (WaitForSingleObject(child.mf_get(), RUN_LIMIT_MS) == WAIT_OBJECT_0)
+        GetExitCodeProcess(child.mf_get(), &dwExit);
     else
-        TerminateProcess(process.hProcess, 1);
-    CloseHandle(process.hThread);
-    CloseHandle(process.hProcess);
+        TerminateProcess(child.mf_get(), 1);
     return static_cast<int>(dwExit);
 }
 
@@ -74,7 +76,7 @@ protected:
                 continue;
             UQVersionRecord stub;
             UQVersionRecord header;
-            UQOwnedHandle version;
+            UQFileHandle version;
             std::wstring sWhy;
             const bool bStub = UQRetrieval::mf_readStub(sPath, stub, sWhy) &&
                                server.mf_openVersion(stub.m_uVolume, stub.m_uPosition, stub.m_sObjectPath,

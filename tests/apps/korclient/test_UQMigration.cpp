@@ -45,7 +45,7 @@ protected:
     bool isVerifiedStub(const std::wstring& _sRelative) {
         UQVersionRecord stub;
         UQVersionRecord header;
-        UQOwnedHandle version;
+        UQFileHandle version;
         std::wstring sWhy;
         const std::string& sOriginal = originals[_sRelative];
         if (!UQRetrieval::mf_readStub(sFiles + L"\\" + _sRelative, stub, sWhy) ||

@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <thread>
 
 namespace {
 
@@ -345,6 +346,66 @@ TEST_F(RetrievalTest, CraftedNamesFromTheServerAreRefusedAndTheOthersGoOn) {
     EXPECT_FALSE(exists(L"C:\\x.txt"));
     EXPECT_FALSE(exists(L"C:\\korclient-crafted.txt"));
     EXPECT_FALSE(exists(L"C:\\Windows\\korclient-crafted.txt"));
+}
+
+TEST_F(RetrievalTest, TwoRetrievalsIntoTheSameFolderLeaveEveryFileWholeOrReported) {
+    std::vector<UQRetrieval::Request> requests;
+    for (int i = 1; i <= 40; ++i)
+        requests.push_back(craft(static_cast<std::uint64_t>(i), L"sub\\f" + std::to_wstring(i) + L".bin",
+                                 contentOf(100 + i, 20000)));
+    std::vector<UQFileOutcome> first;
+    std::vector<UQFileOutcome> second;
+    std::wstring sFirstWhy;
+    std::wstring sSecondWhy;
+    std::thread other([&] {
+        UQRetrieval(server).mf_retrieve(requests, sDestination, nullptr, nullptr, second, sSecondWhy);
+    });
+    UQRetrieval(server).mf_retrieve(requests, sDestination, nullptr, nullptr, first, sFirstWhy);
+    other.join();
+    ASSERT_EQ(first.size(), requests.size()) << utf8(sFirstWhy);
+    ASSERT_EQ(second.size(), requests.size()) << utf8(sSecondWhy);
+    for (std::size_t i = 0; i < requests.size(); ++i) {
+        const std::string sFirst = utf8(first[i].sResult);
+        const std::string sSecond = utf8(second[i].sResult);
+        // One of the two wrote the file; the other found it there and kept it.
+        EXPECT_TRUE((sFirst == "Retrieved") != (sSecond == "Retrieved")) << sFirst << " / " << sSecond;
+        EXPECT_TRUE(sFirst == "Retrieved" ||
+                    sFirst == "Not retrieved: a file of this name exists already and is kept")
+            << sFirst;
+        EXPECT_TRUE(sSecond == "Retrieved" ||
+                    sSecond == "Not retrieved: a file of this name exists already and is kept")
+            << sSecond;
+        EXPECT_EQ(readFile(sDestination + L"\\sub\\f" + std::to_wstring(i + 1) + L".bin"),
+                  contentOf(101 + static_cast<int>(i), 20000));
+    }
+    EXPECT_EQ(filesBelow(sDestination).size(), requests.size());
+}
+
+TEST_F(RetrievalTest, RetrievalWhileAMigrationWritesTheSameServerLeavesEveryFileWhole) {
+    std::vector<UQRetrieval::Request> requests;
+    for (int i = 1; i <= 30; ++i)
+        requests.push_back(craft(static_cast<std::uint64_t>(1000 + i), L"r" + std::to_wstring(i) + L".bin",
+                                 contentOf(200 + i, 20000)));
+    for (int i = 0; i < 60; ++i)
+        ASSERT_TRUE(writeFile(sFiles + L"\\m" + std::to_wstring(i) + L".bin", contentOf(300 + i, 5000)));
+    std::vector<UQFileOutcome> migrated;
+    std::wstring sMigrationWhy;
+    std::thread migration(
+        [&] { UQMigration(server, sFiles).mf_run(nullptr, nullptr, migrated, sMigrationWhy); });
+    const int bRetrieved = retrieve(requests);
+    migration.join();
+    ASSERT_EQ(bRetrieved, 1) << utf8(reason);
+    ASSERT_EQ(migrated.size(), 60u) << utf8(sMigrationWhy);
+    for (int i = 1; i <= 30; ++i)
+        EXPECT_EQ(readFile(sDestination + L"\\r" + std::to_wstring(i) + L".bin"), contentOf(200 + i, 20000))
+            << i;
+    // Every migrated file is a stub whose version holds its content; the crafted versions kept their places.
+    for (int i = 0; i < 60; ++i) {
+        const std::wstring sStub = sFiles + L"\\m" + std::to_wstring(i) + L".bin";
+        EXPECT_EQ(utf8(outcomeOf(migrated, sStub).sResult), "Migrated");
+        EXPECT_EQ(utf8(UQRetrieval(server).mf_recall(sStub).sResult), "Recalled");
+        EXPECT_EQ(readFile(sStub), contentOf(300 + i, 5000));
+    }
 }
 
 TEST_F(RetrievalTest, DestinationThatCannotBeMadeIsRefusedWithItsName) {
