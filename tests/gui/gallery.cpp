@@ -534,3 +534,37 @@ TEST(GalleryWizardGerman, FirstPanelAndExecutePanel) {
     }
     SetEnvironmentVariableW(L"KOR_LANGUAGE", nullptr);
 }
+
+// Dialogs at 150 %: only the gallery_dpi150 entry runs them, in a Wine prefix whose LogPixels is 144 and
+// with KOR_GALLERY_DPI=144 naming the DPI it set. Dialog units scale every control with the font.
+class GalleryDpi : public Gallery {
+protected:
+    void SetUp() override {
+        const wchar_t* pszDpi = _wgetenv(L"KOR_GALLERY_DPI");
+        if (pszDpi == nullptr || *pszDpi == L'\0')
+            GTEST_SKIP() << "runs at 150 % in the gallery_dpi150 entry only";
+        Gallery::SetUp();
+        HDC hScreen = GetDC(nullptr);
+        const int nDpi = GetDeviceCaps(hScreen, LOGPIXELSY);
+        ReleaseDC(nullptr, hScreen);
+        ASSERT_EQ(nDpi, _wtoi(pszDpi)) << "the prefix did not take the DPI";
+    }
+};
+
+TEST_F(GalleryDpi, MessageBoxQuestionAt150Percent) {
+    m_driver.then(picture(L"dpi150-message-box-question", click(IDC_MESSAGE_BUTTON1)));
+    UQMessageBox box(L"12 of the selected files are stub files. Recall their data from the storage server "
+                     L"before they are retrieved?",
+                     UQSeverity(UVSeverity::YELLOW), UQMessageBox::BUTTONS_YES_NO, L"Retrieve");
+    EXPECT_EQ(box.mf_show(nullptr, 1), UQMessageBox::RESULT_YES);
+}
+
+TEST_F(GalleryDpi, SearchUserBeforeListingAt150Percent) {
+    registrytest::RegistrySandbox sandbox;
+    ScratchFile directory("gallery-directory-dpi.txt",
+                          "controller\tCORVEX-DC01\tCORVEX-DC01\tprimary\ngenerate\t10\t1\n");
+    panelstest::UseDirectoryFile use(directory.mf_getPath());
+    m_driver.then(picture(L"dpi150-search-user-start", click(IDC_SEARCH_USER_CANCEL)));
+    UQSearchUserDialog dialog;
+    EXPECT_EQ(dialog.mf_show(nullptr), 0);
+}
