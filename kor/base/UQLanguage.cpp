@@ -97,21 +97,17 @@ HMODULE loadModule(const CString& directory, const CString& name) noexcept {
 } // namespace
 
 HMODULE UQLanguage::mf_getUserLanguageHandle() noexcept {
-    try {
-        const CString chosen = korenv::variable(LANGUAGE_VARIABLE);
-        if (!chosen.IsEmpty()) {
-            const CString directory = moduleDirectory();
-            return loadModule(directory, moduleFileName(directory, chosen));
-        }
-    } catch (...) {
-        // Without the override the user's interface language decides.
-    }
     return mf_getLanguageHandle(CURRENT);
 }
 
 HMODULE UQLanguage::mf_getLanguageHandle(unsigned long _uLanguage) noexcept {
     try {
         const CString directory = moduleDirectory();
+        if (_uLanguage > 0xFFFFul) {
+            const CString chosen = korenv::variable(LANGUAGE_VARIABLE);
+            if (!chosen.IsEmpty())
+                return loadModule(directory, moduleFileName(directory, chosen));
+        }
         return loadModule(directory, moduleFileName(directory, _uLanguage));
     } catch (...) {
         // Out of memory before anything was loaded: the caller sees the same null as for a missing module.

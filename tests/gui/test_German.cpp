@@ -42,6 +42,7 @@ TEST_F(German, TheOverrideChoosesTheGermanModuleBesideTheEnglishOne) {
     ASSERT_NE(hGerman, nullptr);
     ASSERT_NE(hEnglish, nullptr);
     EXPECT_NE(hGerman, hEnglish);
+    EXPECT_EQ(UQLanguage::mf_getLanguageHandle(UQLanguage::CURRENT), hGerman) << "icons come from there too";
     EXPECT_EQ(UQLanguage::mf_getLanguageHandle(MAKELANGID(LANG_GERMAN, SUBLANG_GERMAN_AUSTRIAN)), hGerman);
     EXPECT_EQ(moduleText(hGerman, 3092), "&Ja");
     EXPECT_EQ(moduleText(hEnglish, 3092), "&Yes");
