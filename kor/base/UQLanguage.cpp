@@ -38,9 +38,9 @@ CString moduleDirectory() {
     }
 }
 
-// "korlang_de.dll" for "de" when that module exists; the English module otherwise. Only two or three
-// letters are taken, so the name cannot leave the directory.
-CString moduleFileName(const CString& directory, const CString& iso) {
+// "korlang_de.dll" for "de"; the English module for a name that is not two or three letters, so the name
+// cannot leave the directory.
+CString moduleFileName(const CString& iso) {
     const int length = iso.GetLength();
     bool plain = length >= 2 && length <= 3;
     for (int i = 0; plain && i < length; ++i)
@@ -49,38 +49,53 @@ CString moduleFileName(const CString& directory, const CString& iso) {
         return FALLBACK_MODULE;
     CString name = L"korlang_" + iso + L".dll";
     name.MakeLower();
-    if (GetFileAttributesW(directory + name) != INVALID_FILE_ATTRIBUTES)
-        return name;
-    return FALLBACK_MODULE;
+    return name;
 }
 
-CString moduleFileName(const CString& directory, unsigned long language) {
+CString moduleFileName(unsigned long language) {
     const LANGID langId = language > 0xFFFFul ? GetUserDefaultUILanguage() : static_cast<LANGID>(language);
     wchar_t iso[16] = {0};
     if (GetLocaleInfoW(MAKELCID(langId, SORT_DEFAULT), LOCALE_SISO639LANGNAME, iso, 16) > 0)
-        return moduleFileName(directory, CString(iso));
+        return moduleFileName(CString(iso));
     return FALLBACK_MODULE;
 }
 
-HMODULE loadModule(const CString& directory, const CString& name) noexcept {
+HMODULE cached(const CString& name) {
+    for (const auto& entry : g_modules) {
+        if (entry.first.CompareNoCase(name) == 0)
+            return entry.second;
+    }
+    return nullptr;
+}
+
+// The module of that name, loaded once; the English one when that module does not exist. A missing module
+// is remembered as the English one, so texts looked up one by one do not ask the file system each time.
+HMODULE loadModule(const CString& directory, const CString& requested) noexcept {
     static const wchar_t* const _sFunction_ = L"UQLanguage::mf_getLanguageHandle";
     CString path;
     DWORD error = 0;
     try {
         std::lock_guard<std::mutex> guard(g_lock);
-        for (const auto& entry : g_modules) {
-            if (entry.first.CompareNoCase(name) == 0)
-                return entry.second;
+        if (HMODULE module = cached(requested))
+            return module;
+        CString name = requested;
+        if (GetFileAttributesW(directory + name) == INVALID_FILE_ATTRIBUTES)
+            name = FALLBACK_MODULE;
+        HMODULE module = cached(name);
+        if (module == nullptr) {
+            path = directory + name;
+            SetLastError(0);
+            module = LoadLibraryExW(path, nullptr, LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE);
+            if (module == nullptr)
+                error = GetLastError();
+            else
+                g_modules.emplace_back(name, module);
         }
-        path = directory + name;
-        SetLastError(0);
-        HMODULE module =
-            LoadLibraryExW(path, nullptr, LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE);
         if (module != nullptr) {
-            g_modules.emplace_back(name, module);
+            if (name.CompareNoCase(requested) != 0)
+                g_modules.emplace_back(requested, module);
             return module;
         }
-        error = GetLastError();
     } catch (...) {
         // Only allocation can fail above; it is reported like a module that cannot be loaded.
     }
@@ -106,9 +121,9 @@ HMODULE UQLanguage::mf_getLanguageHandle(unsigned long _uLanguage) noexcept {
         if (_uLanguage > 0xFFFFul) {
             const CString chosen = korenv::variable(LANGUAGE_VARIABLE);
             if (!chosen.IsEmpty())
-                return loadModule(directory, moduleFileName(directory, chosen));
+                return loadModule(directory, moduleFileName(chosen));
         }
-        return loadModule(directory, moduleFileName(directory, _uLanguage));
+        return loadModule(directory, moduleFileName(_uLanguage));
     } catch (...) {
         // Out of memory before anything was loaded: the caller sees the same null as for a missing module.
         return nullptr;
