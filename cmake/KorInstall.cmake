@@ -41,7 +41,7 @@ endforeach()
 if(KOR_TARGET STREQUAL "windows")
   # The language modules are looked for beside korbase.dll, and the libraries need the C++ runtime that
   # built them.
-  install(TARGETS korlang_en LIBRARY DESTINATION ${CMAKE_INSTALL_BINDIR} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  install(TARGETS korlang_en korlang_de LIBRARY DESTINATION ${CMAKE_INSTALL_BINDIR} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
   foreach(dll libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
     install(FILES ${CMAKE_BINARY_DIR}/bin/${dll} DESTINATION ${CMAKE_INSTALL_BINDIR})
   endforeach()

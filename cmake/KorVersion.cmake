@@ -8,6 +8,7 @@ set(KOR_DESCRIPTION_korutil "Utility library: accounts, file and progress events
 set(KOR_DESCRIPTION_korarchiver "Archiver library: query data, history, management classes, listings")
 set(KOR_DESCRIPTION_korguibase "Graphical base library")
 set(KOR_DESCRIPTION_korlang_en "English language module")
+set(KOR_DESCRIPTION_korlang_de "German language module")
 set(KOR_DESCRIPTION_korfiles "File list and history search tool")
 
 # kor_version_resource(TARGET): links a VERSIONINFO resource into a DLL or program of the windows build

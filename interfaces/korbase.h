@@ -314,11 +314,12 @@ public:
     // The language number that stands for the current language, whatever it is.
     static const unsigned long CURRENT = 0x10000;
 
-    // The module of the user's interface language (GetUserDefaultUILanguage).
+    // The module of the user's interface language (GetUserDefaultUILanguage), or of the language that the
+    // environment variable KOR_LANGUAGE names by its ISO 639 name ("de", "en") when it is set.
     static HMODULE mf_getUserLanguageHandle() noexcept;
-    // The module of a language (a LANGID, or CURRENT). A language without a module of its own gets the
-    // English one. Null, after a LEVEL_E record "Failure loading language module '%s':\r\n%s%s", when the
-    // module cannot be loaded; the next call tries again.
+    // The module of a language (a LANGID, or CURRENT: the user's language as above). A language without a
+    // module of its own gets the English one. Null, after a LEVEL_E record "Failure loading language module
+    // '%s':\r\n%s%s", when the module cannot be loaded; the next call tries again.
     static HMODULE mf_getLanguageHandle(unsigned long _uLanguage) noexcept;
 };
 #endif

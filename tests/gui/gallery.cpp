@@ -451,3 +451,120 @@ TEST(GalleryWizard, FirstPanelExecutePanelBeforeAndAfterAndFinishPanel) {
     EXPECT_EQ(wizard.mf_create(GetModuleHandleW(nullptr), nullptr), 1);
     EXPECT_EQ(script.actionsLeft(), 0);
 }
+
+// The German row: the same dialogs with korlang_de.dll, where the longer texts must still fit.
+class GalleryGerman : public Gallery {
+protected:
+    void SetUp() override {
+        Gallery::SetUp();
+        ASSERT_TRUE(SetEnvironmentVariableW(L"KOR_LANGUAGE", L"de"));
+    }
+    void TearDown() override {
+        SetEnvironmentVariableW(L"KOR_LANGUAGE", nullptr);
+        Gallery::TearDown();
+    }
+};
+
+TEST_F(GalleryGerman, MessageBoxQuestion) {
+    m_driver.then(picture(L"de-message-box-question", click(IDC_MESSAGE_BUTTON1)));
+    UQMessageBox box(L"12 der ausgew\u00e4hlten Dateien sind Stub-Dateien. Sollen ihre Daten vor dem Abrufen "
+                     L"vom Speicherserver zur\u00fcckgeholt werden?",
+                     UQSeverity(UVSeverity::YELLOW), UQMessageBox::BUTTONS_YES_NO, L"Abrufen");
+    EXPECT_EQ(box.mf_show(nullptr, 1), UQMessageBox::RESULT_YES);
+}
+
+TEST_F(GalleryGerman, InformationBox) {
+    registrytest::RegistrySandbox sandbox;
+    m_driver.then(picture(L"de-information-box", click(IDC_INFORMATION_OK)));
+    UQInformationBox box(L"Tipp", L"Migrierte Dateien bleiben als Stub-Dateien in ihren Ordnern sichtbar.",
+                         L"Eine Stub-Datei wird vom Speicherserver zur\u00fcckgeholt, wenn ein Programm sie "
+                         L"\u00f6ffnet. Durchsuchen Sie den Verlauf, um \u00e4ltere Versionen abzurufen.",
+                         L"GalleryTipGerman");
+    box.mf_show(nullptr);
+}
+
+TEST_F(GalleryGerman, SearchUserBeforeListing) {
+    registrytest::RegistrySandbox sandbox;
+    ScratchFile directory("gallery-directory-de.txt",
+                          "controller\tCORVEX-DC01\tCORVEX-DC01\tprimary\ngenerate\t10\t1\n");
+    panelstest::UseDirectoryFile use(directory.mf_getPath());
+    m_driver.then(picture(L"de-search-user-start", click(IDC_SEARCH_USER_CANCEL)));
+    UQSearchUserDialog dialog;
+    EXPECT_EQ(dialog.mf_show(nullptr), 0);
+}
+
+TEST_F(GalleryGerman, ProgressBarDialog) {
+    GalleryWorker worker([] {
+        UQProgressEvent(UQProgressEvent::ACTION_PROGRESS, L"Abrufen von C:\\Finanzen\\2024\\Budget.docx", 86,
+                        214, 40, 100)
+            .mf_publish();
+    });
+    UQProgressBarDialog dialog(L"Dateien werden abgerufen", worker);
+    m_driver.then(
+        afterText(IDC_PROGRESS_TOTAL, picture(L"de-progress-bar-dialog", click(IDC_PROGRESS_CANCEL))));
+    EXPECT_EQ(dialog.mf_execute(UQLanguage::mf_getUserLanguageHandle(), nullptr, IDD_PROGRESS_BAR), 0);
+}
+
+TEST(GalleryWizardGerman, FirstPanelAndExecutePanel) {
+    initCommonControls();
+    ASSERT_TRUE(SetEnvironmentVariableW(L"KOR_LANGUAGE", L"de"));
+    {
+        wizardtest::TestWizard wizard;
+        wizard.add(IDD_WIZARD_PANEL_WELCOME, wizardtest::TITLE_WELCOME);
+        wizard.add(IDD_WIZARD_PANEL_NAME, wizardtest::TITLE_NAME);
+        wizard.addRun();
+        auto snap = [&wizard](int _nIndex, const wchar_t* _pszName) {
+            return [&wizard, _nIndex, _pszName] {
+                if (wizard.mf_getCurrentIndex() != _nIndex || !wizardtest::frameReady(wizard))
+                    return false;
+                savePicture(wizard.mf_getHandle(), _pszName);
+                return true;
+            };
+        };
+        wizardtest::Script script(wizard);
+        script.then(snap(0, L"de-wizard-first-panel"))
+            .click(wizardtest::ITEM_NEXT)
+            .then(snap(1, L"de-wizard-name-panel"))
+            .click(wizardtest::ITEM_NEXT)
+            .then(snap(2, L"de-wizard-execute-panel"))
+            .click(IDCANCEL)
+            .answer("Assistent abbrechen", IDC_MESSAGE_BUTTON1);
+        EXPECT_EQ(wizard.mf_create(GetModuleHandleW(nullptr), nullptr), 0);
+        EXPECT_EQ(script.actionsLeft(), 0);
+    }
+    SetEnvironmentVariableW(L"KOR_LANGUAGE", nullptr);
+}
+
+// Dialogs at 150 %: only the gallery_dpi150 entry runs them, in a Wine prefix whose LogPixels is 144 and
+// with KOR_GALLERY_DPI=144 naming the DPI it set. Dialog units scale every control with the font.
+class GalleryDpi : public Gallery {
+protected:
+    void SetUp() override {
+        const wchar_t* pszDpi = _wgetenv(L"KOR_GALLERY_DPI");
+        if (pszDpi == nullptr || *pszDpi == L'\0')
+            GTEST_SKIP() << "runs at 150 % in the gallery_dpi150 entry only";
+        Gallery::SetUp();
+        HDC hScreen = GetDC(nullptr);
+        const int nDpi = GetDeviceCaps(hScreen, LOGPIXELSY);
+        ReleaseDC(nullptr, hScreen);
+        ASSERT_EQ(nDpi, _wtoi(pszDpi)) << "the prefix did not take the DPI";
+    }
+};
+
+TEST_F(GalleryDpi, MessageBoxQuestionAt150Percent) {
+    m_driver.then(picture(L"dpi150-message-box-question", click(IDC_MESSAGE_BUTTON1)));
+    UQMessageBox box(L"12 of the selected files are stub files. Recall their data from the storage server "
+                     L"before they are retrieved?",
+                     UQSeverity(UVSeverity::YELLOW), UQMessageBox::BUTTONS_YES_NO, L"Retrieve");
+    EXPECT_EQ(box.mf_show(nullptr, 1), UQMessageBox::RESULT_YES);
+}
+
+TEST_F(GalleryDpi, SearchUserBeforeListingAt150Percent) {
+    registrytest::RegistrySandbox sandbox;
+    ScratchFile directory("gallery-directory-dpi.txt",
+                          "controller\tCORVEX-DC01\tCORVEX-DC01\tprimary\ngenerate\t10\t1\n");
+    panelstest::UseDirectoryFile use(directory.mf_getPath());
+    m_driver.then(picture(L"dpi150-search-user-start", click(IDC_SEARCH_USER_CANCEL)));
+    UQSearchUserDialog dialog;
+    EXPECT_EQ(dialog.mf_show(nullptr), 0);
+}

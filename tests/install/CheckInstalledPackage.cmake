@@ -27,8 +27,8 @@ set(absent include/kor include/resources include/interfaces/korbase_testing.h
            include/guibase/foundation/UQReport.h include/guibase/toolkit/UQDialogProcedure.h)
 if(KOR_TARGET STREQUAL "windows")
   list(APPEND present include/guibase/toolkit/UQMessageBox.h bin/korcompat.dll bin/korbase.dll bin/korutil.dll
-       bin/korarchiver.dll bin/korguibase.dll bin/korlang_en.dll bin/libstdc++-6.dll lib/libkorguibase.dll.a
-       lib/libkorbase.dll.a)
+       bin/korarchiver.dll bin/korguibase.dll bin/korlang_en.dll bin/korlang_de.dll bin/libstdc++-6.dll
+       lib/libkorguibase.dll.a lib/libkorbase.dll.a)
 else()
   list(APPEND present lib/libkorguibase.so lib/libkorbase.so lib/pkgconfig/korguibase.pc)
   list(APPEND absent include/guibase/toolkit include/guibase/wizard/UQWizard.h)
