@@ -109,4 +109,51 @@ UQFileOutcome outcomeOf(const std::vector<UQFileOutcome>& _outcomes, const std::
     return UQFileOutcome();
 }
 
+namespace {
+
+// A path as Wine's Linux side sees it; empty outside Wine. Wine allocates it on the process heap.
+std::string unixPathOf(const std::wstring& _sPath) {
+    using UnixFileName = char*(CDECL*)(LPCWSTR);
+    const auto toUnix = reinterpret_cast<UnixFileName>(reinterpret_cast<void*>(
+        GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "wine_get_unix_file_name")));
+    if (toUnix == nullptr)
+        return std::string();
+    char* pszUnix = toUnix(_sPath.c_str());
+    if (pszUnix == nullptr)
+        return std::string();
+    std::string sUnix(pszUnix);
+    HeapFree(GetProcessHeap(), 0, pszUnix);
+    return sUnix;
+}
+
+} // namespace
+
+bool plantSymbolicLink(const std::wstring& _sTarget, const std::wstring& _sLink, bool _bFolder) {
+    const std::string sTarget = unixPathOf(_sTarget);
+    const std::string sLink = unixPathOf(_sLink);
+    if (sTarget.empty() || sLink.empty())
+        return CreateSymbolicLinkW(_sLink.c_str(), _sTarget.c_str(),
+                                   _bFolder ? SYMBOLIC_LINK_FLAG_DIRECTORY : 0) &&
+               GetFileAttributesW(_sLink.c_str()) != INVALID_FILE_ATTRIBUTES;
+    // Wine starts a Linux program as it starts a Windows one; its exit code does not come back, so the
+    // link's appearance is the answer.
+    std::wstring sCommand = L"ln -s \"" + uqfmt::utf8ToWide(sTarget.data(), sTarget.size()) + L"\" \"" +
+                            uqfmt::utf8ToWide(sLink.data(), sLink.size()) + L"\"";
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process{};
+    if (!CreateProcessW(L"Z:\\bin\\ln", sCommand.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                        &startup, &process))
+        return false;
+    const UQProcessHandle child(process.hProcess);
+    const UQProcessHandle thread(process.hThread);
+    for (int i = 0; i < 200; ++i) {
+        WIN32_FILE_ATTRIBUTE_DATA data{};
+        if (GetFileAttributesExW(_sLink.c_str(), GetFileExInfoStandard, &data))
+            return true;
+        Sleep(50);
+    }
+    return false;
+}
+
 } // namespace clienttest
