@@ -128,32 +128,59 @@ std::string unixPathOf(const std::wstring& _sPath) {
 
 } // namespace
 
+namespace {
+
+// Runs a Linux program with _sArguments under Wine, and waits (a limited time) until _until() holds: Wine
+// starts a Linux program as it starts a Windows one, but its exit code does not come back.
+template <class CONDITION>
+bool runLinuxProgram(const wchar_t* _sProgram, std::wstring _sArguments, CONDITION _until) {
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process{};
+    if (!CreateProcessW(_sProgram, _sArguments.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
+                        &process))
+        return false;
+    const UQProcessHandle child(process.hProcess);
+    const UQProcessHandle thread(process.hThread);
+    for (int i = 0; i < 200; ++i) {
+        if (_until())
+            return true;
+        Sleep(50);
+    }
+    return false;
+}
+
+std::wstring quoted(const std::string& _sUnixPath) {
+    return L"\"" + uqfmt::utf8ToWide(_sUnixPath.data(), _sUnixPath.size()) + L"\"";
+}
+
+bool linkExists(const std::wstring& _sLink) {
+    WIN32_FILE_ATTRIBUTE_DATA data{};
+    return GetFileAttributesExW(_sLink.c_str(), GetFileExInfoStandard, &data) != 0;
+}
+
+} // namespace
+
 bool plantSymbolicLink(const std::wstring& _sTarget, const std::wstring& _sLink, bool _bFolder) {
     const std::string sTarget = unixPathOf(_sTarget);
     const std::string sLink = unixPathOf(_sLink);
     if (sTarget.empty() || sLink.empty())
         return CreateSymbolicLinkW(_sLink.c_str(), _sTarget.c_str(),
                                    _bFolder ? SYMBOLIC_LINK_FLAG_DIRECTORY : 0) &&
-               GetFileAttributesW(_sLink.c_str()) != INVALID_FILE_ATTRIBUTES;
-    // Wine starts a Linux program as it starts a Windows one; its exit code does not come back, so the
-    // link's appearance is the answer.
-    std::wstring sCommand = L"ln -s \"" + uqfmt::utf8ToWide(sTarget.data(), sTarget.size()) + L"\" \"" +
-                            uqfmt::utf8ToWide(sLink.data(), sLink.size()) + L"\"";
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION process{};
-    if (!CreateProcessW(L"Z:\\bin\\ln", sCommand.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                        &startup, &process))
+               linkExists(_sLink);
+    // -T: a name that exists already is an error, never a folder to put the link into.
+    if (linkExists(_sLink))
         return false;
-    const UQProcessHandle child(process.hProcess);
-    const UQProcessHandle thread(process.hThread);
-    for (int i = 0; i < 200; ++i) {
-        WIN32_FILE_ATTRIBUTE_DATA data{};
-        if (GetFileAttributesExW(_sLink.c_str(), GetFileExInfoStandard, &data))
-            return true;
-        Sleep(50);
-    }
-    return false;
+    return runLinuxProgram(L"Z:\\bin\\ln", L"ln -s -T " + quoted(sTarget) + L" " + quoted(sLink),
+                           [&] { return linkExists(_sLink); });
+}
+
+bool removeSymbolicLink(const std::wstring& _sLink) {
+    const std::string sLink = unixPathOf(_sLink);
+    // Wine removes neither a Linux folder link (DeleteFileW) nor through it (RemoveDirectoryW).
+    if (sLink.empty())
+        return DeleteFileW(_sLink.c_str()) || RemoveDirectoryW(_sLink.c_str());
+    return runLinuxProgram(L"Z:\\bin\\rm", L"rm -f -- " + quoted(sLink), [&] { return !linkExists(_sLink); });
 }
 
 } // namespace clienttest

@@ -28,6 +28,16 @@ protected:
         CreateDirectoryW(UQSafeFile::mf_long(sOutside).c_str(), nullptr);
         writeFile(sOutside + L"\\precious.txt", "precious");
     }
+    // The links go first, so that clearing the scratch folder cannot reach through them.
+    ~SymbolicLinkTest() override {
+        for (const std::wstring& sLink : links)
+            removeSymbolicLink(sLink);
+    }
+
+    bool plant(const std::wstring& _sTarget, const std::wstring& _sLink, bool _bFolder) {
+        links.push_back(_sLink);
+        return plantSymbolicLink(_sTarget, _sLink, _bFolder);
+    }
 
     // A stored version written as the server would.
     UQRetrieval::Request craft(std::uint64_t _uPosition, const std::wstring& _sName,
@@ -76,10 +86,11 @@ protected:
     UQServerDirectory server;
     std::vector<UQFileOutcome> outcomes;
     std::wstring reason;
+    std::vector<std::wstring> links;
 };
 
 TEST_F(SymbolicLinkTest, FolderLinkInTheDestinationIsNotFollowedForWriting) {
-    ASSERT_TRUE(plantSymbolicLink(sOutside, sDestination + L"\\deep", true));
+    ASSERT_TRUE(plant(sOutside, sDestination + L"\\deep", true));
     LogCheck log;
     ASSERT_EQ(retrieve({craft(1, L"deep\\planted.txt", "planted"), craft(2, L"plain.txt", "plain")}), 1)
         << utf8(reason);
@@ -105,7 +116,7 @@ TEST_F(SymbolicLinkTest, FolderLinkInTheDestinationIsNotFollowedForWriting) {
 }
 
 TEST_F(SymbolicLinkTest, FileLinkInTheDestinationIsNotWrittenThrough) {
-    ASSERT_TRUE(plantSymbolicLink(sOutside + L"\\precious.txt", sDestination + L"\\a.txt", false));
+    ASSERT_TRUE(plant(sOutside + L"\\precious.txt", sDestination + L"\\a.txt", false));
     ASSERT_EQ(retrieve({craft(1, L"a.txt", "planted over")}), 1) << utf8(reason);
     ASSERT_EQ(outcomes.size(), 1u);
     EXPECT_EQ(outcomes[0].eSeverity, UQFileOutcome::YELLOW);
@@ -119,7 +130,7 @@ TEST_F(SymbolicLinkTest, StoredVersionThatLinksOutOfTheServerFolderIsNotRead) {
     // The version's bytes are whole and verify; only where they lie is wrong.
     ASSERT_TRUE(MoveFileW(UQSafeFile::mf_long(sVersion).c_str(),
                           UQSafeFile::mf_long(sOutside + L"\\version").c_str()));
-    ASSERT_TRUE(plantSymbolicLink(sOutside + L"\\version", sVersion, false));
+    ASSERT_TRUE(plant(sOutside + L"\\version", sVersion, false));
     ASSERT_EQ(retrieve({request}), 1) << utf8(reason);
     ASSERT_EQ(outcomes.size(), 1u);
     EXPECT_EQ(outcomes[0].eSeverity, UQFileOutcome::RED);
@@ -130,7 +141,7 @@ TEST_F(SymbolicLinkTest, StoredVersionThatLinksOutOfTheServerFolderIsNotRead) {
 
 TEST_F(SymbolicLinkTest, MigrationDoesNotFollowAFolderLinkOutOfTheSourceFolder) {
     ASSERT_TRUE(writeFile(sFiles + L"\\own.txt", "own"));
-    ASSERT_TRUE(plantSymbolicLink(sOutside, sFiles + L"\\elsewhere", true));
+    ASSERT_TRUE(plant(sOutside, sFiles + L"\\elsewhere", true));
     ASSERT_EQ(migrate(), 1) << utf8(reason);
     const UQFileOutcome link = outcomeOf(outcomes, sFiles + L"\\elsewhere");
     EXPECT_EQ(link.eSeverity, UQFileOutcome::YELLOW);
@@ -142,7 +153,7 @@ TEST_F(SymbolicLinkTest, MigrationDoesNotFollowAFolderLinkOutOfTheSourceFolder) 
 
 TEST_F(SymbolicLinkTest, MigrationDoesNotFollowAFileLinkOutOfTheSourceFolder) {
     ASSERT_TRUE(writeFile(sFiles + L"\\own.txt", "own"));
-    ASSERT_TRUE(plantSymbolicLink(sOutside + L"\\precious.txt", sFiles + L"\\link.txt", false));
+    ASSERT_TRUE(plant(sOutside + L"\\precious.txt", sFiles + L"\\link.txt", false));
     ASSERT_EQ(migrate(), 1) << utf8(reason);
     const UQFileOutcome link = outcomeOf(outcomes, sFiles + L"\\link.txt");
     EXPECT_EQ(link.eSeverity, UQFileOutcome::YELLOW);
