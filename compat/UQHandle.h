@@ -129,6 +129,8 @@ struct UQFindHandleTraits {
 
 typedef UQHandle<UQFileHandleTraits> UQFileHandle;
 typedef UQHandle<UQFindHandleTraits> UQFindHandle;
+// A process or thread of CreateProcessW: null when absent, closed with CloseHandle.
+typedef UQHandle<UQNullHandleTraits<HANDLE, BOOL, &CloseHandle>> UQProcessHandle;
 typedef UQHandle<UQGdiObjectTraits<HFONT>> UQFont;
 typedef UQHandle<UQGdiObjectTraits<HBRUSH>> UQBrush;
 typedef UQHandle<UQNullHandleTraits<HICON, BOOL, &DestroyIcon>> UQIcon;

@@ -109,4 +109,78 @@ UQFileOutcome outcomeOf(const std::vector<UQFileOutcome>& _outcomes, const std::
     return UQFileOutcome();
 }
 
+namespace {
+
+// A path as Wine's Linux side sees it; empty outside Wine. Wine allocates it on the process heap.
+std::string unixPathOf(const std::wstring& _sPath) {
+    using UnixFileName = char*(CDECL*)(LPCWSTR);
+    const auto toUnix = reinterpret_cast<UnixFileName>(reinterpret_cast<void*>(
+        GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "wine_get_unix_file_name")));
+    if (toUnix == nullptr)
+        return std::string();
+    char* pszUnix = toUnix(_sPath.c_str());
+    if (pszUnix == nullptr)
+        return std::string();
+    std::string sUnix(pszUnix);
+    HeapFree(GetProcessHeap(), 0, pszUnix);
+    return sUnix;
+}
+
+} // namespace
+
+namespace {
+
+// Runs a Linux program with _sArguments under Wine, and waits (a limited time) until _until() holds: Wine
+// starts a Linux program as it starts a Windows one, but its exit code does not come back.
+template <class CONDITION>
+bool runLinuxProgram(const wchar_t* _sProgram, std::wstring _sArguments, CONDITION _until) {
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process{};
+    if (!CreateProcessW(_sProgram, _sArguments.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
+                        &process))
+        return false;
+    const UQProcessHandle child(process.hProcess);
+    const UQProcessHandle thread(process.hThread);
+    for (int i = 0; i < 200; ++i) {
+        if (_until())
+            return true;
+        Sleep(50);
+    }
+    return false;
+}
+
+std::wstring quoted(const std::string& _sUnixPath) {
+    return L"\"" + uqfmt::utf8ToWide(_sUnixPath.data(), _sUnixPath.size()) + L"\"";
+}
+
+bool linkExists(const std::wstring& _sLink) {
+    WIN32_FILE_ATTRIBUTE_DATA data{};
+    return GetFileAttributesExW(_sLink.c_str(), GetFileExInfoStandard, &data) != 0;
+}
+
+} // namespace
+
+bool plantSymbolicLink(const std::wstring& _sTarget, const std::wstring& _sLink, bool _bFolder) {
+    const std::string sTarget = unixPathOf(_sTarget);
+    const std::string sLink = unixPathOf(_sLink);
+    if (sTarget.empty() || sLink.empty())
+        return CreateSymbolicLinkW(_sLink.c_str(), _sTarget.c_str(),
+                                   _bFolder ? SYMBOLIC_LINK_FLAG_DIRECTORY : 0) &&
+               linkExists(_sLink);
+    // -T: a name that exists already is an error, never a folder to put the link into.
+    if (linkExists(_sLink))
+        return false;
+    return runLinuxProgram(L"Z:\\bin\\ln", L"ln -s -T " + quoted(sTarget) + L" " + quoted(sLink),
+                           [&] { return linkExists(_sLink); });
+}
+
+bool removeSymbolicLink(const std::wstring& _sLink) {
+    const std::string sLink = unixPathOf(_sLink);
+    // Wine removes neither a Linux folder link (DeleteFileW) nor through it (RemoveDirectoryW).
+    if (sLink.empty())
+        return DeleteFileW(_sLink.c_str()) || RemoveDirectoryW(_sLink.c_str());
+    return runLinuxProgram(L"Z:\\bin\\rm", L"rm -f -- " + quoted(sLink), [&] { return !linkExists(_sLink); });
+}
+
 } // namespace clienttest

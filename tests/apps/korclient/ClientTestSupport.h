@@ -36,5 +36,10 @@ std::vector<std::wstring> filesBelow(const std::wstring& _sFolder);
 std::string contentOf(int _nSeed, std::size_t _nBytes);
 // The outcome for _sPath among _outcomes; an outcome with an empty path and result when there is none.
 UQFileOutcome outcomeOf(const std::vector<UQFileOutcome>& _outcomes, const std::wstring& _sPath);
+// Makes _sLink a symbolic link to _sTarget (a folder or a file); false when none could be made. Under Wine 8,
+// whose CreateSymbolicLinkW makes nothing, the link is a Linux one beside the Wine drive.
+bool plantSymbolicLink(const std::wstring& _sTarget, const std::wstring& _sLink, bool _bFolder);
+// Removes a link plantSymbolicLink made, never what it leads to.
+bool removeSymbolicLink(const std::wstring& _sLink);
 
 } // namespace clienttest

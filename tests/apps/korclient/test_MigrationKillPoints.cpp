@@ -18,9 +18,6 @@ const int FILES = 200;
 const int STEPS_PER_FILE = 4;
 const DWORD RUN_LIMIT_MS = 120000;
 
-// A process or thread handle of CreateProcessW: null when absent.
-typedef UQHandle<UQNullHandleTraits<HANDLE, BOOL, &CloseHandle>> ProcessHandle;
-
 // Runs korclient (beside this test) to migrate _sFolder into _sServer, killed after step _nKillAt (0: never);
 // answers its exit code, or -1 when it could not run or did not end in time.
 int runKorclient(const std::wstring& _sFolder, const std::wstring& _sServer, int _nKillAt) {
@@ -46,8 +43,8 @@ int runKorclient(const std::wstring& _sFolder, const std::wstring& _sServer, int
     SetEnvironmentVariableW(L"KOR_TEST_TERMINATE_AT_STEP", nullptr);
     if (!bStarted)
         return -1;
-    const ProcessHandle thread(process.hThread);
-    const ProcessHandle child(process.hProcess);
+    const UQProcessHandle thread(process.hThread);
+    const UQProcessHandle child(process.hProcess);
     DWORD dwExit = static_cast<DWORD>(-1);
     if (WaitForSingleObject(child.mf_get(), RUN_LIMIT_MS) == WAIT_OBJECT_0)
         GetExitCodeProcess(child.mf_get(), &dwExit);
