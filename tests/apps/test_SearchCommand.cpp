@@ -5,6 +5,8 @@
 #include "KorFilesTool.h"
 #include "SearchCommand.h"
 
+#include "compat/utf8.h"
+
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -161,6 +163,39 @@ TEST_F(SearchCommandTest, PatternQuestionMarkStandsForExactlyOneCharacter) {
     EXPECT_EQ(6u, paths().size());
     out.text.clear();
     EXPECT_EQ(0, search({L"\\\\??\\*"}));
+    EXPECT_EQ(std::vector<std::string>{}, paths());
+}
+
+// A pattern that is no UTF-8 could match no stored path (the store is UTF-8): it is refused, not searched.
+TEST_F(SearchCommandTest, APatternThatIsNotUtf8IsBadUsage) {
+    CString lone(L"*caf");
+    lone += static_cast<wchar_t>(0xD800);
+    lone += L"*";
+    EXPECT_EQ(2, search({lone}));
+    EXPECT_EQ("", out.text);
+    EXPECT_EQ(0u,
+              err.text.find("korfiles search: PATTERN is not valid UTF-8 (unpaired surrogate U+D800 at unit "
+                            "5), so it could match no stored path\n"))
+        << err.text;
+    EXPECT_EQ(std::vector<LogLine>{}, log.lines());
+#ifndef _WIN32
+    // A Latin-1 argument: main.cpp keeps its byte 0xE9 as U+DCE9.
+    const std::string bytes = "*caf\xE9*";
+    const std::wstring wide = uqfmt::nativeToWide(bytes.data(), bytes.size());
+    err.text.clear();
+    EXPECT_EQ(2, search({CString(wide.c_str(), static_cast<int>(wide.size()))}));
+    EXPECT_EQ(0u,
+              err.text.find("korfiles search: PATTERN is not valid UTF-8 (byte 0xE9 at character 5), so it "
+                            "could match no stored path\n"))
+        << err.text;
+#endif
+    // Characters beyond the BMP are whole pairs and search as any other.
+    CString emoji(L"*");
+    emoji += static_cast<wchar_t>(0xD83D);
+    emoji += static_cast<wchar_t>(0xDE00);
+    emoji += L"*";
+    err.text.clear();
+    EXPECT_EQ(0, search({emoji}));
     EXPECT_EQ(std::vector<std::string>{}, paths());
 }
 
