@@ -355,6 +355,19 @@ TEST(HistorySource, AStoreFileIsSearchedOnAWorkerThread) {
 // ---------------------------------------------------------------------------------------------------------
 // Malformed records and unreadable stores
 
+TEST_F(SearchCommandTest, ARecordThatIsNotUtf8IsReportedWithItsBytesAndTakesNothing) {
+    const TempFile store("\\\\S\\x\\M\xFCller.txt\t=\t1\t2023-01-01 10:00:00\t10\t-\t-\t1:1\n"
+                         "\\\\S\\x\\M\xC3\xBCller.txt\t=\t1\t2023-01-01 10:00:00\t10\t-\t-\t1:2\n");
+    EXPECT_EQ(1, SearchCommand::mf_run({L"--store=" + store.path()}, HistorySource::mf_sample(), out, err));
+    EXPECT_EQ(store.name() +
+                  ":1: invalid UTF-8 (byte 0xFC at column 8) in '\\\\S\\x\\M\\xFCller.txt\t=\t1\t2023-01-01 "
+                  "10:00:00\t10\t-\t-\t1:1'\n1 file, 1 version, 1 malformed record skipped\n",
+              err.text);
+    EXPECT_EQ("Path              Versions  Status     Security  Streams\n"
+              "\\\\S\\x\\M\xC3\xBCller.txt  1         Available  No        No\n",
+              out.text);
+}
+
 TEST_F(SearchCommandTest, MalformedRecordsAreReportedWithFileAndLineAndSkipped) {
     const TempFile store("# two bad records among good ones\n"
                          "\\\\S\\x\\one.txt\t=\t1\t2023-01-01 10:00:00\t10\t-\t-\t1:1\n"
