@@ -310,6 +310,15 @@ void UQRegistry::mf_setValue(const CString& _sName, const CString& _sValue, int 
     const Target t = target(_sFunction_, &_sName, _sKey, _hHive);
     korregistry::Value v;
     v.dwType = _bExpandable ? korregistry::TYPE_EXPAND_SZ : korregistry::TYPE_SZ;
+    // The registry would keep the units after a NUL but read the string only up to it.
+    const int nNul = lengthOf(_sValue);
+    if (nNul < _sValue.GetLength()) {
+        CString text;
+        text.Format(
+            L"The string for %s holds a NUL character at unit %d; the registry ends a string at a NUL",
+            t.sSubject, nNul + 1);
+        fail(UQErrno::_E_::Parameter, _sFunction_, text);
+    }
     v.sText = _sValue;
     check(_sFunction_, t, korregistry::write(t.hHive, t.sKey, t.sName, v));
 }

@@ -165,6 +165,21 @@ TEST_F(UQRegistryNamesTest, ANulInsideAValueNameIsRefusedAndTheValueBeforeItStay
     EXPECT_EQ("_E_::Parameter", thrown([&] { readString(withNul); }).category);
 }
 
+TEST_F(UQRegistryNamesTest, ANulInsideAStringIsRefusedAndTheStringBeforeStays) {
+    UQRegistry::mf_setValue(L"S", L"kept", 0, KEY, HKEY_CURRENT_USER);
+    for (const int bExpandable : {0, 1}) {
+        const Thrown t = thrown(
+            [&] { UQRegistry::mf_setValue(L"S", CString(L"a\0b", 3), bExpandable, KEY, HKEY_CURRENT_USER); });
+        EXPECT_EQ("_E_::Parameter", t.category);
+        EXPECT_EQ(
+            "The string for value 'S' in 'HKCU\\SOFTWARE\\korguibase\\Names' holds a NUL character at unit "
+            "2; the registry ends a string at a NUL",
+            t.detail);
+        EXPECT_EQ("kept", utf8(readString(L"S")));
+    }
+    EXPECT_EQ(2u, m_log.count());
+}
+
 TEST_F(UQRegistryNamesTest, AnEmptyListEntryIsRefusedAndTheListBeforeStays) {
     UQArray<CString> before;
     before.Add(L"kept");
