@@ -97,6 +97,22 @@ public:
                               UVListingFileReader& _rListener, UVReadProgress* _pProgress = nullptr);
 };
 
+// Writes the lines of a listing file (docs/listing-format.md), such as the excerpt the client saves, so that
+// the listing reader takes back every line it writes.
+class KORARCHIVER_API UQListingWriter {
+public:
+    enum STATUS { STATUS_MIGRATED, STATUS_STUB, STATUS_WARNING, STATUS_FAILED };
+
+    // "path<TAB>version<TAB>status[<TAB>result text]\n"; an empty result text is left out. What a listing
+    // line cannot carry is refused before anything is written, logged at LEVEL_E and thrown as
+    // UQErrno::_E_::Parameter naming the path: an empty path or one that begins or ends with a space, a
+    // control character or an unpaired surrogate in the path or the result text ("The path 'C:\a\u0009b'
+    // cannot be written to a listing: control character U+0009 at unit 5"), a warning or failure without a
+    // result text.
+    static std::string mf_formatLine(const CString& _sPath, std::uint32_t _uVersion, STATUS _eStatus,
+                                     const CString& _sResult);
+};
+
 // ---------------------------------------------------------------------------------------------------------
 // History search: the stored versions of migrated files, as the backend answers a query
 

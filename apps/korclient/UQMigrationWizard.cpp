@@ -219,8 +219,13 @@ int UQMigrationWizard::mf_onPanelCommand(UQWizardPanel& _panel, unsigned short _
     }
     case IDC_CLIENT_RUN_SAVE: {
         CString sPath;
-        if (UQGuiBrowseDialog::mf_browseListingExcerptFiles(hPanel, L"migration", sPath))
-            UQResultList::mf_saveListing(mf_getOutcomes(), sPath.GetString());
+        std::wstring sError;
+        if (UQGuiBrowseDialog::mf_browseListingExcerptFiles(hPanel, L"migration", sPath) &&
+            !UQResultList::mf_saveListing(mf_getOutcomes(), sPath.GetString(), sError)) {
+            UQMessageBox box(CString((L"The listing excerpt was not saved:\r\n" + sError).c_str()),
+                             UQSeverity(UVSeverity::RED), UQMessageBox::BUTTONS_SINGLE, CAPTION);
+            box.mf_show(mf_getHandle());
+        }
         return 1;
     }
     case IDC_CLIENT_RUN_TEXT:

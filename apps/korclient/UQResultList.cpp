@@ -5,6 +5,7 @@
 #include "compat/utf8.h"
 #include "guibase/filelist/UQFileList.h"
 #include "guibase/toolkit/UQListPanel.h"
+#include "interfaces/korarchiver.h"
 #include "korlang_ids.h"
 
 #include <commctrl.h>
@@ -63,18 +64,32 @@ std::wstring UQResultList::mf_summary(const std::vector<UQFileOutcome>& _outcome
            std::to_wstring(count(UQFileOutcome::RED)) + L" failed";
 }
 
-int UQResultList::mf_saveListing(const std::vector<UQFileOutcome>& _outcomes, const std::wstring& _sFile) {
+int UQResultList::mf_saveListing(const std::vector<UQFileOutcome>& _outcomes, const std::wstring& _sFile,
+                                 std::wstring& _rsError) {
     std::vector<UQFileOutcome> sorted = _outcomes;
     std::sort(sorted.begin(), sorted.end(),
               [](const UQFileOutcome& _a, const UQFileOutcome& _b) { return _a.sPath < _b.sPath; });
     std::string sText = "# Listing excerpt written by korclient\n";
-    for (const UQFileOutcome& outcome : sorted) {
-        const char* pszStatus = outcome.eSeverity == UQFileOutcome::GREEN    ? "migrated"
-                                : outcome.eSeverity == UQFileOutcome::YELLOW ? "warning"
-                                                                             : "failed";
-        sText += uqfmt::wideToUtf8(outcome.sPath.data(), outcome.sPath.size()) + "\t" +
-                 std::to_string(outcome.uVersion) + "\t" + pszStatus + "\t" +
-                 uqfmt::wideToUtf8(outcome.sResult.data(), outcome.sResult.size()) + "\n";
+    try {
+        for (const UQFileOutcome& outcome : sorted) {
+            const UQListingWriter::STATUS eStatus =
+                outcome.eSeverity == UQFileOutcome::GREEN    ? UQListingWriter::STATUS_MIGRATED
+                : outcome.eSeverity == UQFileOutcome::YELLOW ? UQListingWriter::STATUS_WARNING
+                                                             : UQListingWriter::STATUS_FAILED;
+            sText += UQListingWriter::mf_formatLine(CString(outcome.sPath.c_str()), outcome.uVersion, eStatus,
+                                                    CString(outcome.sResult.c_str()));
+        }
+    } catch (const UQErrno& e) {
+        // The writer has logged it; nothing is written.
+        _rsError = e.mf_getDetail().GetString();
+        return 0;
     }
-    return UQSafeFile::mf_writeFileAtomically(UQSafeFile::mf_absolute(_sFile), sText, 1) == 0 ? 1 : 0;
+    const DWORD dwError = UQSafeFile::mf_writeFileAtomically(UQSafeFile::mf_absolute(_sFile), sText, 1);
+    if (dwError != 0) {
+        _rsError = L"The listing excerpt '" + _sFile + L"' cannot be written (system error " +
+                   std::to_wstring(dwError) + L")";
+        return 0;
+    }
+    _rsError.clear();
+    return 1;
 }

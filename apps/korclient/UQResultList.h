@@ -19,6 +19,8 @@ public:
     static void mf_fill(HWND _hList, const std::vector<UQFileOutcome>& _outcomes);
     // "214 files: 210 done, 3 with warnings, 1 failed".
     static std::wstring mf_summary(const std::vector<UQFileOutcome>& _outcomes);
-    // Writes the outcomes as a listing excerpt (docs/listing-format.md); 0 with nothing written on failure.
-    static int mf_saveListing(const std::vector<UQFileOutcome>& _outcomes, const std::wstring& _sFile);
+    // Writes the outcomes as a listing excerpt (docs/listing-format.md); 0 with nothing written on failure,
+    // and _rsError says why (an outcome a listing cannot carry names its path).
+    static int mf_saveListing(const std::vector<UQFileOutcome>& _outcomes, const std::wstring& _sFile,
+                              std::wstring& _rsError);
 };

@@ -15,50 +15,6 @@ std::string quoted(const std::string& _sS) {
     return "'" + kortext::echoed(_sS) + "'";
 }
 
-// Byte offset of the first byte that does not belong to a well-formed UTF-8 sequence (overlong forms,
-// surrogates and code points above U+10FFFF included), or npos.
-std::size_t findInvalidUtf8(const std::string& _sS) {
-    const auto* p = reinterpret_cast<const unsigned char*>(_sS.data());
-    const std::size_t n = _sS.size();
-    std::size_t i = 0;
-    while (i < n) {
-        const unsigned char c = p[i];
-        if (c < 0x80) {
-            ++i;
-            continue;
-        }
-        std::size_t extra;
-        std::uint32_t cp;
-        std::uint32_t min;
-        if ((c & 0xE0) == 0xC0) {
-            extra = 1;
-            cp = c & 0x1Fu;
-            min = 0x80;
-        } else if ((c & 0xF0) == 0xE0) {
-            extra = 2;
-            cp = c & 0x0Fu;
-            min = 0x800;
-        } else if ((c & 0xF8) == 0xF0) {
-            extra = 3;
-            cp = c & 0x07u;
-            min = 0x10000;
-        } else {
-            return i;
-        }
-        if (n - i <= extra)
-            return i;
-        for (std::size_t k = 1; k <= extra; ++k) {
-            if ((p[i + k] & 0xC0) != 0x80)
-                return i;
-            cp = (cp << 6) | (p[i + k] & 0x3Fu);
-        }
-        if (cp < min || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF))
-            return i;
-        i += extra + 1;
-    }
-    return std::string::npos;
-}
-
 std::string hexByte(unsigned char _uC) {
     char buffer[8];
     std::snprintf(buffer, sizeof buffer, "0x%02X", static_cast<unsigned>(_uC));
@@ -186,10 +142,11 @@ int FileVersionReader::mf_parseTime(const std::string& _sText, UQFileTime& _rTim
 int FileVersionReader::mf_parseLine(const std::string& _sLine, FileVersionRecord& _rRecord,
                                     std::string& _rProblem) {
     _rProblem.clear();
-    const std::size_t invalid = findInvalidUtf8(_sLine);
+    const std::size_t invalid = kortext::findInvalidUtf8(_sLine);
     if (invalid != std::string::npos) {
         _rProblem = "not valid UTF-8 (byte " + hexByte(static_cast<unsigned char>(_sLine[invalid])) +
-                    " at column " + std::to_string(invalid + 1) + ")";
+                    " at column " + std::to_string(invalid + 1) + ") in '" + kortext::escapedBytes(_sLine) +
+                    "'";
         return 0;
     }
     for (std::size_t i = 0; i < _sLine.size(); ++i) {

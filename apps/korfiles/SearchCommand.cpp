@@ -1,5 +1,6 @@
 #include "SearchCommand.h"
 
+#include "ArgumentText.h"
 #include "FileListTable.h"
 #include "KorFilesTool.h"
 #include "ProgressLine.h"
@@ -187,6 +188,10 @@ std::string parseOptions(const std::vector<CString>& _args, Options& _rOptions) 
                    arg.ToUtf8() + "'";
         if (arg.IsEmpty())
             return "PATTERN may not be empty: leave it out, or give '*', to find every file";
+        const int nInvalid = ArgumentText::mf_findUnpairedSurrogate(arg);
+        if (nInvalid >= 0)
+            return "PATTERN is not valid UTF-8 (" + ArgumentText::mf_describe(arg, nInvalid) +
+                   "), so it could match no stored path";
         _rOptions.sPattern = arg;
         _rOptions.bHasPattern = true;
     }

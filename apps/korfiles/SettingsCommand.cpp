@@ -1,5 +1,6 @@
 #include "SettingsCommand.h"
 
+#include "ArgumentText.h"
 #include "KorFilesTool.h"
 #include "LogTap.h"
 #include "RegistryChoice.h"
@@ -84,24 +85,6 @@ bool hasControlCharacter(const CString& _sValue) {
     return false;
 }
 
-// Whether the text holds a lone surrogate: an argument keeps the bytes that are not UTF-8 as such
-// characters (main.cpp). No setting can hold them, and U+FFFD in their place would store another text than
-// the one given.
-bool hasInvalidText(const CString& _sValue) {
-    for (int i = 0; i < _sValue.GetLength(); ++i) {
-        const unsigned long c = static_cast<unsigned long>(_sValue[i]);
-        if (c < 0xD800 || c > 0xDFFF)
-            continue;
-        const bool pairStart = sizeof(wchar_t) == 2 && c <= 0xDBFF && i + 1 < _sValue.GetLength() &&
-                               static_cast<unsigned long>(_sValue[i + 1]) >= 0xDC00 &&
-                               static_cast<unsigned long>(_sValue[i + 1]) <= 0xDFFF;
-        if (!pairStart)
-            return true;
-        ++i;
-    }
-    return false;
-}
-
 // One "name: value" line; a stored value with line breaks or other control characters still makes one
 // line, with U+FFFD in their place, and an empty value leaves nothing after the colon.
 std::string line(const wchar_t* _pszName, const CString& _sValue) {
@@ -163,7 +146,7 @@ std::string checkValue(const Setting& _s, const CString& _sValue) {
     const std::string name = utf8(_s.name);
     if (hasControlCharacter(_sValue))
         return "the value for " + name + " holds a control character";
-    if (hasInvalidText(_sValue))
+    if (ArgumentText::mf_findUnpairedSurrogate(_sValue) >= 0)
         return "the value for " + name + " is not valid UTF-8";
     switch (_s.kind) {
     case FLAG: {
@@ -252,7 +235,7 @@ int updateMru(const CString& _sPath, bool _bRemove, LogTap& _rTap, TextOutput& _
         _rErr.mf_write("korfiles: the option file path holds a control character\n");
         return KorFilesTool::EXIT_BAD_USAGE;
     }
-    if (hasInvalidText(_sPath)) {
+    if (ArgumentText::mf_findUnpairedSurrogate(_sPath) >= 0) {
         _rErr.mf_write("korfiles: the option file path is not valid UTF-8\n");
         return KorFilesTool::EXIT_BAD_USAGE;
     }

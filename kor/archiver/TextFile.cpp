@@ -76,4 +76,45 @@ bool isUtf8(const std::string& _text) {
     return true;
 }
 
+int findUnwritable(const CString& _sText, CString& _rsWhat) {
+    const int n = _sText.GetLength();
+    for (int i = 0; i < n; ++i) {
+        const unsigned u = static_cast<unsigned>(_sText[i]) & 0xFFFFu;
+        const bool high = u >= 0xD800 && u <= 0xDBFF;
+        const bool low = u >= 0xDC00 && u <= 0xDFFF;
+        if (high && i + 1 < n && (static_cast<unsigned>(_sText[i + 1]) & 0xFC00u) == 0xDC00u) {
+            ++i;
+            continue;
+        }
+        if (u < 0x20 || u == 0x7F)
+            _rsWhat.Format(L"control character U+%04X", u);
+        else if (high || low)
+            _rsWhat.Format(L"unpaired surrogate U+%04X", u);
+        else
+            continue;
+        return i;
+    }
+    return -1;
+}
+
+CString shownText(const CString& _sText) {
+    CString out;
+    for (int i = 0; i < _sText.GetLength(); ++i) {
+        const unsigned u = static_cast<unsigned>(_sText[i]) & 0xFFFFu;
+        const bool pairStart = (u & 0xFC00u) == 0xD800u && i + 1 < _sText.GetLength() &&
+                               (static_cast<unsigned>(_sText[i + 1]) & 0xFC00u) == 0xDC00u;
+        if (pairStart) {
+            out += _sText[i];
+            out += _sText[++i];
+        } else if (u < 0x20 || u == 0x7F || (u >= 0xD800 && u <= 0xDFFF)) {
+            CString escaped;
+            escaped.Format(L"\\u%04X", u);
+            out += escaped;
+        } else {
+            out += _sText[i];
+        }
+    }
+    return out;
+}
+
 } // namespace kortext

@@ -83,43 +83,6 @@ bool parseFlags(const std::string& _sText, std::uint32_t& _ruFlags) {
     return true;
 }
 
-// Where well-formed UTF-8 ends: the first byte of a stray continuation byte, overlong form, encoded
-// surrogate, code point above U+10FFFF or cut sequence; npos when there is none. A store in another
-// encoding would give paths that name no file.
-std::size_t findInvalidUtf8(const std::string& _sText) {
-    const unsigned char* const begin = reinterpret_cast<const unsigned char*>(_sText.data());
-    const unsigned char* p = begin;
-    const unsigned char* const end = p + _sText.size();
-    while (p < end) {
-        const unsigned char* const start = p;
-        const unsigned c = *p++;
-        if (c < 0x80)
-            continue;
-        std::size_t more = 0;
-        unsigned low = 0x80, high = 0xBF;
-        if (c >= 0xC2 && c <= 0xDF) {
-            more = 1;
-        } else if (c >= 0xE0 && c <= 0xEF) {
-            more = 2;
-            low = c == 0xE0 ? 0xA0 : 0x80;
-            high = c == 0xED ? 0x9F : 0xBF;
-        } else if (c >= 0xF0 && c <= 0xF4) {
-            more = 3;
-            low = c == 0xF0 ? 0x90 : 0x80;
-            high = c == 0xF4 ? 0x8F : 0xBF;
-        } else {
-            return static_cast<std::size_t>(start - begin);
-        }
-        if (static_cast<std::size_t>(end - p) < more || *p < low || *p > high)
-            return static_cast<std::size_t>(start - begin);
-        ++p;
-        for (std::size_t i = 1; i < more; ++i, ++p)
-            if (*p < 0x80 || *p > 0xBF)
-                return static_cast<std::size_t>(start - begin);
-    }
-    return std::string::npos;
-}
-
 // The position of the first control character other than the tab, or npos.
 std::size_t findControlCharacter(const std::string& _sText) {
     for (std::size_t i = 0; i < _sText.size(); ++i) {
@@ -202,12 +165,13 @@ private:
         kortext::skipByteOrderMark(_sText);
         if (_sText.empty() || _sText[0] == '#' || _sText.find_first_not_of(" \t") == std::string::npos)
             return;
-        const std::size_t invalid = findInvalidUtf8(_sText);
+        const std::size_t invalid = kortext::findInvalidUtf8(_sText);
         if (invalid != std::string::npos) {
             CString what;
-            what.Format(L"invalid UTF-8 (byte 0x%02X at column %lu)",
+            what.Format(L"invalid UTF-8 (byte 0x%02X at column %lu) in '%s'",
                         static_cast<unsigned>(static_cast<unsigned char>(_sText[invalid])),
-                        static_cast<std::uint32_t>(invalid + 1));
+                        static_cast<std::uint32_t>(invalid + 1),
+                        CString::FromUtf8(kortext::escapedBytes(_sText)));
             return skip(what);
         }
         const std::size_t control = findControlCharacter(_sText);
@@ -377,57 +341,14 @@ UQHistoryStore::Result UQHistoryStore::mf_search(const UQHistoryQuery& _query, U
 
 namespace {
 
-// Where a path holds what a store line cannot carry: a control character (it would split the line or its
-// fields; Windows file names hold none) or an unpaired surrogate (UTF-8 has no form for it). -1 if nothing.
-int findUnstorable(const CString& _sPath, CString& _rsWhat) {
-    const int n = _sPath.GetLength();
-    for (int i = 0; i < n; ++i) {
-        const unsigned u = static_cast<unsigned>(_sPath[i]) & 0xFFFFu;
-        const bool high = u >= 0xD800 && u <= 0xDBFF;
-        const bool low = u >= 0xDC00 && u <= 0xDFFF;
-        if (high && i + 1 < n && (static_cast<unsigned>(_sPath[i + 1]) & 0xFC00u) == 0xDC00u) {
-            ++i;
-            continue;
-        }
-        if (u < 0x20 || u == 0x7F)
-            _rsWhat.Format(L"control character U+%04X", u);
-        else if (high || low)
-            _rsWhat.Format(L"unpaired surrogate U+%04X", u);
-        else
-            continue;
-        return i;
-    }
-    return -1;
-}
-
-// The path for a log line: control characters and unpaired surrogates as \uXXXX.
-CString shownPath(const CString& _sPath) {
-    CString out;
-    for (int i = 0; i < _sPath.GetLength(); ++i) {
-        const unsigned u = static_cast<unsigned>(_sPath[i]) & 0xFFFFu;
-        const bool pairStart = (u & 0xFC00u) == 0xD800u && i + 1 < _sPath.GetLength() &&
-                               (static_cast<unsigned>(_sPath[i + 1]) & 0xFC00u) == 0xDC00u;
-        if (pairStart) {
-            out += _sPath[i];
-            out += _sPath[++i];
-        } else if (u < 0x20 || u == 0x7F || (u >= 0xD800 && u <= 0xDFFF)) {
-            CString escaped;
-            escaped.Format(L"\\u%04X", u);
-            out += escaped;
-        } else {
-            out += _sPath[i];
-        }
-    }
-    return out;
-}
-
 void refuseUnstorable(const CString& _sPath, const wchar_t* _pszWhich) {
     CString what;
-    const int at = findUnstorable(_sPath, what);
+    const int at = kortext::findUnwritable(_sPath, what);
     if (at < 0)
         return;
     CString text;
-    text.Format(L"The %s '%s' cannot be stored: %s at unit %d", _pszWhich, shownPath(_sPath), what, at + 1);
+    text.Format(L"The %s '%s' cannot be stored: %s at unit %d", _pszWhich, kortext::shownText(_sPath), what,
+                at + 1);
     UQKorReport::mf_fail(UQErrno(UQErrnoData(UQErrno::_E_::Parameter), text),
                          L"UQHistoryStore::mf_formatRecord", L"%s", text);
 }

@@ -110,8 +110,14 @@ UQListingReader::Result UQListingReader::mf_readText(const std::string& _utf8Tex
         if (first == '\0' || first == '#')
             continue;
         // A listing written in another encoding would give paths that name no file.
-        if (!kortext::isUtf8(line)) {
-            result.errors.push_back(lineError(_sName, lineNumber, L"invalid UTF-8 in", line));
+        const std::size_t invalid = kortext::findInvalidUtf8(line);
+        if (invalid != std::string::npos) {
+            CString detail;
+            detail.Format(L"%s:%lu: invalid UTF-8 (byte 0x%02X at column %lu) in '%s'", _sName, lineNumber,
+                          static_cast<unsigned>(static_cast<unsigned char>(line[invalid])),
+                          static_cast<std::uint32_t>(invalid + 1),
+                          CString::FromUtf8(kortext::escapedBytes(line)));
+            result.errors.push_back(UQErrno(UQErrnoData(UQErrno::_E_::Format), detail));
             continue;
         }
         const std::size_t control = findControlCharacter(line);

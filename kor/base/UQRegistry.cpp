@@ -59,7 +59,8 @@ const int VALUE_NAME_LIMIT = 16383;
 const int KEY_NAME_LIMIT = 255;
 
 // The registry separates key names by single backslashes; leading, trailing and doubled ones would name
-// keys with empty names, which it refuses. A NUL ends the path, as the registry reads it.
+// keys with empty names, which it refuses. A NUL ends the path, as the registry reads it (target() refuses
+// one before this matters).
 CString normalizeKey(const CString& _sKey) {
     CString out;
     const int n = lengthOf(_sKey);
@@ -108,10 +109,23 @@ struct Target {
     throw UQErrno(UQErrnoData(_value), _sText);
 }
 
+// A name for a failure text, its NULs as \0.
+CString shownWithNuls(const CString& _sText) {
+    CString out;
+    for (int i = 0; i < _sText.GetLength(); ++i) {
+        if (_sText[i] == 0)
+            out += L"\\0";
+        else
+            out += _sText[i];
+    }
+    return out;
+}
+
 // Checks the hive, resolves the key and lets an injected failure come due: the common start of every
-// operation that touches the store. _pszName null: an operation on the key itself.
-Target target(const wchar_t* _pszFunction, const wchar_t* _pszName, const CString& _sKey, HKEY _hHive,
+// operation that touches the store. _pName null: an operation on the key itself.
+Target target(const wchar_t* _pszFunction, const CString* _pName, const CString& _sKey, HKEY _hHive,
               bool _bInjectable = true) {
+    const wchar_t* const _pszName = _pName != nullptr ? _pName->GetString() : nullptr;
     Target t;
     t.hHive = _hHive;
     t.sKey = normalizeKey(_sKey);
@@ -135,6 +149,23 @@ Target target(const wchar_t* _pszFunction, const wchar_t* _pszName, const CStrin
         t.sSubject.Format(L"key '%s'", t.sKeyText);
     }
     // What the registry cannot hold is refused the same way on both targets, before the store is touched.
+    // The registry reads names as C strings: a NUL would end them early, and the write would land on
+    // another key or value than the one asked for.
+    const int nKeyNul = lengthOf(_sKey);
+    if (nKeyNul < _sKey.GetLength()) {
+        CString text;
+        text.Format(
+            L"Key path '%s' in '%s' holds a NUL character at unit %d; the registry ends a name at a NUL",
+            shortened(shownWithNuls(_sKey)), hiveText, nKeyNul + 1);
+        fail(UQErrno::_E_::Parameter, _pszFunction, text);
+    }
+    if (_pName != nullptr && lengthOf(*_pName) < _pName->GetLength()) {
+        CString text;
+        text.Format(
+            L"Value name '%s' in '%s' holds a NUL character at unit %d; the registry ends a name at a NUL",
+            shortened(shownWithNuls(*_pName)), t.sKeyText, lengthOf(*_pName) + 1);
+        fail(UQErrno::_E_::Parameter, _pszFunction, text);
+    }
     for (int start = 0; start < t.sKey.GetLength();) {
         int end = t.sKey.Find(L'\\', start);
         if (end < 0)
@@ -244,7 +275,7 @@ CString UQRegistry::mf_getRegistryRoot(const CString& _sSubKey) {
 
 void UQRegistry::mf_getValue(const CString& _sName, CString& _rsValue, const CString& _sKey, HKEY _hHive) {
     static const wchar_t* const _sFunction_ = L"UQRegistry::mf_getValue::1";
-    const Target t = target(_sFunction_, _sName, _sKey, _hHive);
+    const Target t = target(_sFunction_, &_sName, _sKey, _hHive);
     korregistry::Value v;
     check(_sFunction_, t, korregistry::read(t.hHive, t.sKey, t.sName, v));
     checkType(_sFunction_, t, v, korregistry::TYPE_SZ, korregistry::TYPE_EXPAND_SZ, L"a string");
@@ -253,7 +284,7 @@ void UQRegistry::mf_getValue(const CString& _sName, CString& _rsValue, const CSt
 
 void UQRegistry::mf_getValue(const CString& _sName, int& _rnValue, const CString& _sKey, HKEY _hHive) {
     static const wchar_t* const _sFunction_ = L"UQRegistry::mf_getValue::2";
-    const Target t = target(_sFunction_, _sName, _sKey, _hHive);
+    const Target t = target(_sFunction_, &_sName, _sKey, _hHive);
     korregistry::Value v;
     check(_sFunction_, t, korregistry::read(t.hHive, t.sKey, t.sName, v));
     checkType(_sFunction_, t, v, korregistry::TYPE_DWORD, korregistry::TYPE_DWORD, L"a number");
@@ -263,7 +294,7 @@ void UQRegistry::mf_getValue(const CString& _sName, int& _rnValue, const CString
 void UQRegistry::mf_getValues(const CString& _sName, UQArray<CString>& _rasValues, const CString& _sKey,
                               HKEY _hHive) {
     static const wchar_t* const _sFunction_ = L"UQRegistry::mf_getValues";
-    const Target t = target(_sFunction_, _sName, _sKey, _hHive);
+    const Target t = target(_sFunction_, &_sName, _sKey, _hHive);
     korregistry::Value v;
     check(_sFunction_, t, korregistry::read(t.hHive, t.sKey, t.sName, v));
     checkType(_sFunction_, t, v, korregistry::TYPE_MULTI_SZ, korregistry::TYPE_MULTI_SZ,
@@ -276,16 +307,25 @@ void UQRegistry::mf_getValues(const CString& _sName, UQArray<CString>& _rasValue
 void UQRegistry::mf_setValue(const CString& _sName, const CString& _sValue, int _bExpandable,
                              const CString& _sKey, HKEY _hHive) {
     static const wchar_t* const _sFunction_ = L"UQRegistry::mf_setValue::1";
-    const Target t = target(_sFunction_, _sName, _sKey, _hHive);
+    const Target t = target(_sFunction_, &_sName, _sKey, _hHive);
     korregistry::Value v;
     v.dwType = _bExpandable ? korregistry::TYPE_EXPAND_SZ : korregistry::TYPE_SZ;
+    // The registry would keep the units after a NUL but read the string only up to it.
+    const int nNul = lengthOf(_sValue);
+    if (nNul < _sValue.GetLength()) {
+        CString text;
+        text.Format(
+            L"The string for %s holds a NUL character at unit %d; the registry ends a string at a NUL",
+            t.sSubject, nNul + 1);
+        fail(UQErrno::_E_::Parameter, _sFunction_, text);
+    }
     v.sText = _sValue;
     check(_sFunction_, t, korregistry::write(t.hHive, t.sKey, t.sName, v));
 }
 
 void UQRegistry::mf_setValue(const CString& _sName, int _nValue, const CString& _sKey, HKEY _hHive) {
     static const wchar_t* const _sFunction_ = L"UQRegistry::mf_setValue::2";
-    const Target t = target(_sFunction_, _sName, _sKey, _hHive);
+    const Target t = target(_sFunction_, &_sName, _sKey, _hHive);
     check(_sFunction_, t,
           korregistry::write(t.hHive, t.sKey, t.sName, numberValue(static_cast<DWORD>(_nValue))));
 }
@@ -293,21 +333,24 @@ void UQRegistry::mf_setValue(const CString& _sName, int _nValue, const CString& 
 void UQRegistry::mf_setValues(const CString& _sName, const UQArray<CString>& _asValues, const CString& _sKey,
                               HKEY _hHive) {
     static const wchar_t* const _sFunction_ = L"UQRegistry::mf_setValues";
-    const Target t = target(_sFunction_, _sName, _sKey, _hHive);
+    const Target t = target(_sFunction_, &_sName, _sKey, _hHive);
     korregistry::Value v;
     v.dwType = korregistry::TYPE_MULTI_SZ;
     for (INT_PTR i = 0; i < _asValues.GetSize(); ++i) {
         if (_asValues[i].IsEmpty()) {
             CString text;
-            text.Format(L"Entry %d of the list for %s is empty", static_cast<int>(i), t.sSubject);
+            text.Format(L"Entry %d of the list for %s is empty; a list of strings ends at an empty entry",
+                        static_cast<int>(i), t.sSubject);
             fail(UQErrno::_E_::Parameter, _sFunction_, text);
         }
         // In a REG_MULTI_SZ a NUL ends the entry and an empty one the list: such an entry cannot be kept.
         const int nul = lengthOf(_asValues[i]);
         if (nul < _asValues[i].GetLength()) {
             CString text;
-            text.Format(L"Entry %d of the list for %s holds a NUL character at unit %d", static_cast<int>(i),
-                        t.sSubject, nul);
+            text.Format(
+                L"Entry %d of the list for %s holds a NUL character at unit %d; a list of strings ends "
+                L"an entry at a NUL",
+                static_cast<int>(i), t.sSubject, nul + 1);
             fail(UQErrno::_E_::Parameter, _sFunction_, text);
         }
         v.asList.push_back(_asValues[i]);
@@ -317,7 +360,7 @@ void UQRegistry::mf_setValues(const CString& _sName, const UQArray<CString>& _as
 
 int UQRegistry::mf_getOrSetValue(const CString& _sName, int& _rnValue, const CString& _sKey, HKEY _hHive) {
     static const wchar_t* const _sFunction_ = L"UQRegistry::mf_getOrSetValue::1";
-    const Target t = target(_sFunction_, _sName, _sKey, _hHive);
+    const Target t = target(_sFunction_, &_sName, _sKey, _hHive);
     korregistry::Value v;
     bool written = false;
     check(_sFunction_, t,
@@ -330,7 +373,7 @@ int UQRegistry::mf_getOrSetValue(const CString& _sName, int& _rnValue, const CSt
 
 int UQRegistry::mf_getOrSetValue(const CString& _sName, DWORD& _rdwValue, const CString& _sKey, HKEY _hHive) {
     static const wchar_t* const _sFunction_ = L"UQRegistry::mf_getOrSetValue::2";
-    const Target t = target(_sFunction_, _sName, _sKey, _hHive);
+    const Target t = target(_sFunction_, &_sName, _sKey, _hHive);
     korregistry::Value v;
     bool written = false;
     check(_sFunction_, t,
@@ -342,7 +385,7 @@ int UQRegistry::mf_getOrSetValue(const CString& _sName, DWORD& _rdwValue, const 
 
 int UQRegistry::mf_exists(const CString& _sName, const CString& _sKey, HKEY _hHive) {
     static const wchar_t* const _sFunction_ = L"UQRegistry::mf_exists";
-    const Target t = target(_sFunction_, _sName, _sKey, _hHive);
+    const Target t = target(_sFunction_, &_sName, _sKey, _hHive);
     bool exists = false;
     check(_sFunction_, t, korregistry::valueExists(t.hHive, t.sKey, t.sName, exists));
     return exists ? 1 : 0;
@@ -350,7 +393,7 @@ int UQRegistry::mf_exists(const CString& _sName, const CString& _sKey, HKEY _hHi
 
 void* UQRegistry::mf_implBeginUpdate(const wchar_t* _pszFunction, const CString& _sName, const CString& _sKey,
                                      HKEY _hHive) {
-    const Target t = target(_pszFunction, _sName, _sKey, _hHive, false);
+    const Target t = target(_pszFunction, &_sName, _sKey, _hHive, false);
     void* pLock = nullptr;
     check(_pszFunction, t, korregistry::beginUpdate(t.hHive, t.sKey, t.sName, pLock));
     return pLock;
@@ -358,7 +401,7 @@ void* UQRegistry::mf_implBeginUpdate(const wchar_t* _pszFunction, const CString&
 
 void UQRegistry::mf_implCommitUpdate(const wchar_t* _pszFunction, void* _pLock, const CString& _sName,
                                      const CString& _sKey, HKEY _hHive) {
-    const Target t = target(_pszFunction, _sName, _sKey, _hHive, false);
+    const Target t = target(_pszFunction, &_sName, _sKey, _hHive, false);
     check(_pszFunction, t, korregistry::commitUpdate(_pLock));
 }
 

@@ -290,21 +290,23 @@ TEST(FileVersionReader, SeverityMustBeOneOfThreeWords) {
               problemOf("C:\\a\t1\t1\t2024-04-02 09:15:42\tMigrated\tinformation"));
 }
 
-TEST(FileVersionReader, InvalidUtf8IsRefusedWithItsColumn) {
-    EXPECT_EQ("not valid UTF-8 (byte 0xE4 at column 6)",
+TEST(FileVersionReader, InvalidUtf8IsRefusedWithItsColumnAndBytes) {
+    EXPECT_EQ("not valid UTF-8 (byte 0xE4 at column 6) in 'C:\\Pr\\xE4sentation\t1\t1\t2024-04-02 09:15:42'",
               problemOf("C:\\Pr\xE4sentation\t1\t1\t2024-04-02 09:15:42"));
     // Overlong form of '/'.
-    EXPECT_EQ("not valid UTF-8 (byte 0xC0 at column 4)",
+    EXPECT_EQ("not valid UTF-8 (byte 0xC0 at column 4) in 'C:\\\\xC0\\xAF\t1\t1\t2024-04-02 09:15:42'",
               problemOf("C:\\\xC0\xAF\t1\t1\t2024-04-02 09:15:42"));
     // An encoded UTF-16 surrogate.
-    EXPECT_EQ("not valid UTF-8 (byte 0xED at column 4)",
+    EXPECT_EQ("not valid UTF-8 (byte 0xED at column 4) in 'C:\\\\xED\\xA0\\x80\t1\t1\t2024-04-02 09:15:42'",
               problemOf("C:\\\xED\xA0\x80\t1\t1\t2024-04-02 09:15:42"));
     // Above U+10FFFF.
-    EXPECT_EQ("not valid UTF-8 (byte 0xF4 at column 4)",
+    EXPECT_EQ("not valid UTF-8 (byte 0xF4 at column 4) in "
+              "'C:\\\\xF4\\x90\\x80\\x80\t1\t1\t2024-04-02 09:15:42'",
               problemOf("C:\\\xF4\x90\x80\x80\t1\t1\t2024-04-02 09:15:42"));
-    // Cut short at the end of the line.
-    EXPECT_EQ("not valid UTF-8 (byte 0xE6 at column 35)",
-              problemOf("C:\\a\t1\t1\t2024-04-02 09:15:42\tDone \xE6\x97"));
+    // Cut short at the end of the line; the valid characters before it stay as they are.
+    EXPECT_EQ("not valid UTF-8 (byte 0xE6 at column 36) in 'C:\\\xC3\xA4\t1\t1\t2024-04-02 09:15:42\tDone "
+              "\\xE6\\x97'",
+              problemOf("C:\\\xC3\xA4\t1\t1\t2024-04-02 09:15:42\tDone \xE6\x97"));
 }
 
 TEST(FileVersionReader, ControlCharactersAreRefused) {

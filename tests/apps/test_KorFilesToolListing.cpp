@@ -222,6 +222,26 @@ TEST_F(KorFilesListingTest, MalformedLinesAreReportedInTheReadersWordsAndSkipped
     EXPECT_EQ(expectedLog, log.lines());
 }
 
+// A line in Latin-1 is reported whole with its line and its bytes as they are in the file; nothing of it is
+// taken, and the lines around it are.
+TEST_F(KorFilesListingTest, ALineThatIsNotUtf8IsReportedWithItsBytesAndTakesNothing) {
+    const TempFile file("C:\\m\\a.txt\t1\tmigrated\n"
+                        "C:\\m\\caf\xE9.txt\t1\tmigrated\n"
+                        "C:\\m\\z.txt\t1\tfailed\tDenied \xE2\x80\x94 \xFF\n"
+                        "C:\\m\\\xC3\xA9t\xC3\xA9.txt\t1\tmigrated\n");
+    EXPECT_EQ(1, run({L"--listing=" + file.path()}));
+    const std::string name = file.name();
+    EXPECT_EQ(
+        name + ":2: invalid UTF-8 (byte 0xE9 at column 9) in 'C:\\m\\caf\\xE9.txt\t1\tmigrated'\n" + name +
+            ":3: invalid UTF-8 (byte 0xFF at column 32) in 'C:\\m\\z.txt\t1\tfailed\tDenied \xE2\x80\x94 "
+            "\\xFF'\n2 files, 2 versions, 2 malformed lines skipped\n",
+        err.text);
+    EXPECT_EQ("Path          Versions  Result    Severity\n"
+              "C:\\m\\a.txt    1         Migrated  Information\n"
+              "C:\\m\\\xC3\xA9t\xC3\xA9.txt  1         Migrated  Information\n",
+              out.text);
+}
+
 TEST_F(KorFilesListingTest, FiltersApplyToTheLinesThatWereRead) {
     const TempFile file("C:\\m\\a.txt\t1\tmigrated\n"
                         "C:\\m\\b.txt\t1\twarning\n"

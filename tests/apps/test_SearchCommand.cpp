@@ -5,6 +5,8 @@
 #include "KorFilesTool.h"
 #include "SearchCommand.h"
 
+#include "compat/utf8.h"
+
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -164,6 +166,39 @@ TEST_F(SearchCommandTest, PatternQuestionMarkStandsForExactlyOneCharacter) {
     EXPECT_EQ(std::vector<std::string>{}, paths());
 }
 
+// A pattern that is no UTF-8 could match no stored path (the store is UTF-8): it is refused, not searched.
+TEST_F(SearchCommandTest, APatternThatIsNotUtf8IsBadUsage) {
+    CString lone(L"*caf");
+    lone += static_cast<wchar_t>(0xD800);
+    lone += L"*";
+    EXPECT_EQ(2, search({lone}));
+    EXPECT_EQ("", out.text);
+    EXPECT_EQ(0u,
+              err.text.find("korfiles search: PATTERN is not valid UTF-8 (unpaired surrogate U+D800 at unit "
+                            "5), so it could match no stored path\n"))
+        << err.text;
+    EXPECT_EQ(std::vector<LogLine>{}, log.lines());
+#ifndef _WIN32
+    // A Latin-1 argument: main.cpp keeps its byte 0xE9 as U+DCE9.
+    const std::string bytes = "*caf\xE9*";
+    const std::wstring wide = uqfmt::nativeToWide(bytes.data(), bytes.size());
+    err.text.clear();
+    EXPECT_EQ(2, search({CString(wide.c_str(), static_cast<int>(wide.size()))}));
+    EXPECT_EQ(0u,
+              err.text.find("korfiles search: PATTERN is not valid UTF-8 (byte 0xE9 at character 5), so it "
+                            "could match no stored path\n"))
+        << err.text;
+#endif
+    // Characters beyond the BMP are whole pairs and search as any other.
+    CString emoji(L"*");
+    emoji += static_cast<wchar_t>(0xD83D);
+    emoji += static_cast<wchar_t>(0xDE00);
+    emoji += L"*";
+    err.text.clear();
+    EXPECT_EQ(0, search({emoji}));
+    EXPECT_EQ(std::vector<std::string>{}, paths());
+}
+
 TEST_F(SearchCommandTest, PatternMustMatchTheWholePath) {
     EXPECT_EQ(0, search({L"expiring.txt"}));
     EXPECT_EQ(std::vector<std::string>{}, paths());
@@ -319,6 +354,19 @@ TEST(HistorySource, AStoreFileIsSearchedOnAWorkerThread) {
 
 // ---------------------------------------------------------------------------------------------------------
 // Malformed records and unreadable stores
+
+TEST_F(SearchCommandTest, ARecordThatIsNotUtf8IsReportedWithItsBytesAndTakesNothing) {
+    const TempFile store("\\\\S\\x\\M\xFCller.txt\t=\t1\t2023-01-01 10:00:00\t10\t-\t-\t1:1\n"
+                         "\\\\S\\x\\M\xC3\xBCller.txt\t=\t1\t2023-01-01 10:00:00\t10\t-\t-\t1:2\n");
+    EXPECT_EQ(1, SearchCommand::mf_run({L"--store=" + store.path()}, HistorySource::mf_sample(), out, err));
+    EXPECT_EQ(store.name() +
+                  ":1: invalid UTF-8 (byte 0xFC at column 8) in '\\\\S\\x\\M\\xFCller.txt\t=\t1\t2023-01-01 "
+                  "10:00:00\t10\t-\t-\t1:1'\n1 file, 1 version, 1 malformed record skipped\n",
+              err.text);
+    EXPECT_EQ("Path              Versions  Status     Security  Streams\n"
+              "\\\\S\\x\\M\xC3\xBCller.txt  1         Available  No        No\n",
+              out.text);
+}
 
 TEST_F(SearchCommandTest, MalformedRecordsAreReportedWithFileAndLineAndSkipped) {
     const TempFile store("# two bad records among good ones\n"

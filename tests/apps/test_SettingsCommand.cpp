@@ -637,6 +637,18 @@ TEST_F(KorFilesSettingsTest, AFailedMruWriteGivesCode1ThoughTheUpdateAnswers1) {
     EXPECT_EQ(std::vector<std::string>{"a.opt"}, mru());
 }
 
+// A character beyond the BMP is a surrogate pair on both targets, valid text stored as given.
+TEST_F(KorFilesSettingsTest, AValueWithCharactersBeyondTheBmpIsStored) {
+    CString value(L"D:\\Fotos ");
+    value += static_cast<wchar_t>(0xD83C);
+    value += static_cast<wchar_t>(0xDF34);
+    EXPECT_EQ(0, settings({L"set", L"history-search-root", value}));
+    EXPECT_EQ("", err.text);
+    CString stored;
+    UQRegistry::mf_getValue(L"HistorySearchRoot", stored, L"", HKEY_CURRENT_USER);
+    EXPECT_EQ(utf8(value), utf8(stored));
+}
+
 // An argument keeps the bytes that are not UTF-8 (main.cpp); a value that holds one is refused, not stored
 // with U+FFFD in its place.
 TEST_F(KorFilesSettingsTest, AValueThatIsNotUtf8IsBadUsageAndNothingIsStored) {

@@ -164,7 +164,8 @@ TEST_F(GuiRegistryTest, FailingSortIsLoggedAndNothingIsWritten) {
 TEST_F(GuiRegistryTest, EmptyPathCannotBeStored) {
     UQArray<CString> paths;
     EXPECT_EQ(UQGuiRegistry::mf_setTranslatedBackupOptionFilePathMRU(fill(paths, {"b.opt", ""})), 0);
-    const std::string detail = "Entry 0 of the list for " + userValue("BackupOptionFilesMru") + " is empty";
+    const std::string detail = "Entry 0 of the list for " + userValue("BackupOptionFilesMru") +
+                               " is empty; a list of strings ends at an empty entry";
     EXPECT_EQ(m_log.lines(), (std::vector<LogLine>{
                                  {'E', "UQRegistry::mf_setValues", detail},
                                  {'E', "UQGuiRegistry::mf_setTranlatedBackupOptionFilePathMRU",

@@ -223,7 +223,8 @@ TEST(UQHistoryStore, MalformedRecordsAreReportedWithFileAndLineAndSkipped) {
         "store.txt:12: bad expiry time 'never'",
         "store.txt:13: bad access key '17'",
         "store.txt:14: bad access key '4294967296:1'",
-        "store.txt:15: invalid UTF-8 (byte 0xFC at column 8)",
+        "store.txt:15: invalid UTF-8 (byte 0xFC at column 8) in "
+        "'\\\\srv\\M\\xFCller\t=\t1\t2024-01-01 00:00:00\t1\t-\t-\t1:1'",
         "store.txt:16: control character 0x0D at column 8",
     };
     EXPECT_EQ(details(result), expected);
@@ -239,17 +240,25 @@ TEST(UQHistoryStore, OnlyWellFormedUtf8IsRead) {
     const auto line = [](const std::string& name) {
         return "\\\\srv\\" + name + "\t=\t1\t2024-01-01 00:00:00\t1\t-\t-\t1:1\n";
     };
+    // The record quoted back, its bytes that are no UTF-8 as \xNN.
+    const auto shownLine = [](const std::string& shownName) {
+        return "\\\\srv\\" + shownName + "\t=\t1\t2024-01-01 00:00:00\t1\t-\t-\t1:1'";
+    };
     Collector sink;
     LogCheck log;
     const auto result =
         search(line("smile \xF0\x9F\x98\x80") + line("overlong \xC0\x80") + line("surrogate \xED\xA0\x80") +
                    line("beyond \xF4\x90\x80\x80") + line("cut \xE2\x82") + line("euro \xE2\x82\xAC"),
                sink);
-    EXPECT_EQ(details(result),
-              (std::vector<std::string>{"store.txt:2: invalid UTF-8 (byte 0xC0 at column 16)",
-                                        "store.txt:3: invalid UTF-8 (byte 0xED at column 17)",
-                                        "store.txt:4: invalid UTF-8 (byte 0xF4 at column 14)",
-                                        "store.txt:5: invalid UTF-8 (byte 0xE2 at column 11)"}));
+    EXPECT_EQ(
+        details(result),
+        (std::vector<std::string>{
+            "store.txt:2: invalid UTF-8 (byte 0xC0 at column 16) in '" + shownLine("overlong \\xC0\\x80"),
+            "store.txt:3: invalid UTF-8 (byte 0xED at column 17) in '" +
+                shownLine("surrogate \\xED\\xA0\\x80"),
+            "store.txt:4: invalid UTF-8 (byte 0xF4 at column 14) in '" +
+                shownLine("beyond \\xF4\\x90\\x80\\x80"),
+            "store.txt:5: invalid UTF-8 (byte 0xE2 at column 11) in '" + shownLine("cut \\xE2\\x82")}));
     EXPECT_EQ(result.uRecords, 2u);
     EXPECT_EQ(log.count(), 4u);
 }

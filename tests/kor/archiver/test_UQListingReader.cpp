@@ -236,21 +236,20 @@ TEST(UQListingReader, WarningAndFailureNeedAResultText) {
     EXPECT_EQ(errorOf("C:\\a\t1\tfailed\t   "), "listing.txt:1: no result text for status 'failed'");
 }
 
-TEST(UQListingReader, InvalidUtf8IsMalformed) {
+TEST(UQListingReader, InvalidUtf8IsMalformedAndShownAsBytes) {
     // A listing written in Latin-1: the byte 0xDC alone is no UTF-8.
     EXPECT_EQ(errorOf("C:\\\xDC"
                       "bersicht.docx\t1\tmigrated"),
-              "listing.txt:1: invalid UTF-8 in 'C:\\\xEF\xBF\xBD"
+              "listing.txt:1: invalid UTF-8 (byte 0xDC at column 4) in 'C:\\\\xDC"
               "bersicht.docx\t1\tmigrated'");
-    // An overlong form of '\\' and a UTF-16 surrogate encoded as UTF-8.
-    EXPECT_EQ(errorOf("C:\xC1\x9C"
-                      "a\t1\tmigrated")
-                  .rfind("listing.txt:1: invalid UTF-8 in '", 0),
-              0u);
+    // An overlong form of '\\' and a UTF-16 surrogate encoded as UTF-8; the valid characters stay.
+    EXPECT_EQ(
+        errorOf("C:\xC1\x9C"
+                "a\t1\tmigrated\t\xC3\xBC"),
+        "listing.txt:1: invalid UTF-8 (byte 0xC1 at column 3) in 'C:\\xC1\\x9Ca\t1\tmigrated\t\xC3\xBC'");
     EXPECT_EQ(errorOf("C:\\\xED\xA0\x80"
-                      "a\t1\tmigrated")
-                  .rfind("listing.txt:1: invalid UTF-8 in '", 0),
-              0u);
+                      "a\t1\tmigrated"),
+              "listing.txt:1: invalid UTF-8 (byte 0xED at column 4) in 'C:\\\\xED\\xA0\\x80a\t1\tmigrated'");
 }
 
 TEST(UQListingReader, MalformedLinesLoseNoGoodLine) {

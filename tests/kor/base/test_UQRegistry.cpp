@@ -137,8 +137,10 @@ TEST_F(UQRegistryTest, ListWithAnEmptyEntryIsRefusedAndNothingIsWritten) {
     fill(in, {L"a.opt", L"", L"b.opt"});
     const Thrown t = thrown([&] { UQRegistry::mf_setValues(L"List", in, KEY, HKEY_CURRENT_USER); });
     EXPECT_EQ(t.category, "_E_::Parameter");
-    EXPECT_EQ(t.detail,
-              "Entry 1 of the list for value 'List' in 'HKCU\\SOFTWARE\\korguibase\\Test' is empty");
+    EXPECT_EQ(
+        t.detail,
+        "Entry 1 of the list for value 'List' in 'HKCU\\SOFTWARE\\korguibase\\Test' is empty; a list of "
+        "strings ends at an empty entry");
     EXPECT_EQ(m_log.lines(), (std::vector<LogLine>{{'E', "UQRegistry::mf_setValues", t.detail}}));
     EXPECT_EQ(UQRegistry::mf_exists(L"List", KEY, HKEY_CURRENT_USER), 0);
 }
