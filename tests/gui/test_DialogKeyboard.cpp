@@ -8,6 +8,9 @@
 #include "DialogDriver.h"
 #include "TemplateRules.h"
 #include "ToolkitTestSupport.h"
+#include "WizardTestSupport.h"
+
+#include "korlang_ids.h"
 
 #include "interfaces/korbase.h"
 
@@ -310,3 +313,30 @@ TEST_P(DialogKeyboard, EnterPressesTheDefaultButton) {
 }
 
 INSTANTIATE_TEST_SUITE_P(BothLanguages, DialogKeyboard, ::testing::Values("en", "de"));
+
+TEST(WizardKeyboard, NextMovesTheKeyboardToTheNewPanelsFirstFieldAndBackNeverLeavesItOnADisabledButton) {
+    toolkittest::initCommonControls();
+    wizardtest::TestWizard wizard;
+    wizard.add(IDD_WIZARD_PANEL_WELCOME);
+    wizard.add(IDD_CLIENT_PANEL_FOLDER);
+    wizard.add(IDD_WIZARD_PANEL_DONE);
+    std::vector<int> focus;
+    DialogDriver driver(DIALOG_LIMIT_MS);
+    driver.then([&](HWND _hFrame) {
+        focus.push_back(GetDlgCtrlID(GetFocus()));
+        press(_hFrame, WM_KEYDOWN, VK_RETURN); // Next
+        focus.push_back(GetDlgCtrlID(GetFocus()));
+        const wchar_t back =
+            TemplateRules::accessKey(textOfWindow(GetDlgItem(_hFrame, wizardtest::ITEM_BACK)));
+        press(_hFrame, WM_SYSCHAR, static_cast<WPARAM>(towlower(back)));
+        // Back is disabled on the first panel: the keyboard is on Next, not on nothing.
+        focus.push_back(GetDlgCtrlID(GetFocus()));
+        press(_hFrame, WM_KEYDOWN, VK_ESCAPE);
+    });
+    driver.then(answerYesByKey);
+    wizard.mf_create(GetModuleHandleW(nullptr), nullptr);
+    EXPECT_FALSE(driver.timedOut());
+    EXPECT_EQ(driver.stepsLeft(), 0);
+    EXPECT_EQ(focus,
+              (std::vector<int>{wizardtest::ITEM_NEXT, IDC_CLIENT_FOLDER_EDIT, wizardtest::ITEM_NEXT}));
+}
