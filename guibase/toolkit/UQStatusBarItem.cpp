@@ -28,6 +28,8 @@ int UQStatusBarItem::mf_onDrawItem(const DRAWITEMSTRUCT& _drawItem) {
     RECT rcText = _drawItem.rcItem;
     rcText.left += 28;
     SetBkMode(_drawItem.hDC, TRANSPARENT);
+    // The bar's DC comes with black text: in a high-contrast set with a black face it would not be seen.
+    SetTextColor(_drawItem.hDC, GetSysColor(COLOR_BTNTEXT));
     DrawTextW(_drawItem.hDC, m_sText, m_sText.GetLength(), &rcText, DT_SINGLELINE | DT_VCENTER);
     m_rect = _drawItem.rcItem;
     return 1;
