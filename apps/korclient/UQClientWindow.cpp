@@ -262,6 +262,15 @@ INT_PTR UQClientWindow::mf_onNotify(const NMHDR& _header) {
         mf_implSortBy(reinterpret_cast<const NMLISTVIEW&>(_header).iSubItem);
         return TRUE;
     }
+    // The header cannot take the focus: Ctrl+1 ... Ctrl+9 in the list sort as a click on that column does.
+    if (_header.idFrom == IDC_MAIN_LIST && _header.code == LVN_KEYDOWN) {
+        const WORD wKey = reinterpret_cast<const NMLVKEYDOWN&>(_header).wVKey;
+        const int nColumns = Header_GetItemCount(ListView_GetHeader(m_hList));
+        if (GetKeyState(VK_CONTROL) < 0 && wKey >= '1' && wKey <= '9' && wKey - '1' < nColumns) {
+            mf_implSortBy(wKey - '1');
+            return TRUE;
+        }
+    }
     if (_header.idFrom == IDC_MAIN_LIST && _header.code == LVN_ITEMCHANGED)
         mf_implUpdateStatus();
     if (_header.hwndFrom == m_pStatusBar->mf_getWindowHandle() && _header.code == NM_RCLICK) {
@@ -393,6 +402,16 @@ void UQClientWindow::mf_implSortBy(int _nColumn) {
     default:
         UQSearchFileItem::mf_sortByPath(m_shown, m_bSortAscending);
         break;
+    }
+    // The list panel only adds an arrow: the old one (another column's, or this one's other way) goes first.
+    HWND hHeader = ListView_GetHeader(m_hList);
+    for (int i = 0; i < Header_GetItemCount(hHeader); ++i) {
+        HDITEMW column{};
+        column.mask = HDI_FORMAT;
+        if (Header_GetItem(hHeader, i, &column) && (column.fmt & (HDF_SORTUP | HDF_SORTDOWN)) != 0) {
+            column.fmt &= ~(HDF_SORTUP | HDF_SORTDOWN);
+            Header_SetItem(hHeader, i, &column);
+        }
     }
     UQListPanel::mf_setHeaderSortIcon(m_hList, _nColumn,
                                       UQSortOrder(m_bSortAscending ? UQSortOrder::ASCENDING : 0));

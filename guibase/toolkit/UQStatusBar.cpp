@@ -2,11 +2,18 @@
 
 #include "guibase/foundation/UQReport.h"
 #include "guibase/toolkit/UQMenu.h"
+#include "guibase/toolkit/UQStatusBarAccessible.h"
 #include "guibase/toolkit/UQToolkitReport.h"
 
 #include <commctrl.h>
 
 #include <vector>
+
+namespace {
+
+const UINT_PTR BAR_SUBCLASS = 1;
+
+} // namespace
 
 UQStatusBar::UQStatusBar()
     : m_hStatusBar(nullptr), m_nWindowHeight(0), m_hContextMenus(nullptr), m_bOwner(1) {}
@@ -21,6 +28,8 @@ UQStatusBar::~UQStatusBar() {
     static const wchar_t* const _sFunction_ = L"UQStatusBar::~UQStatusBar";
     if (!m_bOwner)
         return;
+    if (m_hStatusBar != nullptr && IsWindow(m_hStatusBar))
+        RemoveWindowSubclass(m_hStatusBar, &UQStatusBar::mf_implBarProcedure, BAR_SUBCLASS);
     if (m_hContextMenus != nullptr)
         DestroyMenu(m_hContextMenus);
     for (INT_PTR i = 0; i < m_apItems.GetSize(); ++i) {
@@ -46,6 +55,9 @@ int UQStatusBar::mf_onInitDialog(HWND _hParent, HMENU _hContextMenus) {
                                    reinterpret_cast<HMENU>(static_cast<INT_PTR>(CONTROL_ID)),
                                    UQLanguage::mf_getUserLanguageHandle(), nullptr);
     m_hContextMenus = _hContextMenus;
+    if (m_hStatusBar != nullptr)
+        SetWindowSubclass(m_hStatusBar, &UQStatusBar::mf_implBarProcedure, BAR_SUBCLASS,
+                          reinterpret_cast<DWORD_PTR>(this));
     mf_implSetStatusBarParts();
     for (INT_PTR i = 0; i < m_apItems.GetSize(); ++i) {
         HMENU hMenu = nullptr;
@@ -123,4 +135,39 @@ HMENU UQStatusBar::mf_getContextMenu(int _nX, int _nY) {
             return hMenu;
     }
     return nullptr;
+}
+
+LRESULT CALLBACK UQStatusBar::mf_implBarProcedure(HWND _hWnd, UINT _uMsg, WPARAM _wParam, LPARAM _lParam,
+                                                  UINT_PTR, DWORD_PTR _dwBar) noexcept {
+    static const wchar_t* const _sFunction_ = L"UQStatusBar::mf_implBarProcedure";
+    const UQStatusBar* pBar = reinterpret_cast<const UQStatusBar*>(_dwBar);
+    try {
+        if (_uMsg == WM_GETOBJECT && static_cast<LONG>(_lParam) == OBJID_CLIENT) {
+            UQStatusBarAccessible* pAccessible = new UQStatusBarAccessible(_hWnd);
+            const LRESULT lResult = LresultFromObject(__uuidof(IAccessible), _wParam, pAccessible);
+            pAccessible->Release();
+            return lResult;
+        }
+        if (_uMsg == UQStatusBarAccessible::mf_textMessage()) {
+            const INT_PTR nPart = static_cast<INT_PTR>(_wParam);
+            if (nPart >= pBar->m_apItems.GetSize() || _lParam == 0)
+                return 0;
+            *reinterpret_cast<CString*>(_lParam) = pBar->m_apItems[nPart]->mf_getText();
+            return 1;
+        }
+        if (_uMsg == UQStatusBarAccessible::mf_changedMessage()) {
+            for (INT_PTR i = 0; i < pBar->m_apItems.GetSize(); ++i) {
+                if (reinterpret_cast<LPARAM>(pBar->m_apItems[i]) == _lParam) {
+                    NotifyWinEvent(EVENT_OBJECT_NAMECHANGE, _hWnd, OBJID_CLIENT, static_cast<LONG>(i + 1));
+                    return 1;
+                }
+            }
+            return 0;
+        }
+        if (_uMsg == WM_NCDESTROY)
+            RemoveWindowSubclass(_hWnd, &UQStatusBar::mf_implBarProcedure, BAR_SUBCLASS);
+    } catch (...) {
+        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure answering message %u", _uMsg);
+    }
+    return DefSubclassProc(_hWnd, _uMsg, _wParam, _lParam);
 }

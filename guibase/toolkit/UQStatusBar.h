@@ -35,6 +35,10 @@ public:
 
 private:
     void mf_implSetStatusBarParts();
+    // The bar's own answers: its IAccessible (WM_GETOBJECT), its parts' texts for it, and the name-change
+    // event when an item shows another text.
+    static LRESULT CALLBACK mf_implBarProcedure(HWND _hWnd, UINT _uMsg, WPARAM _wParam, LPARAM _lParam,
+                                                UINT_PTR _uId, DWORD_PTR _dwBar) noexcept;
 
     HWND m_hStatusBar;
     int m_nWindowHeight;

@@ -1,6 +1,7 @@
 #include "guibase/toolkit/UQStatusBarItem.h"
 
 #include "guibase/foundation/UQReport.h"
+#include "guibase/toolkit/UQStatusBarAccessible.h"
 
 UQStatusBarItem::UQStatusBarItem(unsigned long _ulWidth)
     : m_ulWidth(_ulWidth), m_hIcon(nullptr), m_sText(L"<not-initialized>"), m_hStatusBar(nullptr), m_rect(),
@@ -11,8 +12,13 @@ UQStatusBarItem::~UQStatusBarItem() = default;
 void UQStatusBarItem::mf_update() {}
 
 void UQStatusBarItem::mf_updateContent(HICON _hIcon, const CString& _sText) {
+    const bool bNewText = m_sText != _sText;
     m_hIcon = _hIcon;
     m_sText = _sText;
+    // The bar knows the item's part and tells screen readers that its name changed.
+    if (bNewText && m_hStatusBar != nullptr)
+        SendMessageW(m_hStatusBar, UQStatusBarAccessible::mf_changedMessage(), 0,
+                     reinterpret_cast<LPARAM>(this));
     mf_implRepaint();
 }
 
@@ -28,6 +34,8 @@ int UQStatusBarItem::mf_onDrawItem(const DRAWITEMSTRUCT& _drawItem) {
     RECT rcText = _drawItem.rcItem;
     rcText.left += 28;
     SetBkMode(_drawItem.hDC, TRANSPARENT);
+    // The bar's DC comes with black text: in a high-contrast set with a black face it would not be seen.
+    SetTextColor(_drawItem.hDC, GetSysColor(COLOR_BTNTEXT));
     DrawTextW(_drawItem.hDC, m_sText, m_sText.GetLength(), &rcText, DT_SINGLELINE | DT_VCENTER);
     m_rect = _drawItem.rcItem;
     return 1;

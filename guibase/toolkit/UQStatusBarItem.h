@@ -28,6 +28,8 @@ public:
     virtual CString mf_getName() const = 0;
 
     unsigned long mf_getWidth() const noexcept { return m_ulWidth; }
+    // The text shown, which is also the part's name for screen readers.
+    CString mf_getText() const { return m_sText; }
     RECT mf_getRectangle() const noexcept { return m_rect; }
     void mf_enableContextMenu(int _bEnable) noexcept { m_bContextMenuEnabled = _bEnable; }
 

@@ -100,6 +100,12 @@ int UQProgressDialog::mf_implOnInitDialog(HWND _hDlg) {
         UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure starting threads:\r\n%s%s", UQLog::TAB,
                          e.mf_toString());
     }
+    // The keyboard starts on Cancel, the default button, not on the first button in tab order.
+    HWND hCancel = GetDlgItem(_hDlg, IDCANCEL);
+    if (hCancel == nullptr)
+        hCancel = GetDlgItem(_hDlg, 142);
+    if (hCancel != nullptr)
+        SetFocus(hCancel);
     return 0;
 }
 

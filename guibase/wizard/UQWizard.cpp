@@ -27,6 +27,26 @@ HFONT createFont(LONG _lHeight, LONG _lWeight, BYTE _bPitchAndFamily) {
 
 INT_PTR CALLBACK f_WizardDialogProcedure(HWND _hDlg, UINT _uMsg, WPARAM _wParam, LPARAM _lParam);
 
+namespace {
+
+// The keyboard goes to the first field of a panel that the user has stepped to; a panel without one
+// leaves it on the button pressed, unless that button has just been disabled (Back on the first panel).
+void focusPanel(HWND _hFrame, HWND _hPanel) {
+    for (HWND hChild = GetWindow(_hPanel, GW_CHILD); hChild != nullptr;
+         hChild = GetWindow(hChild, GW_HWNDNEXT)) {
+        if (IsWindowVisible(hChild) && IsWindowEnabled(hChild) &&
+            (GetWindowLongW(hChild, GWL_STYLE) & WS_TABSTOP) != 0) {
+            SendMessageW(_hFrame, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(hChild), TRUE);
+            return;
+        }
+    }
+    HWND hFocus = GetFocus();
+    if (hFocus == nullptr || !IsWindowEnabled(hFocus))
+        SendMessageW(_hFrame, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(GetDlgItem(_hFrame, ITEM_NEXT)), TRUE);
+}
+
+} // namespace
+
 INT_PTR CALLBACK f_WizardDialogProcedure(HWND _hDlg, UINT _uMsg, WPARAM _wParam, LPARAM _lParam) {
     static const wchar_t* const _sFunction_ = L"f_WizardDialogProcedure";
     static const wchar_t* const NO_USER_DATA = L"No user data pointer in configuration panel";
@@ -208,6 +228,9 @@ void UQWizard::mf_implShowPanel(int _nIndex) {
                          panel.mf_getTitle(), UQLog::TAB, e.mf_toString());
         throw;
     }
+    // The first panel gets its focus from the dialog manager once WM_INITDIALOG has answered 1.
+    if (IsWindowVisible(m_hDlg))
+        focusPanel(m_hDlg, panel.mf_getHandle());
     RedrawWindow(m_hDlg, nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN);
 }
 

@@ -87,6 +87,10 @@ int UQWizardPanel::mf_create() {
     placement.length = PLACEMENT_LENGTH;
     GetWindowPlacement(GetDlgItem(hFrame, ITEM_PLACEHOLDER), &placement);
     SetWindowPlacement(m_hWnd, &placement);
+    // Right after the placeholder in z-order, so that Tab reaches the panel's fields before the frame's
+    // Back, Next and Cancel, as they are read.
+    SetWindowPos(m_hWnd, GetDlgItem(hFrame, ITEM_PLACEHOLDER), 0, 0, 0, 0,
+                 SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE | SWP_NOREDRAW);
     return 1;
 }
 

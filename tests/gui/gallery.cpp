@@ -1,6 +1,7 @@
 // The dialog gallery: every dialog of the library opened through its own call in its typical states, each
 // state saved as one PNG. The pictures go to the folder named by KOR_GALLERY_DIR (docs/gallery/ when the
 // docs_gallery target makes them); each test fails when its picture cannot be made.
+#include "DialogCatalogue.h"
 #include "DialogDriver.h"
 #include "Screenshot.h"
 #include "ToolkitTestSupport.h"
@@ -24,7 +25,10 @@
 #include "interfaces/korutil.h"
 #include <cstdlib>
 #include <functional>
+#include <iterator>
 #include <string>
+#include <uxtheme.h>
+#include <vector>
 
 using namespace toolkittest;
 
@@ -567,4 +571,70 @@ TEST_F(GalleryDpi, SearchUserBeforeListingAt150Percent) {
     m_driver.then(picture(L"dpi150-search-user-start", click(IDC_SEARCH_USER_CANCEL)));
     UQSearchUserDialog dialog;
     EXPECT_EQ(dialog.mf_show(nullptr), 0);
+}
+
+namespace {
+
+// Every dialog of the list (DialogCatalogue.cpp), opened as the accessibility tests open it, one picture
+// each: <prefix><template>-<name>.png.
+void pictureEveryDialog(const std::wstring& _sPrefix) {
+    for (const CatalogueEntry& entry : DialogCatalogue::entries()) {
+        std::wstring sName = _sPrefix + std::to_wstring(entry.wTemplate) + L"-";
+        for (const char* p = entry.pszName; *p != '\0'; ++p)
+            sName += *p == ' ' ? L'-' : static_cast<wchar_t>(*p);
+        DialogDriver driver(10000);
+        driver.then([&sName](HWND _hDlg) {
+            savePicture(_hDlg, sName.c_str());
+            PostMessageW(_hDlg, WM_CLOSE, 0, 0);
+        });
+        // The wizard asks before it closes.
+        if (entry.esc == EscAnswer::Asks)
+            driver.then([](HWND _hBox) { DialogDriver::click(_hBox, IDC_MESSAGE_BUTTON1); });
+        entry.open();
+        EXPECT_FALSE(driver.timedOut()) << entry.pszName;
+        EXPECT_EQ(driver.unexpectedDialogs(), 0) << entry.pszName;
+    }
+}
+
+// A high-contrast colour set for the length of a test, and Windows' way of drawing in it: without visual
+// styles (Wine keeps its theme in any colours, so the test turns it off for the windows it makes).
+class HighContrast {
+public:
+    HighContrast() {
+        for (int nIndex : INDEXES)
+            m_before.push_back(GetSysColor(nIndex));
+        const COLORREF white = RGB(255, 255, 255);
+        const COLORREF black = RGB(0, 0, 0);
+        const COLORREF colours[] = {
+            black, white, black, white, white, black, RGB(0, 255, 0), RGB(0, 255, 255),
+            black, white, black, white, black};
+        SetSysColors(static_cast<int>(std::size(INDEXES)), INDEXES, colours);
+        SetThemeAppProperties(0);
+    }
+    ~HighContrast() {
+        SetThemeAppProperties(STAP_ALLOW_NONCLIENT | STAP_ALLOW_CONTROLS | STAP_ALLOW_WEBCONTENT);
+        SetSysColors(static_cast<int>(m_before.size()), INDEXES, m_before.data());
+    }
+    HighContrast(const HighContrast&) = delete;
+    HighContrast& operator=(const HighContrast&) = delete;
+
+private:
+    static constexpr int INDEXES[] = {
+        COLOR_WINDOW,     COLOR_WINDOWTEXT,  COLOR_BTNFACE,      COLOR_BTNTEXT,       COLOR_3DSHADOW,
+        COLOR_3DLIGHT,    COLOR_GRAYTEXT,    COLOR_HIGHLIGHT,    COLOR_HIGHLIGHTTEXT, COLOR_3DHILIGHT,
+        COLOR_3DDKSHADOW, COLOR_CAPTIONTEXT, COLOR_ACTIVECAPTION};
+    std::vector<COLORREF> m_before;
+};
+
+} // namespace
+
+// Every dialog in a white-on-black high-contrast set, next to its pictures in the session's colours.
+TEST(GalleryHighContrast, EveryDialogWhiteOnBlack) {
+    initCommonControls();
+    HighContrast colours;
+    pictureEveryDialog(L"hc-");
+}
+
+TEST_F(GalleryDpi, EveryDialogAt150Percent) {
+    pictureEveryDialog(L"dpi150-");
 }

@@ -344,3 +344,96 @@ TEST_F(ClientWindowTest, CancelDuringTheRunLeavesEachFileMigratedWithItsStubOrUn
 }
 
 } // namespace
+
+namespace {
+
+// Ctrl+<digit> pressed in the result list, as the list view hears it from the keyboard.
+void pressCtrlDigit(HWND _hList, char _cDigit) {
+    BYTE keys[256];
+    GetKeyboardState(keys);
+    keys[VK_CONTROL] = 0x80;
+    SetKeyboardState(keys);
+    SendMessageW(_hList, WM_KEYDOWN, static_cast<WPARAM>(_cDigit), 1);
+    SendMessageW(_hList, WM_KEYUP, static_cast<WPARAM>(_cDigit), static_cast<LPARAM>(0xC0000001u));
+    keys[VK_CONTROL] = 0;
+    SetKeyboardState(keys);
+}
+
+// The sort arrow of each column: 'u' up, 'd' down, '-' none.
+std::string sortArrows(HWND _hList) {
+    HWND hHeader = ListView_GetHeader(_hList);
+    std::string sArrows;
+    for (int i = 0; i < Header_GetItemCount(hHeader); ++i) {
+        HDITEMW item{};
+        item.mask = HDI_FORMAT;
+        Header_GetItem(hHeader, i, &item);
+        sArrows += (item.fmt & HDF_SORTUP) != 0 ? 'u' : (item.fmt & HDF_SORTDOWN) != 0 ? 'd' : '-';
+    }
+    return sArrows;
+}
+
+std::vector<std::wstring> firstColumn(HWND _hList) {
+    std::vector<std::wstring> rows;
+    for (int i = 0; i < ListView_GetItemCount(_hList); ++i) {
+        wchar_t szText[MAX_PATH] = {0};
+        ListView_GetItemText(_hList, i, 0, szText, MAX_PATH);
+        rows.push_back(szText);
+    }
+    return rows;
+}
+
+} // namespace
+
+// The column headers take no focus: Ctrl+1 ... Ctrl+9 in the list sort by that column as a click on its
+// header does, a second press turning the order round; a digit past the last column does nothing.
+TEST_F(ClientWindowTest, CtrlAndAColumnsNumberSortTheListWithoutAMouse) {
+    for (const wchar_t* pszName : {L"\\b.txt", L"\\c.txt", L"\\a.txt"})
+        ASSERT_TRUE(writeFile(sFiles + pszName, "x"));
+    UQServerDirectory server(sServer);
+    std::vector<UQFileOutcome> outcomes;
+    std::wstring sWhy;
+    ASSERT_EQ(UQMigration(server, sFiles).mf_run(nullptr, nullptr, outcomes, sWhy), 1) << utf8(sWhy);
+
+    UQClientWindow window(sServer, sFiles);
+    UQDialogScript script(TIME_LIMIT_MS);
+    std::vector<std::string> arrows;
+    std::vector<std::vector<std::wstring>> orders;
+    closeTip(script);
+    script.mf_then(L"search", [&] {
+        HWND hMain = ready(window);
+        if (hMain == nullptr || UQDialogScript::mf_findDialog(L"Tip") != nullptr)
+            return false;
+        UQDialogScript::mf_click(hMain, IDC_MAIN_SEARCH);
+        return true;
+    });
+    script.mf_then(L"sort by keys", [&] {
+        HWND hMain = ready(window);
+        if (hMain == nullptr || window.mf_getShownCount() != 3)
+            return false;
+        HWND hList = GetDlgItem(hMain, IDC_MAIN_LIST);
+        SetFocus(hList);
+        for (char cDigit : {'1', '1', '3', '9'}) {
+            pressCtrlDigit(hList, cDigit);
+            arrows.push_back(sortArrows(hList));
+            orders.push_back(firstColumn(hList));
+        }
+        return true;
+    });
+    close(script, window);
+    EXPECT_EQ(window.mf_show(), 0);
+    EXPECT_TRUE(script.mf_isFinished()) << failuresOf(script);
+    ASSERT_EQ(arrows.size(), 4u);
+    ASSERT_EQ(orders[0].size(), 3u);
+    // The first press sorts by path one way, the second the other way round.
+    EXPECT_EQ(arrows[0].substr(0, 1) + arrows[1].substr(0, 1) == "ud" ||
+                  arrows[0].substr(0, 1) + arrows[1].substr(0, 1) == "du",
+              true)
+        << arrows[0] << " " << arrows[1];
+    std::vector<std::wstring> reversed(orders[0].rbegin(), orders[0].rend());
+    EXPECT_EQ(orders[1], reversed);
+    EXPECT_TRUE(std::is_sorted(orders[0].begin(), orders[0].end()) ||
+                std::is_sorted(reversed.begin(), reversed.end()));
+    // Ctrl+3 sorts by the third column (status), upward, and the path column loses its arrow.
+    EXPECT_EQ(arrows[2].substr(0, 3), "--u");
+    EXPECT_EQ(arrows[3], arrows[2]) << "the list has fewer than nine columns";
+}
