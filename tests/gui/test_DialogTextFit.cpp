@@ -183,7 +183,8 @@ TEST(DialogTextFitCheck, ATextTooLongForItsButtonIsNamed) {
     ASSERT_NE(hDlg, nullptr);
     HWND hOk = GetDlgItem(hDlg, IDOK);
     EXPECT_EQ(misfit(hOk), "");
-    SetWindowTextW(hOk, L"Einstellungen \x00fc" L"bernehmen");
+    SetWindowTextW(hOk, L"Einstellungen \x00fc"
+                        L"bernehmen");
     EXPECT_EQ(misfit(hOk).rfind("\"Einstellungen \xC3\xBC"
                                 "bernehmen\" needs ",
                                 0),
