@@ -9,6 +9,15 @@
 
 #if !defined(_WIN32)
 #include <sqlite3.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <thread>
+
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 #endif
 
 using namespace korfilessettings;
@@ -269,6 +278,51 @@ TEST_F(KorFilesSettingsTest, ABrokenStoreIsReportedNamingItsFileWithCode3) {
         EXPECT_EQ(m_log.lines()[0].function, "UQRegistry::mf_exists");
     }
     EXPECT_EQ(basetest::readFile(garbage), std::string(8192, 'x')) << "left as it was";
+}
+
+// A store that the user may only read (mode 0444 in a directory of mode 0555, read by another user when the
+// test runs as root) shows what it holds, not the getters' defaults.
+TEST_F(KorFilesSettingsTest, AStoreThatMayOnlyBeReadShowsItsValues) {
+    basetest::ScratchDirectory dir("settings-read-only");
+    const CString file = dir.child(L"registry.sqlite");
+    ASSERT_EQ(0, settings({L"--registry=" + file, L"set", L"management-class", L"Gold"}));
+    ASSERT_EQ(0, settings({L"--registry=" + file, L"set", L"backup-before-migrate", L"no"}));
+    ASSERT_EQ(0, settings({L"--registry=" + file}));
+    const std::string expected = out.text;
+    ASSERT_EQ(0u, expected.find("management-class: Gold\nbackup-before-migrate: no\n")) << expected;
+    const std::string path = utf8(file);
+    const std::string directory = utf8(dir.path());
+    ASSERT_EQ(::chmod(path.c_str(), 0444), 0);
+    ASSERT_EQ(::chmod(directory.c_str(), 0555), 0);
+
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        if (::geteuid() == 0 && (::setgid(65534) != 0 || ::setuid(65534) != 0))
+            ::_exit(10);
+        if (::access(path.c_str(), W_OK) == 0)
+            ::_exit(11);
+        const int code = settings({L"--registry=" + file});
+        if (code != 0) {
+            std::fprintf(stderr, "read-only settings: %d %s", code, err.text.c_str());
+            ::_exit(12);
+        }
+        ::_exit(out.text == expected && err.text.empty() ? 0 : 13);
+    }
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    int status = 0;
+    pid_t done = 0;
+    while ((done = ::waitpid(child, &status, WNOHANG)) == 0 && std::chrono::steady_clock::now() < deadline)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    if (done == 0) {
+        ::kill(child, SIGKILL);
+        ::waitpid(child, &status, 0);
+    }
+    ::chmod(directory.c_str(), 0755);
+    ::chmod(path.c_str(), 0644);
+    ASSERT_NE(done, 0) << "the reader did not end within the time limit";
+    EXPECT_TRUE(WIFEXITED(status)) << status;
+    EXPECT_EQ(WEXITSTATUS(status), 0);
 }
 
 #endif
