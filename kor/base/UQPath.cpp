@@ -155,6 +155,12 @@ int UQPath::mf_compare(const CString& _sA, const CString& _sB) noexcept {
     const wchar_t* p = _sA;
     const wchar_t* q = _sB;
     for (;; ++p, ++q) {
+        // Equal units have equal keys: the long common prefixes of paths cost no folding.
+        if (*p == *q) {
+            if (*p == 0)
+                return 0;
+            continue;
+        }
         if (*p == 0 || *q == 0)
             return (*p != 0) - (*q != 0);
         const unsigned x = orderKey(*p);
