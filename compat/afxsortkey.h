@@ -57,3 +57,19 @@ enum : unsigned {
 // thread, the caller's thread sorts alone; the result is the same.
 KORCOMPAT_API void AfxSortByKeys(AfxSortKey* _pKeys, std::size_t _nCount, const std::uint16_t* _pArena,
                                  unsigned _uFlags) noexcept;
+
+// Runs _pWork(_pContext, from, to) over [0, _nCount) in two halves, the second on a helper thread that is
+// joined before the function returns; without a thread, or for few entries, the caller's thread runs both.
+// _pWork must not throw.
+KORCOMPAT_API void AfxRunOnTwoThreads(std::size_t _nCount, void (*_pWork)(void*, std::size_t, std::size_t),
+                                      void* _pContext) noexcept;
+
+// The same with a callable taking (from, to).
+template <class Work> void AfxRunOnTwoThreads(std::size_t _nCount, Work& _work) noexcept {
+    AfxRunOnTwoThreads(
+        _nCount,
+        [](void* _pContext, std::size_t _nFrom, std::size_t _nTo) {
+            (*static_cast<Work*>(_pContext))(_nFrom, _nTo);
+        },
+        &_work);
+}

@@ -104,3 +104,19 @@ void AfxSortByKeys(AfxSortKey* _pKeys, std::size_t _nCount, const std::uint16_t*
     std::memcpy(_pKeys, merged, _nCount * sizeof(AfxSortKey));
     std::free(merged);
 }
+
+void AfxRunOnTwoThreads(std::size_t _nCount, void (*_pWork)(void*, std::size_t, std::size_t),
+                        void* _pContext) noexcept {
+    const std::size_t half = _nCount / 2;
+    if (_nCount >= PARALLEL_MINIMUM && std::thread::hardware_concurrency() > 1) {
+        try {
+            std::thread helper([=] { _pWork(_pContext, half, _nCount); });
+            _pWork(_pContext, 0, half);
+            helper.join();
+            return;
+        } catch (const std::system_error&) {
+            // No helper: the caller's thread does it all.
+        }
+    }
+    _pWork(_pContext, 0, _nCount);
+}
