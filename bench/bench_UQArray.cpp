@@ -235,9 +235,11 @@ void BM_StdSortNoCase(benchmark::State& state) {
 }
 
 // The limit of a case-blind sort of strings: each string folded once into an order key (on two threads),
-// the keys sorted on two threads (compat/afxsortkey.h: the first four units as a number, then memcmp), and
-// the strings moved into that order.
+// the keys sorted on two threads (compat/afxsortkey.h), and the strings moved into that order. Argument 1:
+// the keys' MSD radix sort (four key units a round); 0: std::sort comparing the first four units as a
+// number, then memcmp.
 void BM_KeyedSortLimit(benchmark::State& state) {
+    const unsigned flags = state.range(0) != 0 ? 0u : static_cast<unsigned>(AFX_SORT_BY_COMPARISON);
     const std::vector<CString>& source = unsortedPaths();
     std::vector<std::vector<CString>> copies(static_cast<std::size_t>(state.max_iterations), source);
     std::size_t k = 0;
@@ -261,7 +263,7 @@ void BM_KeyedSortLimit(benchmark::State& state) {
             }
         };
         AfxRunOnTwoThreads(n, build);
-        AfxSortByKeys(keys.data(), n, arena.data(), 0);
+        AfxSortByKeys(keys.data(), n, arena.data(), flags);
         std::vector<CString> sorted(n);
         for (std::size_t i = 0; i < n; ++i)
             sorted[i] = std::move(v[keys[i].uIndex]);
@@ -305,7 +307,12 @@ void BM_UQArraySortPointerArray(benchmark::State& state) {
 BENCHMARK(BM_VectorPushBack)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(BM_UQArrayAdd)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(BM_StdSortNoCase)->Unit(benchmark::kMillisecond)->Iterations(SORT_ITERATIONS);
-BENCHMARK(BM_KeyedSortLimit)->Unit(benchmark::kMillisecond)->Iterations(SORT_ITERATIONS)->UseRealTime();
+BENCHMARK(BM_KeyedSortLimit)
+    ->Arg(0)
+    ->Arg(1)
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(SORT_ITERATIONS)
+    ->UseRealTime();
 BENCHMARK(BM_UQArraySortPointerArray)->Unit(benchmark::kMillisecond)->Iterations(SORT_ITERATIONS);
 
 BENCHMARK_MAIN();

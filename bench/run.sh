@@ -58,7 +58,8 @@ median = {k: {c: statistics.median(v[c]) for c in v if v[c]} for k, v in times.i
 # side uses a second thread, whose processor time the benchmark's CPU column does not see.
 pairs = [
     ("append 10 M pointers", "BM_UQArrayAdd", "BM_VectorPushBack", 2.0, "cpu"),
-    ("case-blind sort of 1 M paths", "BM_UQArraySortPointerArray", "BM_KeyedSortLimit", 1.2, "real"),
+    ("case-blind sort of 1 M paths", "BM_UQArraySortPointerArray", ("BM_KeyedSortLimit/0", "BM_KeyedSortLimit/1"),
+     1.2, "real"),
     ("  same, vs std::sort (info)", "BM_UQArraySortPointerArray", "BM_StdSortNoCase", None, "cpu"),
     ("search 1 M records", "BM_SearchList/333333", "BM_SearchLimit/333333", 1.3, "real"),
     ("  same, vs std:: reference", "BM_SearchList/333333", "BM_SearchStdReference/333333", None, "real"),
@@ -71,6 +72,12 @@ print()
 print("%-29s %11s %11s %9s %11s %11s %9s  %s" % ("comparison", "library cpu", "limit cpu", "cpu ratio",
                                                 "library wall", "limit wall", "wall ratio", "goal"))
 for label, ours, theirs, goal, judged in pairs:
+    # Of several ways to the limit, the fastest.
+    if isinstance(theirs, tuple):
+        found = [t for t in theirs if t in median]
+        if not found:
+            continue
+        theirs = min(found, key=lambda t: median[t]["real"])
     if ours not in median or theirs not in median:
         continue
     o, t = median[ours], median[theirs]

@@ -48,13 +48,16 @@ KORCOMPAT_API int AfxCompareSortKeys(const std::uint16_t* _pArena, const AfxSort
 enum : unsigned {
     AFX_SORT_KEY_DESCENDING = 1, // keys from the greatest
     AFX_SORT_TIE_DESCENDING = 2, // ties from the greatest
-    AFX_SORT_TIE_FIRST = 4       // the tie decides first, the key between equal ties
+    AFX_SORT_TIE_FIRST = 4,      // the tie decides first, the key between equal ties
+    AFX_SORT_BY_COMPARISON = 8   // a comparison sort even where the key decides first (for measuring)
 };
 
-// Sorts the entries by key and tie as _uFlags say, then by uIndex ascending. With many entries, on two
-// threads: the caller's sorts one half while a helper thread sorts the other, then both merge, one from
-// each end; the helper is joined before the function returns. Without memory for the merge or without a
-// thread, the caller's thread sorts alone; the result is the same.
+// Sorts the entries by key and tie as _uFlags say, then by uIndex ascending. Where the key decides first,
+// by an MSD radix sort on four key units at a time, which loads the units of a key once per round instead
+// of at every comparison; otherwise by comparisons. With many entries, on two threads: the caller's sorts one
+// half while a helper thread sorts the other, then both merge, one from each end; the helper is joined before
+// the function returns. Without memory for the merge or without a thread, the caller's thread sorts alone;
+// the result is the same.
 KORCOMPAT_API void AfxSortByKeys(AfxSortKey* _pKeys, std::size_t _nCount, const std::uint16_t* _pArena,
                                  unsigned _uFlags) noexcept;
 

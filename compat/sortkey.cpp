@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
+#include <new>
 #include <system_error>
 #include <thread>
 
@@ -70,6 +72,99 @@ void mergeBack(const AfxSortKey* _pA, std::size_t _nA, const AfxSortKey* _pB, st
     }
 }
 
+// The key units [_nDepth, _nDepth + 4) as a number, the first in the highest bits, missing units 0.
+std::uint64_t wordAt(const AfxSortKey& _key, std::uint32_t _nDepth, const std::uint16_t* _pArena) noexcept {
+    if (_nDepth == 0)
+        return _key.uHead;
+    if (_nDepth >= _key.nUnits)
+        return 0;
+    const std::uint32_t units = std::min<std::uint32_t>(_key.nUnits - _nDepth, AFX_SORT_KEY_HEAD_UNITS);
+    const unsigned char* p =
+        reinterpret_cast<const unsigned char*>(_pArena + _key.uOffset + (_nDepth - AFX_SORT_KEY_HEAD_UNITS));
+    std::uint64_t word = 0;
+    for (std::uint32_t j = 0; j < units; ++j)
+        word |= static_cast<std::uint64_t>((p[2 * j] << 8) | p[2 * j + 1])
+                << (16 * (AFX_SORT_KEY_HEAD_UNITS - 1 - j));
+    return word;
+}
+
+// A key of the run being sorted with its units at the current depth.
+struct Slot {
+    std::uint64_t uWord;
+    std::uint32_t uKey; // index of the key in the run
+};
+
+// Below this many entries the whole comparison sorts a run faster than another round of words.
+constexpr std::size_t RADIX_MINIMUM = 32;
+constexpr std::uint32_t RADIX_DEPTH_LIMIT = 2048;
+
+// Sorts the slots by their keys ascending, equal keys by tie and index as _less says: an MSD radix sort on
+// four key units at a time. Each round loads every slot's next four units once and sorts the slots by
+// that number alone, without a look into the arena; slots with equal numbers go on to the next round,
+// except keys that end within these units, which come first (a prefix sorts first) in the full order.
+void radixSort(Slot* _pSlots, std::size_t _nCount, std::uint32_t _nDepth, const AfxSortKey* _pKeys,
+               const std::uint16_t* _pArena, const KeyLess& _less) noexcept {
+    const auto fullLess = [&](const Slot& _a, const Slot& _b) {
+        return _less(_pKeys[_a.uKey], _pKeys[_b.uKey]);
+    };
+    // Deep rounds only come with very long shared prefixes; there the comparison keeps the stack short.
+    if (_nCount < RADIX_MINIMUM || _nDepth > RADIX_DEPTH_LIMIT) {
+        std::sort(_pSlots, _pSlots + _nCount, fullLess);
+        return;
+    }
+    if (_nDepth > 0)
+        for (std::size_t i = 0; i < _nCount; ++i)
+            _pSlots[i].uWord = wordAt(_pKeys[_pSlots[i].uKey], _nDepth, _pArena);
+    std::sort(_pSlots, _pSlots + _nCount, [](const Slot& _a, const Slot& _b) { return _a.uWord < _b.uWord; });
+    const std::uint32_t next = _nDepth + AFX_SORT_KEY_HEAD_UNITS;
+    for (std::size_t a = 0; a < _nCount;) {
+        std::size_t b = a + 1;
+        while (b < _nCount && _pSlots[b].uWord == _pSlots[a].uWord)
+            ++b;
+        if (b - a > 1) {
+            Slot* const ended = std::partition(
+                _pSlots + a, _pSlots + b, [&](const Slot& _s) { return _pKeys[_s.uKey].nUnits <= next; });
+            std::sort(_pSlots + a, ended, fullLess);
+            radixSort(ended, static_cast<std::size_t>(_pSlots + b - ended), next, _pKeys, _pArena, _less);
+        }
+        a = b;
+    }
+}
+
+// Sorts a range as _less says, by the radix sort where the key decides first.
+void sortRange(AfxSortKey* _pKeys, std::size_t _nCount, const std::uint16_t* _pArena, unsigned _uFlags,
+               const KeyLess& _less) noexcept {
+    if ((_uFlags & (AFX_SORT_TIE_FIRST | AFX_SORT_BY_COMPARISON)) != 0 || _nCount < RADIX_MINIMUM) {
+        std::sort(_pKeys, _pKeys + _nCount, _less);
+        return;
+    }
+    std::unique_ptr<Slot[]> slots(new (std::nothrow) Slot[_nCount]);
+    std::unique_ptr<AfxSortKey[]> sorted(new (std::nothrow) AfxSortKey[_nCount]);
+    if (!slots || !sorted) {
+        std::sort(_pKeys, _pKeys + _nCount, _less);
+        return;
+    }
+    for (std::size_t i = 0; i < _nCount; ++i)
+        slots[i] = Slot{_pKeys[i].uHead, static_cast<std::uint32_t>(i)};
+    // Ascending by key, equal keys in the order of _less; descending keys are that order with the runs of
+    // equal keys reversed as wholes.
+    const KeyLess ascending(_pArena, _uFlags & ~static_cast<unsigned>(AFX_SORT_KEY_DESCENDING));
+    radixSort(slots.get(), _nCount, 0, _pKeys, _pArena, ascending);
+    for (std::size_t i = 0; i < _nCount; ++i)
+        sorted[i] = _pKeys[slots[i].uKey];
+    std::copy(sorted.get(), sorted.get() + _nCount, _pKeys);
+    if ((_uFlags & AFX_SORT_KEY_DESCENDING) == 0)
+        return;
+    std::reverse(_pKeys, _pKeys + _nCount);
+    for (std::size_t a = 0; a < _nCount;) {
+        std::size_t b = a + 1;
+        while (b < _nCount && AfxCompareSortKeys(_pArena, _pKeys[a], _pKeys[b]) == 0)
+            ++b;
+        std::reverse(_pKeys + a, _pKeys + b);
+        a = b;
+    }
+}
+
 } // namespace
 
 void AfxSortByKeys(AfxSortKey* _pKeys, std::size_t _nCount, const std::uint16_t* _pArena,
@@ -81,15 +176,15 @@ void AfxSortByKeys(AfxSortKey* _pKeys, std::size_t _nCount, const std::uint16_t*
     if (_nCount >= PARALLEL_MINIMUM && std::thread::hardware_concurrency() > 1)
         merged = static_cast<AfxSortKey*>(std::malloc(_nCount * sizeof(AfxSortKey)));
     if (merged == nullptr) {
-        std::sort(_pKeys, _pKeys + _nCount, less);
+        sortRange(_pKeys, _nCount, _pArena, _uFlags, less);
         return;
     }
     const std::size_t half = _nCount / 2;
     AfxSortKey* const second = _pKeys + half;
     const std::size_t secondCount = _nCount - half;
     try {
-        std::thread helper([=] { std::sort(second, second + secondCount, less); });
-        std::sort(_pKeys, second, less);
+        std::thread helper([=] { sortRange(second, secondCount, _pArena, _uFlags, less); });
+        sortRange(_pKeys, half, _pArena, _uFlags, less);
         helper.join();
         std::thread back(
             [=] { mergeBack(_pKeys, half, second, secondCount, merged + _nCount, _nCount - half, less); });
@@ -98,7 +193,7 @@ void AfxSortByKeys(AfxSortKey* _pKeys, std::size_t _nCount, const std::uint16_t*
     } catch (const std::system_error&) {
         // No helper thread: whatever was sorted or merged so far, sorting the whole range is right.
         std::free(merged);
-        std::sort(_pKeys, _pKeys + _nCount, less);
+        sortRange(_pKeys, _nCount, _pArena, _uFlags, less);
         return;
     }
     std::memcpy(_pKeys, merged, _nCount * sizeof(AfxSortKey));

@@ -124,7 +124,8 @@ TEST(SortKey, SortByKeysIsTheStableSortInEveryDirection) {
     std::vector<std::uint32_t> ties(paths.size());
     for (std::uint32_t& tie : ties)
         tie = static_cast<std::uint32_t>(random() % 4);
-    for (unsigned flags = 0; flags < 8; ++flags) {
+    // Each order by the radix sort and by the comparison sort.
+    for (unsigned flags = 0; flags < 16; ++flags) {
         Keys keys(paths, AFX_KEY_PATH);
         for (std::size_t i = 0; i < paths.size(); ++i)
             keys.keys()[i].uTie = ties[i];
@@ -139,6 +140,37 @@ TEST(SortKey, SortByKeysIsTheStableSortInEveryDirection) {
             if (flags & AFX_SORT_TIE_FIRST)
                 return ties[_a] != ties[_b] ? tieLess : keyLess;
             return c != 0 ? keyLess && !keyGreater : tieLess;
+        });
+        AfxSortByKeys(keys.keys().data(), paths.size(), keys.arena(), flags);
+        std::vector<std::uint32_t> actual;
+        for (const AfxSortKey& key : keys.keys())
+            actual.push_back(key.uIndex);
+        EXPECT_TRUE(actual == expected) << "flags " << flags;
+    }
+}
+
+TEST(SortKey, PathsSharingVeryLongPrefixesSortAsTheComparisonDoes) {
+    // Rounds of four units each would go deeper than the radix sort goes before it compares.
+    std::vector<CString> paths;
+    std::mt19937_64 random(8);
+    CString prefix;
+    for (int i = 0; i < 1500; ++i)
+        prefix += (i % 7 == 0) ? L"\\" : (random() % 2 ? L"a" : L"B");
+    for (int i = 0; i < 200; ++i) {
+        CString path = prefix;
+        for (int j = 0; j < 3; ++j)
+            path += static_cast<wchar_t>(L'a' + random() % 3);
+        if (random() % 2)
+            path.MakeUpper();
+        paths.push_back(path);
+    }
+    for (unsigned flags : {0u, static_cast<unsigned>(AFX_SORT_KEY_DESCENDING)}) {
+        Keys keys(paths, AFX_KEY_PATH);
+        std::vector<std::uint32_t> expected(paths.size());
+        std::iota(expected.begin(), expected.end(), 0u);
+        std::stable_sort(expected.begin(), expected.end(), [&](std::uint32_t _a, std::uint32_t _b) {
+            const int c = mixed_paths::perCharacterPathCompare(paths[_a], paths[_b]);
+            return flags != 0 ? c > 0 : c < 0;
         });
         AfxSortByKeys(keys.keys().data(), paths.size(), keys.arena(), flags);
         std::vector<std::uint32_t> actual;
