@@ -431,21 +431,34 @@ void runLimit(const UQHistoryGenerator& generator, int producers, Result& r) {
     std::vector<const Group*> selected;
     {
         Clock clock;
-        for (const Group& g : groups)
-            if (g.selected != UINT32_MAX)
-                selected.push_back(&g);
-        std::sort(selected.begin(), selected.end(), [&](const Group* a, const Group* b) {
-            const AfxSortKey& kx = keys[a->selected];
-            const AfxSortKey& ky = keys[b->selected];
-            const Record& x = records[kx.uIndex];
-            const Record& y = records[ky.uIndex];
-            if (x.volume != y.volume)
-                return x.volume < y.volume;
-            if (x.position != y.position)
-                return x.position < y.position;
+        // The sort keys side by side, so that most comparisons read no record.
+        struct Access {
+            std::uint64_t position;
+            std::uint32_t volume;
+            std::uint32_t group;
+        };
+        std::vector<Access> access;
+        access.reserve(groups.size());
+        for (std::size_t i = 0; i < groups.size(); ++i) {
+            const Group& g = groups[i];
+            if (g.selected == UINT32_MAX)
+                continue;
+            const Record& x = records[keys[g.selected].uIndex];
+            access.push_back(Access{x.position, x.volume, static_cast<std::uint32_t>(i)});
+        }
+        std::sort(access.begin(), access.end(), [&](const Access& a, const Access& b) {
+            if (a.volume != b.volume)
+                return a.volume < b.volume;
+            if (a.position != b.position)
+                return a.position < b.position;
+            const AfxSortKey& kx = keys[groups[a.group].selected];
+            const AfxSortKey& ky = keys[groups[b.group].selected];
             const int c = AfxCompareSortKeys(arena.data(), kx, ky);
-            return c != 0 ? c < 0 : x.version < y.version;
+            return c != 0 ? c < 0 : records[kx.uIndex].version < records[ky.uIndex].version;
         });
+        selected.reserve(access.size());
+        for (const Access& a : access)
+            selected.push_back(&groups[a.group]);
         clock.stop(r, ACCESS_ORDER);
     }
     r.files = groups.size();
