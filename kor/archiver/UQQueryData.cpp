@@ -8,8 +8,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <new>
-#include <system_error>
-#include <thread>
 
 namespace {
 
@@ -121,31 +119,21 @@ bool sortByPathKeys(const UQQueryData* const* _ppData, std::size_t _nCount, unsi
             return false;
     }
     SortBuffer<std::uint16_t> arena(units > 0 ? static_cast<std::size_t>(units) : 1, _pszFunction);
-    // Folding is most of the work besides the sort itself: the second half on a helper thread.
-    const auto build = [&](std::size_t _nFrom, std::size_t _nTo) noexcept {
+    // Folding is most of the work besides the sort itself: a large array's second half on a helper thread.
+    bool built[2] = {true, true};
+    auto build = [&](std::size_t _nFrom, std::size_t _nTo) {
         for (std::size_t i = _nFrom; i < _nTo; ++i) {
             const UQQueryData* data = _ppData[i];
             const CString& path = data->mf_getObjectPath();
             if (!AfxMakeSortKey(path.GetString(), path.GetLength(), AFX_KEY_PATH, arena.get(),
                                 keys[i].uOffset, keys[i]))
-                return false;
+                built[_nFrom == 0 ? 0 : 1] = false;
             keys[i].uTie = _versionOf(data);
             keys[i].uIndex = static_cast<std::uint32_t>(i);
         }
-        return true;
     };
-    bool built = false;
-    const std::size_t half = _nCount / 2;
-    try {
-        bool secondBuilt = false;
-        std::thread helper([&] { secondBuilt = build(half, _nCount); });
-        const bool firstBuilt = build(0, half);
-        helper.join();
-        built = firstBuilt && secondBuilt;
-    } catch (const std::system_error&) {
-        built = build(0, _nCount);
-    }
-    if (!built)
+    AfxRunOnTwoThreads(_nCount, build);
+    if (!built[0] || !built[1])
         return false;
     AfxSortByKeys(keys, _nCount, arena.get(), _uFlags);
     for (std::size_t i = 0; i < _nCount; ++i)
