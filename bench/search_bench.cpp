@@ -352,11 +352,11 @@ void runStdReference(const UQHistoryGenerator& generator, int producers, Result&
 // The limit: each path folded once into an order key (the exact order of UQPath::mf_compare), keys built
 // and sorted on both cores, groups found by comparing neighbouring keys.
 
-// Runs _work(from, to) over [0, _nCount) on this thread and one helper, each on one half.
+// Runs _work(from, to) over [0, _nCount) on this thread and a second one, each on one half.
 template <class Work> void onTwoThreads(std::size_t _nCount, const Work& _work) {
-    std::thread helper([&] { _work(_nCount / 2, _nCount); });
+    std::thread other([&] { _work(_nCount / 2, _nCount); });
     _work(0, _nCount / 2);
-    helper.join();
+    other.join();
 }
 
 void runLimit(const UQHistoryGenerator& generator, int producers, Result& r) {

@@ -55,13 +55,13 @@ enum : unsigned {
 // Sorts the entries by key and tie as _uFlags say, then by uIndex ascending. Where the key decides first,
 // by an MSD radix sort on four key units at a time, which loads the units of a key once per round instead
 // of at every comparison; otherwise by comparisons. With many entries, on two threads: the caller's sorts one
-// half while a helper thread sorts the other, then both merge, one from each end; the helper is joined before
-// the function returns. Without memory for the merge or without a thread, the caller's thread sorts alone;
-// the result is the same.
+// half while a second thread sorts the other, then both merge, one from each end; that thread is joined
+// before the function returns. Without memory for the merge or without a thread, the caller's thread sorts
+// alone; the result is the same.
 KORCOMPAT_API void AfxSortByKeys(AfxSortKey* _pKeys, std::size_t _nCount, const std::uint16_t* _pArena,
                                  unsigned _uFlags) noexcept;
 
-// Runs _pWork(_pContext, from, to) over [0, _nCount) in two halves, the second on a helper thread that is
+// Runs _pWork(_pContext, from, to) over [0, _nCount) in two halves, the second on a thread of its own that is
 // joined before the function returns; without a thread, or for few entries, the caller's thread runs both.
 // _pWork must not throw.
 KORCOMPAT_API void AfxRunOnTwoThreads(std::size_t _nCount, void (*_pWork)(void*, std::size_t, std::size_t),

@@ -183,15 +183,15 @@ void AfxSortByKeys(AfxSortKey* _pKeys, std::size_t _nCount, const std::uint16_t*
     AfxSortKey* const second = _pKeys + half;
     const std::size_t secondCount = _nCount - half;
     try {
-        std::thread helper([=] { sortRange(second, secondCount, _pArena, _uFlags, less); });
+        std::thread sorter([=] { sortRange(second, secondCount, _pArena, _uFlags, less); });
         sortRange(_pKeys, half, _pArena, _uFlags, less);
-        helper.join();
+        sorter.join();
         std::thread back(
             [=] { mergeBack(_pKeys, half, second, secondCount, merged + _nCount, _nCount - half, less); });
         mergeFront(_pKeys, second, second, second + secondCount, merged, half, less);
         back.join();
     } catch (const std::system_error&) {
-        // No helper thread: whatever was sorted or merged so far, sorting the whole range is right.
+        // No second thread: whatever was sorted or merged so far, sorting the whole range is right.
         std::free(merged);
         sortRange(_pKeys, _nCount, _pArena, _uFlags, less);
         return;
@@ -205,12 +205,12 @@ void AfxRunOnTwoThreads(std::size_t _nCount, void (*_pWork)(void*, std::size_t, 
     const std::size_t half = _nCount / 2;
     if (_nCount >= PARALLEL_MINIMUM && std::thread::hardware_concurrency() > 1) {
         try {
-            std::thread helper([=] { _pWork(_pContext, half, _nCount); });
+            std::thread other([=] { _pWork(_pContext, half, _nCount); });
             _pWork(_pContext, 0, half);
-            helper.join();
+            other.join();
             return;
         } catch (const std::system_error&) {
-            // No helper: the caller's thread does it all.
+            // No second thread: the caller's thread does it all.
         }
     }
     _pWork(_pContext, 0, _nCount);

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
+#include <new>
 #include <utility>
 
 namespace {
@@ -55,8 +56,18 @@ bool sortByKeys(CString* _pStrings, std::size_t _nCount) noexcept {
     if (!bBuilt[0] || !bBuilt[1])
         return false;
     AfxSortByKeys(keys.get(), _nCount, arena.get(), 0);
-    // Each cycle of the permutation moved along once; a placed position is marked as its own.
     AfxSortKey* to = keys.get();
+    // Gathered into sorted order, then moved back: each string read once at random, written in order.
+    std::unique_ptr<CString[]> sorted(new (std::nothrow) CString[_nCount]);
+    if (sorted) {
+        for (std::size_t i = 0; i < _nCount; ++i)
+            sorted[i] = std::move(_pStrings[to[i].uIndex]);
+        for (std::size_t i = 0; i < _nCount; ++i)
+            _pStrings[i] = std::move(sorted[i]);
+        return true;
+    }
+    // Without memory for that, each cycle of the permutation moved along in place; a placed position is
+    // marked as its own.
     for (std::size_t i = 0; i < _nCount; ++i) {
         if (to[i].uIndex == i)
             continue;

@@ -119,7 +119,7 @@ bool sortByPathKeys(const UQQueryData* const* _ppData, std::size_t _nCount, unsi
             return false;
     }
     SortBuffer<std::uint16_t> arena(units > 0 ? static_cast<std::size_t>(units) : 1, _pszFunction);
-    // Folding is most of the work besides the sort itself: a large array's second half on a helper thread.
+    // Folding is most of the work besides the sort itself: a large array's second half on a second thread.
     bool built[2] = {true, true};
     auto build = [&](std::size_t _nFrom, std::size_t _nTo) {
         for (std::size_t i = _nFrom; i < _nTo; ++i) {
