@@ -111,10 +111,17 @@ bool sortByPathKeys(const UQQueryData* const* _ppData, std::size_t _nCount, unsi
         return false;
     SortBuffer<AfxSortKey> keyBuffer(_nCount, _pszFunction);
     AfxSortKey* keys = keyBuffer.get();
+    // The records lie scattered in memory: their lengths are read on both threads, then summed in order.
+    auto measure = [&](std::size_t _nFrom, std::size_t _nTo) {
+        for (std::size_t i = _nFrom; i < _nTo; ++i)
+            keys[i].nUnits = static_cast<std::uint32_t>(
+                AfxSortKeyTailUnits(static_cast<const CString&>(_ppData[i]->mf_getObjectPath()).GetLength()));
+    };
+    AfxRunOnTwoThreads(_nCount, measure);
     std::uint64_t units = 0;
     for (std::size_t i = 0; i < _nCount; ++i) {
         keys[i].uOffset = static_cast<std::uint32_t>(units);
-        units += AfxSortKeyTailUnits(static_cast<const CString&>(_ppData[i]->mf_getObjectPath()).GetLength());
+        units += keys[i].nUnits;
         if (units > UINT32_MAX)
             return false;
     }
