@@ -78,9 +78,11 @@ TEST(SortKey, EveryUnitKeepsItsPlaceInTheCaseBlindOrder) {
 
 TEST(SortKey, KeysCompareAsTheTextsDoOnMixedPaths) {
     const std::vector<CString> paths = mixed_paths::generate(100000, 7);
-    for (const auto& [order, reference] :
+    for (const std::pair<AfxKeyOrder, Reference>& way :
          {std::pair<AfxKeyOrder, Reference>{AFX_KEY_PATH, mixed_paths::perCharacterPathCompare},
           {AFX_KEY_NOCASE, mixed_paths::perCharacterNoCaseCompare}}) {
+        const AfxKeyOrder order = way.first;
+        const Reference reference = way.second;
         Keys keys(paths, order);
         int mismatches = 0;
         const auto check = [&](std::size_t _a, std::size_t _b) {
