@@ -3,17 +3,20 @@
 // std::sort). Every benchmark reports wall-clock and CPU time per iteration; the UQArray ones also report
 // "vs_std", their CPU time divided by the CPU time of the std:: counterpart measured earlier in the same run.
 // CPU time, because on a shared machine it does not count the time other processes hold the core.
+#include "compat/afxsortkey.h"
 #include "interfaces/korbase.h"
 
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <ctime>
 #include <map>
 #include <memory>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -231,6 +234,47 @@ void BM_StdSortNoCase(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(SORT_COUNT));
 }
 
+// The limit of a case-blind sort of strings: each string folded once into an order key (on two threads),
+// the keys sorted on two threads (compat/afxsortkey.h), and the strings moved into that order. Argument 1:
+// the keys' MSD radix sort (four key units a round); 0: std::sort comparing the first four units as a
+// number, then memcmp.
+void BM_KeyedSortLimit(benchmark::State& state) {
+    const unsigned flags = state.range(0) != 0 ? 0u : static_cast<unsigned>(AFX_SORT_BY_COMPARISON);
+    const std::vector<CString>& source = unsortedPaths();
+    std::vector<std::vector<CString>> copies(static_cast<std::size_t>(state.max_iterations), source);
+    std::size_t k = 0;
+    for (auto _ : state) {
+        std::vector<CString>& v = copies[k++];
+        const std::size_t n = v.size();
+        std::vector<AfxSortKey> keys(n);
+        std::uint32_t units = 0;
+        for (std::size_t i = 0; i < n; ++i) {
+            keys[i].uOffset = units;
+            units += static_cast<std::uint32_t>(AfxSortKeyTailUnits(v[i].GetLength()));
+        }
+        std::vector<std::uint16_t> arena(units + 1u);
+        auto build = [&](std::size_t _from, std::size_t _to) {
+            for (std::size_t i = _from; i < _to; ++i) {
+                if (!AfxMakeSortKey(v[i].GetString(), v[i].GetLength(), AFX_KEY_NOCASE, arena.data(),
+                                    keys[i].uOffset, keys[i]))
+                    std::abort();
+                keys[i].uTie = 0;
+                keys[i].uIndex = static_cast<std::uint32_t>(i);
+            }
+        };
+        AfxRunOnTwoThreads(n, build);
+        AfxSortByKeys(keys.data(), n, arena.data(), flags);
+        std::vector<CString> sorted(n);
+        for (std::size_t i = 0; i < n; ++i)
+            sorted[i] = std::move(v[keys[i].uIndex]);
+        v.swap(sorted);
+        benchmark::DoNotOptimize(v.data());
+    }
+    if (!sortedNoCase(copies[0].begin(), copies[0].end()))
+        state.SkipWithError("the keyed sort left the paths out of order");
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(SORT_COUNT));
+}
+
 void BM_UQArraySortPointerArray(benchmark::State& state) {
     const std::vector<CString>& source = unsortedPaths();
     std::vector<std::unique_ptr<UQArray<CString, const CString&>>> copies;
@@ -263,6 +307,12 @@ void BM_UQArraySortPointerArray(benchmark::State& state) {
 BENCHMARK(BM_VectorPushBack)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(BM_UQArrayAdd)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 BENCHMARK(BM_StdSortNoCase)->Unit(benchmark::kMillisecond)->Iterations(SORT_ITERATIONS);
+BENCHMARK(BM_KeyedSortLimit)
+    ->Arg(0)
+    ->Arg(1)
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(SORT_ITERATIONS)
+    ->UseRealTime();
 BENCHMARK(BM_UQArraySortPointerArray)->Unit(benchmark::kMillisecond)->Iterations(SORT_ITERATIONS);
 
 BENCHMARK_MAIN();

@@ -2,14 +2,17 @@
 // child whose peak resident memory is read from /proc/self/status.
 #include "search_bench.h"
 
+#include "compat/afxsortkey.h"
 #include "guibase/search/UQSearchList.h"
 #include "interfaces/korarchiver.h"
 
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -85,6 +88,25 @@ bool isDeleted(bool eventBased, bool deletionStarted) {
     return eventBased && deletionStarted;
 }
 
+// FNV-1a over the values that make a result: the sides must agree on every file, version and position.
+class Hash {
+public:
+    void add(std::uint64_t _uValue) {
+        for (int i = 0; i < 8; ++i) {
+            m_uHash = (m_uHash ^ ((_uValue >> (8 * i)) & 0xFFu)) * 0x100000001B3ull;
+        }
+    }
+    void add(const CString& _sText) {
+        for (int i = 0; i < _sText.GetLength(); ++i)
+            add(static_cast<std::uint64_t>(_sText[i]));
+        add(UINT64_MAX);
+    }
+    std::uint64_t value() const { return m_uHash; }
+
+private:
+    std::uint64_t m_uHash = 0xCBF29CE484222325ull;
+};
+
 // ---------------------------------------------------------------------------------------------------------
 // The list
 
@@ -144,14 +166,32 @@ void runList(const UQHistoryGenerator& generator, int producers, Result& r) {
         list.mf_getSelectedFileList(selected, 1);
         clock.stop(r, ACCESS_ORDER);
     }
+    r.peakKiB = statusKiB("VmHWM");
     r.files = list.mf_getFileItemCount();
     r.filtered = static_cast<std::uint64_t>(filtered.GetSize());
     r.selected = static_cast<std::uint64_t>(selected.GetSize());
-    r.peakKiB = statusKiB("VmHWM");
+    Hash filteredHash;
+    for (INT_PTR i = 0; i < filtered.GetSize(); ++i) {
+        filteredHash.add(filtered[i]->mf_getQueryData().mf_getObjectPath());
+        UQSearchFileItem::VersionArray versions;
+        filtered[i]->mf_getVersions(1, versions);
+        for (INT_PTR v = 0; v < versions.GetSize(); ++v)
+            filteredHash.add(versions[v]->mf_getVersion());
+    }
+    r.filteredHash = filteredHash.value();
+    Hash selectedHash;
+    for (INT_PTR i = 0; i < selected.GetSize(); ++i) {
+        const UQQueryData& data = *selected[i]->mf_getSelectedVersion()->mf_getQueryData();
+        selectedHash.add(data.mf_getObjectPath());
+        selectedHash.add(data.mf_getVersion());
+        selectedHash.add(data.mf_getAccessKey().uVolume);
+        selectedHash.add(data.mf_getAccessKey().uPosition);
+    }
+    r.selectedHash = selectedHash.value();
 }
 
 // ---------------------------------------------------------------------------------------------------------
-// The limit: plain records in one vector, sorted and grouped with the standard library.
+// Plain records in one vector, filled by the producers without a lock, as both plain sides keep them.
 
 struct Record {
     CString path;
@@ -189,7 +229,8 @@ private:
     Record* m_out;
 };
 
-void runLimit(const UQHistoryGenerator& generator, int producers, Result& r) {
+// Fills _rRecords from the producers, each into its own part of a vector sized beforehand.
+void addRecords(const UQHistoryGenerator& generator, int producers, std::vector<Record>& records, Result& r) {
     // Where each producer writes: counted before the clock starts, so the limit never grows its vector.
     std::vector<std::uint64_t> offsets(static_cast<std::size_t>(producers) + 1, 0);
     for (int p = 0; p < producers; ++p)
@@ -197,7 +238,7 @@ void runLimit(const UQHistoryGenerator& generator, int producers, Result& r) {
             offsets[static_cast<std::size_t>(p)] +
             generator.mf_countRecords(firstSlot(generator, p, producers),
                                       firstSlot(generator, p + 1, producers));
-    std::vector<Record> records(static_cast<std::size_t>(offsets.back()));
+    records.resize(static_cast<std::size_t>(offsets.back()));
     {
         Clock clock;
         std::vector<std::thread> threads;
@@ -213,6 +254,36 @@ void runLimit(const UQHistoryGenerator& generator, int producers, Result& r) {
         clock.stop(r, ADD);
         r.records = records.size();
     }
+}
+
+// Hashes of the plain sides' results, as the list's are made.
+template <class PathOf>
+void hashResults(const std::vector<Record>& records, const std::vector<const Group*>& filtered,
+                 const std::vector<const Group*>& selected, const PathOf& pathOf, Result& r) {
+    Hash filteredHash;
+    for (const Group* g : filtered) {
+        filteredHash.add(records[pathOf(g->first + g->count - 1)].path);
+        for (std::uint32_t v = 0; v < g->count; ++v)
+            filteredHash.add(records[pathOf(g->first + v)].version);
+    }
+    r.filteredHash = filteredHash.value();
+    Hash selectedHash;
+    for (const Group* g : selected) {
+        const Record& x = records[pathOf(g->selected)];
+        selectedHash.add(x.path);
+        selectedHash.add(x.version);
+        selectedHash.add(x.volume);
+        selectedHash.add(x.position);
+    }
+    r.selectedHash = selectedHash.value();
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// The std:: reference: std::sort with UQPath::mf_compare, folding every character at every comparison.
+
+void runStdReference(const UQHistoryGenerator& generator, int producers, Result& r) {
+    std::vector<Record> records;
+    addRecords(generator, producers, records, r);
     std::vector<Group> groups;
     {
         Clock clock;
@@ -260,7 +331,12 @@ void runLimit(const UQHistoryGenerator& generator, int producers, Result& r) {
         std::sort(selected.begin(), selected.end(), [&records](const Group* a, const Group* b) {
             const Record& x = records[a->selected];
             const Record& y = records[b->selected];
-            return x.volume != y.volume ? x.volume < y.volume : x.position < y.position;
+            if (x.volume != y.volume)
+                return x.volume < y.volume;
+            if (x.position != y.position)
+                return x.position < y.position;
+            const int c = UQPath::mf_compare(x.path, y.path);
+            return c != 0 ? c < 0 : x.version < y.version;
         });
         clock.stop(r, ACCESS_ORDER);
     }
@@ -268,6 +344,129 @@ void runLimit(const UQHistoryGenerator& generator, int producers, Result& r) {
     r.filtered = filtered.size();
     r.selected = selected.size();
     r.peakKiB = statusKiB("VmHWM");
+    hashResults(
+        records, filtered, selected, [](std::uint32_t _i) { return _i; }, r);
+}
+
+// ---------------------------------------------------------------------------------------------------------
+// The limit: each path folded once into an order key (the exact order of UQPath::mf_compare), keys built
+// and sorted on both cores, groups found by comparing neighbouring keys.
+
+// Runs _work(from, to) over [0, _nCount) on this thread and a second one, each on one half.
+template <class Work> void onTwoThreads(std::size_t _nCount, const Work& _work) {
+    std::thread other([&] { _work(_nCount / 2, _nCount); });
+    _work(0, _nCount / 2);
+    other.join();
+}
+
+void runLimit(const UQHistoryGenerator& generator, int producers, Result& r) {
+    std::vector<Record> records;
+    addRecords(generator, producers, records, r);
+    // Sorted keys of the records; a group's indices point into them, and uIndex to the record.
+    std::vector<AfxSortKey> keys;
+    std::vector<std::uint16_t> arena;
+    std::vector<Group> groups;
+    {
+        Clock clock;
+        const std::size_t n = records.size();
+        keys.resize(n);
+        std::uint64_t units = 0;
+        for (std::size_t i = 0; i < n; ++i) {
+            keys[i].uOffset = static_cast<std::uint32_t>(units);
+            units += AfxSortKeyTailUnits(records[i].path.GetLength());
+        }
+        if (units > UINT32_MAX)
+            throw std::runtime_error("the keys do not fit 32-bit offsets");
+        arena.resize(static_cast<std::size_t>(units) + 1);
+        onTwoThreads(n, [&](std::size_t _from, std::size_t _to) {
+            for (std::size_t i = _from; i < _to; ++i) {
+                const CString& path = records[i].path;
+                if (!AfxMakeSortKey(path.GetString(), path.GetLength(), AFX_KEY_PATH, arena.data(),
+                                    keys[i].uOffset, keys[i]))
+                    std::abort();
+                keys[i].uTie = records[i].version;
+                keys[i].uIndex = static_cast<std::uint32_t>(i);
+            }
+        });
+        AfxSortByKeys(keys.data(), n, arena.data(), 0);
+        for (std::size_t i = 0; i < n; ++i) {
+            if (i == 0 || AfxCompareSortKeys(arena.data(), keys[i - 1], keys[i]) != 0)
+                groups.push_back(Group{static_cast<std::uint32_t>(i), 0, UINT32_MAX});
+            ++groups.back().count;
+        }
+        clock.stop(r, CLOSE);
+    }
+    {
+        Clock clock;
+        for (Group& g : groups)
+            g.selected = g.first + g.count - 1;
+        clock.stop(r, SELECT_LATEST);
+    }
+    {
+        Clock clock;
+        // The groups' keys (all different) sorted descending, then the groups put in that order.
+        std::vector<AfxSortKey> groupKeys(groups.size());
+        for (std::size_t i = 0; i < groups.size(); ++i) {
+            groupKeys[i] = keys[groups[i].selected];
+            groupKeys[i].uIndex = static_cast<std::uint32_t>(i);
+        }
+        AfxSortByKeys(groupKeys.data(), groupKeys.size(), arena.data(), AFX_SORT_KEY_DESCENDING);
+        std::vector<Group> sorted(groups.size());
+        for (std::size_t i = 0; i < groups.size(); ++i)
+            sorted[i] = groups[groupKeys[i].uIndex];
+        groups.swap(sorted);
+        clock.stop(r, SORT_BY_PATH);
+    }
+    std::vector<const Group*> filtered;
+    {
+        Clock clock;
+        for (const Group& g : groups) {
+            const Record& latest = records[keys[g.first + g.count - 1].uIndex];
+            if (!isDeleted((latest.flags & UQQueryData::FLAG_EVENT_BASED) != 0,
+                           (latest.flags & UQQueryData::FLAG_DELETION_STARTED) != 0))
+                filtered.push_back(&g);
+        }
+        clock.stop(r, FILTERED_LIST);
+    }
+    std::vector<const Group*> selected;
+    {
+        Clock clock;
+        // The sort keys side by side, so that most comparisons read no record.
+        struct Access {
+            std::uint64_t position;
+            std::uint32_t volume;
+            std::uint32_t group;
+        };
+        std::vector<Access> access;
+        access.reserve(groups.size());
+        for (std::size_t i = 0; i < groups.size(); ++i) {
+            const Group& g = groups[i];
+            if (g.selected == UINT32_MAX)
+                continue;
+            const Record& x = records[keys[g.selected].uIndex];
+            access.push_back(Access{x.position, x.volume, static_cast<std::uint32_t>(i)});
+        }
+        std::sort(access.begin(), access.end(), [&](const Access& a, const Access& b) {
+            if (a.volume != b.volume)
+                return a.volume < b.volume;
+            if (a.position != b.position)
+                return a.position < b.position;
+            const AfxSortKey& kx = keys[groups[a.group].selected];
+            const AfxSortKey& ky = keys[groups[b.group].selected];
+            const int c = AfxCompareSortKeys(arena.data(), kx, ky);
+            return c != 0 ? c < 0 : records[kx.uIndex].version < records[ky.uIndex].version;
+        });
+        selected.reserve(access.size());
+        for (const Access& a : access)
+            selected.push_back(&groups[a.group]);
+        clock.stop(r, ACCESS_ORDER);
+    }
+    r.files = groups.size();
+    r.filtered = filtered.size();
+    r.selected = selected.size();
+    r.peakKiB = statusKiB("VmHWM");
+    hashResults(
+        records, filtered, selected, [&keys](std::uint32_t _i) { return keys[_i].uIndex; }, r);
 }
 
 Result runSide(Side side, std::uint32_t files, int producers) {
@@ -279,8 +478,10 @@ Result runSide(Side side, std::uint32_t files, int producers) {
         const UQHistoryGenerator generator(files, 1);
         if (side == LIST)
             runList(generator, producers, r);
-        else
+        else if (side == LIMIT)
             runLimit(generator, producers, r);
+        else
+            runStdReference(generator, producers, r);
         for (int phase = 0; phase < PHASES; ++phase) {
             r.total += r.seconds[phase];
             r.cpuTotal += r.cpuSeconds[phase];

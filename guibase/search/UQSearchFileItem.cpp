@@ -1,10 +1,13 @@
 #include "guibase/search/UQSearchFileItem.h"
 
+#include "compat/afxsortkey.h"
 #include "guibase/foundation/UQReport.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <memory>
 #include <new>
+#include <vector>
 
 namespace {
 
@@ -59,14 +62,130 @@ int streams(const void* _pP) {
     return shownVersion(itemAt(_pP))->mf_getQueryData()->mf_hasADStreams() ? 1 : 0;
 }
 
-void sortItems(UQSearchFileItem::Array& _rItems, int (*_pCompare)(const void*, const void*),
-               const wchar_t* _pszFunction) {
+// What a keyed sort orders by besides the path: nothing, the status text, or a flag of the shown version.
+enum class Primary { NONE, STATUS, SECURITY, STREAMS };
+
+struct FreeDeleter {
+    void operator()(void* _p) const noexcept { std::free(_p); }
+};
+
+// The rank of each status text in the order of the text comparison; equal texts share a rank.
+class StatusRanks {
+public:
+    std::uint32_t rankOf(const CString& _sText) {
+        for (std::size_t i = 0; i < m_texts.size(); ++i)
+            if (m_texts[i] == &_sText || m_texts[i]->Compare(_sText) == 0)
+                return static_cast<std::uint32_t>(i);
+        m_texts.push_back(&_sText);
+        return static_cast<std::uint32_t>(m_texts.size() - 1);
+    }
+    // Turns the indices handed out into ranks.
+    std::vector<std::uint32_t> ranks() const {
+        std::vector<std::uint32_t> order(m_texts.size());
+        for (std::size_t i = 0; i < order.size(); ++i)
+            order[i] = static_cast<std::uint32_t>(i);
+        std::sort(order.begin(), order.end(), [this](std::uint32_t _a, std::uint32_t _b) {
+            return m_texts[_a]->Compare(*m_texts[_b]) < 0;
+        });
+        std::vector<std::uint32_t> rank(order.size());
+        for (std::size_t i = 0; i < order.size(); ++i)
+            rank[order[i]] = static_cast<std::uint32_t>(i);
+        return rank;
+    }
+
+private:
+    std::vector<const CString*> m_texts;
+};
+
+// The qsort orders by keys: each item's path folded once (AFX_KEY_PATH) instead of at every comparison,
+// the status text or flag as the tie that decides first. Equal items keep their order, one of the orders
+// qsort may give. Answers false, with nothing moved, when there is no memory for the keys or a path has no
+// key; qsort with the comparison then sorts.
+bool sortByKeys(UQSearchFileItem** _ppItems, std::size_t _nCount, Primary _primary,
+                int _bAscending) noexcept {
+    if (_nCount > UINT32_MAX)
+        return false;
+    std::uint64_t units = 0;
+    for (std::size_t i = 0; i < _nCount; ++i)
+        units += AfxSortKeyTailUnits(static_cast<const CString&>(_ppItems[i]->mf_getPath()).GetLength());
+    if (units >= UINT32_MAX)
+        return false;
+    std::unique_ptr<AfxSortKey, FreeDeleter> keys(
+        static_cast<AfxSortKey*>(std::malloc(_nCount * sizeof(AfxSortKey))));
+    std::unique_ptr<std::uint16_t, FreeDeleter> arena(static_cast<std::uint16_t*>(
+        std::malloc((static_cast<std::size_t>(units) + 1) * sizeof(std::uint16_t))));
+    if (!keys || !arena)
+        return false;
+    AfxSortKey* key = keys.get();
+    std::uint32_t offset = 0;
+    try {
+        StatusRanks statusRanks;
+        for (std::size_t i = 0; i < _nCount; ++i) {
+            const UQSearchFileItem* item = _ppItems[i];
+            const CString& path = item->mf_getPath();
+            if (!AfxMakeSortKey(path.GetString(), path.GetLength(), AFX_KEY_PATH, arena.get(), offset,
+                                key[i]))
+                return false;
+            offset += static_cast<std::uint32_t>(AfxSortKeyTailUnits(path.GetLength()));
+            key[i].uIndex = static_cast<std::uint32_t>(i);
+            switch (_primary) {
+            case Primary::NONE:
+                key[i].uTie = 0;
+                break;
+            case Primary::STATUS:
+                key[i].uTie = statusRanks.rankOf(shownVersion(item)->mf_getStatusString());
+                break;
+            case Primary::SECURITY:
+                key[i].uTie = shownVersion(item)->mf_getQueryData()->mf_hasSecurity() ? 1 : 0;
+                break;
+            case Primary::STREAMS:
+                key[i].uTie = shownVersion(item)->mf_getQueryData()->mf_hasADStreams() ? 1 : 0;
+                break;
+            }
+        }
+        if (_primary == Primary::STATUS) {
+            const std::vector<std::uint32_t> rank = statusRanks.ranks();
+            for (std::size_t i = 0; i < _nCount; ++i)
+                key[i].uTie = rank[key[i].uTie];
+        }
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+    // Path sorts go by the key in the direction asked; the others by the tie in that direction, equal
+    // ties by path ascending.
+    const unsigned flags =
+        _primary == Primary::NONE
+            ? (_bAscending ? 0u : static_cast<unsigned>(AFX_SORT_KEY_DESCENDING))
+            : AFX_SORT_TIE_FIRST | (_bAscending ? 0u : static_cast<unsigned>(AFX_SORT_TIE_DESCENDING));
+    AfxSortByKeys(key, _nCount, arena.get(), flags);
+    // Each cycle of the permutation moved along once; a placed position is marked as its own.
+    for (std::size_t i = 0; i < _nCount; ++i) {
+        if (key[i].uIndex == i)
+            continue;
+        UQSearchFileItem* first = _ppItems[i];
+        std::size_t j = i;
+        while (key[j].uIndex != i) {
+            const std::size_t from = key[j].uIndex;
+            _ppItems[j] = _ppItems[from];
+            key[j].uIndex = static_cast<std::uint32_t>(j);
+            j = from;
+        }
+        _ppItems[j] = first;
+        key[j].uIndex = static_cast<std::uint32_t>(j);
+    }
+    return true;
+}
+
+void sortItems(UQSearchFileItem::Array& _rItems, int (*_pCompare)(const void*, const void*), Primary _primary,
+               int _bAscending, const wchar_t* _pszFunction) {
     if (_rItems.GetData() == nullptr) {
         UQReport::mf_log(UQLogData::LEVEL_W, _pszFunction, L"No file list items to sort");
         return;
     }
-    std::qsort(_rItems.GetData(), static_cast<std::size_t>(_rItems.GetSize()), sizeof(UQSearchFileItem*),
-               _pCompare);
+    const std::size_t count = static_cast<std::size_t>(_rItems.GetSize());
+    if (count < 2 || sortByKeys(_rItems.GetData(), count, _primary, _bAscending))
+        return;
+    std::qsort(_rItems.GetData(), count, sizeof(UQSearchFileItem*), _pCompare);
 }
 
 // Copies of an item's versions stand on clones of the records, so that every version owns its own.
@@ -265,22 +384,25 @@ CString UQSearchFileItem::mf_getADStreamsDisplayString() const {
 
 void UQSearchFileItem::mf_sortByPath(Array& _rItems, int _bAscending) {
     static const wchar_t* const _sFunction_ = L"UQSearchFileItem::mf_sortByPath";
-    sortItems(_rItems, _bAscending ? pathAscending : pathDescending, _sFunction_);
+    sortItems(_rItems, _bAscending ? pathAscending : pathDescending, Primary::NONE, _bAscending, _sFunction_);
 }
 
 void UQSearchFileItem::mf_sortByStatus(Array& _rItems, int _bAscending) {
     // The product's logs name this sort as the file list's; log readers look for that name.
     static const wchar_t* const _sFunction_ = L"UQFileListItem::mf_sortByStatus";
-    sortItems(_rItems, _bAscending ? statusAscending : statusDescending, _sFunction_);
+    sortItems(_rItems, _bAscending ? statusAscending : statusDescending, Primary::STATUS, _bAscending,
+              _sFunction_);
 }
 
 void UQSearchFileItem::mf_sortBySecurity(Array& _rItems, int _bAscending) {
     static const wchar_t* const _sFunction_ = L"UQFileListItem::mf_sortBySecurity";
-    sortItems(_rItems, _bAscending ? flagAscending<security> : flagDescending<security>, _sFunction_);
+    sortItems(_rItems, _bAscending ? flagAscending<security> : flagDescending<security>, Primary::SECURITY,
+              _bAscending, _sFunction_);
 }
 
 void UQSearchFileItem::mf_sortByADStreams(Array& _rItems, int _bAscending) {
     // Shares the security sort's name in the log, as the product always has.
     static const wchar_t* const _sFunction_ = L"UQFileListItem::mf_sortBySecurity";
-    sortItems(_rItems, _bAscending ? flagAscending<streams> : flagDescending<streams>, _sFunction_);
+    sortItems(_rItems, _bAscending ? flagAscending<streams> : flagDescending<streams>, Primary::STREAMS,
+              _bAscending, _sFunction_);
 }

@@ -66,15 +66,30 @@ void UQSearchList::mf_add(const UQQueryData& _queryData) {
     // Before the clone, so that the flag stays set even when cloning fails.
     if (_queryData.mf_isProtected())
         m_bHasProtectedItems.store(1, std::memory_order_relaxed);
+    // Cloned before the lock is taken, so that producers take turns only for the append.
+    UQQueryData* pClone = nullptr;
+    UQErrnoData cloneError;
+    try {
+        pClone = _queryData.mf_clone();
+    } catch (const UQErrno& e) {
+        cloneError = UQReport::mf_collectWrappedInline(
+            e, _sFunction_, L"Failure clone/adding query data item: %s\r\n%sQuery-data: %s", UQLog::TAB,
+            _queryData.mf_toString());
+    }
     m_lock.mf_runCollected([&](UQErrnoData& _rError) {
+        if (cloneError) {
+            _rError = cloneError;
+            return;
+        }
         // The list may have been closed since the check; a record added now would never be grouped.
         if (m_bClosed) {
+            delete pClone;
             _rError = UQReport::mf_collect(UQErrno::_E_::AlreadyInitialized, _sFunction_,
                                            L"Search item list has already been closed");
             return;
         }
         try {
-            UQAllocation::mf_appendOrDelete(m_queryData, _queryData.mf_clone());
+            UQAllocation::mf_appendOrDelete(m_queryData, pClone);
         } catch (const UQErrno& e) {
             _rError = UQReport::mf_collectWrappedInline(
                 e, _sFunction_, L"Failure clone/adding query data item: %s\r\n%sQuery-data: %s", UQLog::TAB,

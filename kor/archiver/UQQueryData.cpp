@@ -3,6 +3,8 @@
 
 #include "kor/archiver/HistoryText.h"
 
+#include "compat/afxsortkey.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <new>
@@ -95,6 +97,60 @@ void sortItems(UVQueryItem** _pItems, INT_PTR _nCount, const wchar_t* _pszFuncti
     mergeSort(keyed, n, keyed + n, _less);
     for (std::size_t i = 0; i < n; ++i)
         _pItems[i] = keyed[i].pItem;
+}
+
+// The object paths of _nCount records (none null) sorted as _uFlags say, then by position: writes the
+// records' positions in that order to _pOrder. Each path is folded once into an order key, instead of at
+// every comparison. Answers false, with nothing written, when a path has no key (a unit beyond U+FFFF) or
+// the keys would not fit the arena's 32-bit offsets; the comparison then sorts. No memory throws
+// _E_::Memory.
+template <class VersionOf>
+bool sortByPathKeys(const UQQueryData* const* _ppData, std::size_t _nCount, unsigned _uFlags,
+                    const VersionOf& _versionOf, std::uint32_t* _pOrder, const wchar_t* _pszFunction) {
+    if (_nCount > UINT32_MAX)
+        return false;
+    SortBuffer<AfxSortKey> keyBuffer(_nCount, _pszFunction);
+    AfxSortKey* keys = keyBuffer.get();
+    // The records lie scattered in memory: their lengths are read on both threads, then summed in order.
+    auto measure = [&](std::size_t _nFrom, std::size_t _nTo) {
+        for (std::size_t i = _nFrom; i < _nTo; ++i)
+            keys[i].nUnits = static_cast<std::uint32_t>(
+                AfxSortKeyTailUnits(static_cast<const CString&>(_ppData[i]->mf_getObjectPath()).GetLength()));
+    };
+    AfxRunOnTwoThreads(_nCount, measure);
+    std::uint64_t units = 0;
+    for (std::size_t i = 0; i < _nCount; ++i) {
+        keys[i].uOffset = static_cast<std::uint32_t>(units);
+        units += keys[i].nUnits;
+        if (units > UINT32_MAX)
+            return false;
+    }
+    SortBuffer<std::uint16_t> arena(units > 0 ? static_cast<std::size_t>(units) : 1, _pszFunction);
+    // Folding is most of the work besides the sort itself: a large array's second half on a second thread.
+    bool built[2] = {true, true};
+    auto build = [&](std::size_t _nFrom, std::size_t _nTo) {
+        for (std::size_t i = _nFrom; i < _nTo; ++i) {
+            const UQQueryData* data = _ppData[i];
+            const CString& path = data->mf_getObjectPath();
+            if (!AfxMakeSortKey(path.GetString(), path.GetLength(), AFX_KEY_PATH, arena.get(),
+                                keys[i].uOffset, keys[i]))
+                built[_nFrom == 0 ? 0 : 1] = false;
+            keys[i].uTie = _versionOf(data);
+            keys[i].uIndex = static_cast<std::uint32_t>(i);
+        }
+    };
+    AfxRunOnTwoThreads(_nCount, build);
+    if (!built[0] || !built[1])
+        return false;
+    AfxSortByKeys(keys, _nCount, arena.get(), _uFlags);
+    for (std::size_t i = 0; i < _nCount; ++i)
+        _pOrder[i] = keys[i].uIndex;
+    return true;
+}
+
+unsigned pathSortFlags(int _bPathAscending, int _bVersionAscending) noexcept {
+    return (_bPathAscending ? 0u : AFX_SORT_KEY_DESCENDING) |
+           (_bVersionAscending ? 0u : AFX_SORT_TIE_DESCENDING);
 }
 
 } // namespace
@@ -192,6 +248,25 @@ void UQQueryData::mf_sortByPathAndVersion(int _bPathAscending, int _bVersionAsce
     const INT_PTR count = _rData.GetSize();
     if (count < 2)
         return;
+    const std::size_t n = static_cast<std::size_t>(count);
+    UQQueryData** data = _rData.GetData();
+    if (std::find(data, data + n, nullptr) == data + n) {
+        // The sorted positions, then the records in their order, in one buffer.
+        SortBuffer<std::uint64_t> order(n, _sFunction_);
+        std::uint32_t* positions = reinterpret_cast<std::uint32_t*>(order.get());
+        UQQueryData** sorted = reinterpret_cast<UQQueryData**>(order.get());
+        if (sortByPathKeys(
+                data, n, pathSortFlags(_bPathAscending, _bVersionAscending),
+                [](const UQQueryData* _pData) noexcept { return _pData->m_uVersion; }, positions,
+                _sFunction_)) {
+            // Positions fill the first half of the buffer; placed from the back, no record lands on a
+            // position not yet read.
+            for (std::size_t i = n; i-- > 0;)
+                sorted[i] = data[positions[i]];
+            std::copy(sorted, sorted + n, data);
+            return;
+        }
+    }
     const auto less = [_bPathAscending, _bVersionAscending](const UQQueryData* _pA,
                                                             const UQQueryData* _pB) noexcept {
         if (_pA == nullptr || _pB == nullptr)
@@ -201,13 +276,45 @@ void UQQueryData::mf_sortByPathAndVersion(int _bPathAscending, int _bVersionAsce
             return _bPathAscending ? c < 0 : c > 0;
         return _bVersionAscending ? _pA->m_uVersion < _pB->m_uVersion : _pA->m_uVersion > _pB->m_uVersion;
     };
-    SortBuffer<UQQueryData*> buffer(static_cast<std::size_t>(count) / 2, _sFunction_);
-    mergeSort(_rData.GetData(), static_cast<std::size_t>(count), buffer.get(), less);
+    SortBuffer<UQQueryData*> buffer(n / 2, _sFunction_);
+    mergeSort(data, n, buffer.get(), less);
 }
 
 void UQQueryData::mf_sortByPathAndVersion(int _bPathAscending, int _bVersionAscending, UVQueryItem** _ppItems,
                                           INT_PTR _nCount) {
     static const wchar_t* const _sFunction_ = L"UQQueryData::mf_sortByPathAndVersion::2";
+    if (_ppItems == nullptr || _nCount < 2)
+        return;
+    const std::size_t n = static_cast<std::size_t>(_nCount);
+    {
+        // The records the items show, asked for before anything moves; then the sorted positions.
+        SortBuffer<const UQQueryData*> data(n, _sFunction_);
+        for (std::size_t i = 0; i < n; ++i)
+            data.get()[i] = &_ppItems[i]->mf_getQueryData();
+        SortBuffer<std::uint32_t> positions(n, _sFunction_);
+        if (sortByPathKeys(
+                data.get(), n, pathSortFlags(_bPathAscending, _bVersionAscending),
+                [](const UQQueryData* _pData) noexcept { return _pData->m_uVersion; }, positions.get(),
+                _sFunction_)) {
+            // Each cycle of the permutation moved along once; a moved position is marked as its own.
+            std::uint32_t* to = positions.get();
+            for (std::size_t i = 0; i < n; ++i) {
+                if (to[i] == i)
+                    continue;
+                UVQueryItem* first = _ppItems[i];
+                std::size_t j = i;
+                while (to[j] != i) {
+                    const std::size_t from = to[j];
+                    _ppItems[j] = _ppItems[from];
+                    to[j] = static_cast<std::uint32_t>(j);
+                    j = from;
+                }
+                _ppItems[j] = first;
+                to[j] = static_cast<std::uint32_t>(j);
+            }
+            return;
+        }
+    }
     sortItems(_ppItems, _nCount, _sFunction_,
               [_bPathAscending, _bVersionAscending](const KeyedItem& _a, const KeyedItem& _b) noexcept {
                   const int c = compareObjectPaths(_a.pData->m_objectPath, _b.pData->m_objectPath);

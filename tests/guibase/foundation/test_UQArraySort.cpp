@@ -1,4 +1,7 @@
 #include "support/LogCheck.h"
+#include "support/MixedPaths.h"
+
+#include <algorithm>
 
 #include <vector>
 
@@ -96,4 +99,26 @@ TEST(UQArraySort, SortedArrayKeepsItsCapacity) {
     EXPECT_EQ(a.GetAllocSize(), capacity);
     EXPECT_EQ(utf8(a[0]), "item 0");
     EXPECT_EQ(utf8(a[9]), "item 9");
+}
+
+TEST(UQArraySort, KeepsThePerCharacterCaseBlindOrderOnAHundredThousandMixedPaths) {
+    const std::vector<CString> paths = mixed_paths::generate(100000, 2);
+    UQArray<CString, const CString&> a;
+    for (const CString& path : paths)
+        a.Add(path);
+    a.mf_sortPointerArray();
+    ASSERT_EQ(a.GetSize(), static_cast<INT_PTR>(paths.size()));
+    std::vector<CString> sorted(a.GetData(), a.GetData() + a.GetSize());
+    // In order by the comparison of one character at a time (equal strings in any order, as qsort leaves
+    // them)...
+    const auto less = [](const CString& _x, const CString& _y) {
+        return mixed_paths::perCharacterNoCaseCompare(_x, _y) < 0;
+    };
+    EXPECT_TRUE(std::is_sorted(sorted.begin(), sorted.end(), less));
+    // ...and the same strings as before.
+    std::vector<CString> before = paths;
+    const auto ordinal = [](const CString& _x, const CString& _y) { return _x.Compare(_y) < 0; };
+    std::sort(before.begin(), before.end(), ordinal);
+    std::sort(sorted.begin(), sorted.end(), ordinal);
+    EXPECT_TRUE(before == sorted);
 }

@@ -1,9 +1,13 @@
 #include "guibase/search/UQSearchFileItem.h"
+#include "support/MixedPaths.h"
 #include "support/PathList.h"
 
 #include "SearchRecords.h"
 
+#include <algorithm>
+#include <functional>
 #include <memory>
+#include <random>
 #include <vector>
 
 using namespace search_test;
@@ -368,4 +372,66 @@ TEST(UQSearchFileItem, DestroyingTheItemDeletesEveryRecord) {
         EXPECT_EQ(CountedRecord::alive(), before + 2);
     }
     EXPECT_EQ(CountedRecord::alive(), before);
+}
+
+TEST(UQSearchFileItem, SortsKeepThePerCharacterOrderOnAHundredThousandMixedPaths) {
+    // Mixed states and flags, some items unselected (ordered by their latest version), equal paths.
+    const std::vector<CString> paths = mixed_paths::generate(100000, 4);
+    const std::uint32_t flagSets[] = {0, S, A, S | A, P, E, E | D, E | D | P, S | P, A | E};
+    std::mt19937 random(3);
+    std::vector<std::unique_ptr<UQSearchFileItem>> owned;
+    UQSearchFileItem::Array original;
+    for (const CString& path : paths) {
+        const std::uint32_t flags = flagSets[random() % 10];
+        const UQExpiryTime expiry = random() % 3 == 0 ? expiresOn() : noExpiry();
+        owned.push_back(std::make_unique<UQSearchFileItem>(
+            new UQSearchFileVersion(record(path, 1, flags, expiry).mf_clone())));
+        if (random() % 4 != 0)
+            owned.back()->mf_setSelected(1, UQQueryPatternVersion::LATEST);
+        original.Add(owned.back().get());
+    }
+    const auto shown = [](const UQSearchFileItem* _p) {
+        return _p->mf_getSelectedVersion() != nullptr ? _p->mf_getSelectedVersion()
+                                                      : _p->mf_getLatestVersion();
+    };
+    const auto path = [](const UQSearchFileItem* _a, const UQSearchFileItem* _b) {
+        return mixed_paths::perCharacterPathCompare(_a->mf_getPath(), _b->mf_getPath());
+    };
+    const auto status = [&](const UQSearchFileItem* _a, const UQSearchFileItem* _b) {
+        return shown(_a)->mf_getStatusString().Compare(shown(_b)->mf_getStatusString());
+    };
+    const auto security = [&](const UQSearchFileItem* _a, const UQSearchFileItem* _b) {
+        return shown(_a)->mf_getQueryData()->mf_hasSecurity() -
+               shown(_b)->mf_getQueryData()->mf_hasSecurity();
+    };
+    const auto streams = [&](const UQSearchFileItem* _a, const UQSearchFileItem* _b) {
+        return shown(_a)->mf_getQueryData()->mf_hasADStreams() -
+               shown(_b)->mf_getQueryData()->mf_hasADStreams();
+    };
+    using Compare = std::function<int(const UQSearchFileItem*, const UQSearchFileItem*)>;
+    using Sort = void (*)(UQSearchFileItem::Array&, int);
+    const std::vector<std::pair<Sort, Compare>> sorts = {{&UQSearchFileItem::mf_sortByPath, nullptr},
+                                                         {&UQSearchFileItem::mf_sortByStatus, status},
+                                                         {&UQSearchFileItem::mf_sortBySecurity, security},
+                                                         {&UQSearchFileItem::mf_sortByADStreams, streams}};
+    for (std::size_t k = 0; k < sorts.size(); ++k) {
+        for (int ascending = 0; ascending < 2; ++ascending) {
+            UQSearchFileItem::Array items;
+            items.Copy(original);
+            std::vector<UQSearchFileItem*> expected(original.GetData(),
+                                                    original.GetData() + original.GetSize());
+            // The qsort comparisons, one character at a time; equal items keep their order.
+            std::stable_sort(expected.begin(), expected.end(),
+                             [&](const UQSearchFileItem* _a, const UQSearchFileItem* _b) {
+                                 const Compare& first = sorts[k].second;
+                                 if (!first)
+                                     return ascending ? path(_a, _b) < 0 : path(_b, _a) < 0;
+                                 const int c = ascending ? first(_a, _b) : first(_b, _a);
+                                 return c != 0 ? c < 0 : path(_a, _b) < 0;
+                             });
+            sorts[k].first(items, ascending);
+            const std::vector<UQSearchFileItem*> actual(items.GetData(), items.GetData() + items.GetSize());
+            EXPECT_TRUE(actual == expected) << "sort " << k << " ascending " << ascending;
+        }
+    }
 }

@@ -426,8 +426,9 @@ TEST(UQSearchList, NoMemoryForAVersionInTheMiddleOfClose) {
     list.mf_add(CountedRecord(record(L"\\\\srv\\b", 1)));
     list.mf_add(CountedRecord(record(L"\\\\srv\\a", 3)));
     LogCheck log;
-    // The allocations of the close: the sort buffer, version a1, item a, version a3, version b1 ...
-    UQAllocationInjection::mf_injectFailure(4);
+    // The allocations of the close: the sort's positions, keys and key texts, version a1, item a,
+    // version a3, version b1 ...
+    UQAllocationInjection::mf_injectFailure(6);
     EXPECT_EQ(thrownCategory([&] { list.mf_close(); }), "_E_::Memory");
     UQAllocationInjection::mf_clearInjection();
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{
@@ -456,8 +457,8 @@ TEST(UQSearchList, NoMemoryForAnItemInTheMiddleOfClose) {
     list.mf_add(CountedRecord(record(L"\\\\srv\\b", 1)));
     list.mf_add(CountedRecord(record(L"\\\\srv\\c", 1)));
     LogCheck log;
-    // Sort buffer, version a, item a, version b, item b.
-    UQAllocationInjection::mf_injectFailure(4);
+    // The sort's three buffers, version a, item a, version b, item b.
+    UQAllocationInjection::mf_injectFailure(6);
     EXPECT_EQ(thrownCategory([&] { list.mf_close(); }), "_E_::Memory");
     UQAllocationInjection::mf_clearInjection();
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{
@@ -472,7 +473,7 @@ TEST(UQSearchList, ErrorWhileMakingAVersionIsWrappedAndKeepsItsCategory) {
     list.mf_add(record(L"\\\\srv\\a", 1));
     list.mf_add(record(L"\\\\srv\\b", 1));
     LogCheck log;
-    UQAllocationInjection::mf_injectError(3, UQErrno::_E_::Resource);
+    UQAllocationInjection::mf_injectError(5, UQErrno::_E_::Resource);
     EXPECT_EQ(thrownCategory([&] { list.mf_close(); }), "_E_::Resource");
     UQAllocationInjection::mf_clearInjection();
     EXPECT_EQ(log.lines(),
@@ -491,9 +492,9 @@ TEST(UQSearchList, FailedSortLeavesAClosedEmptyList) {
     UQAllocationInjection::mf_injectFailure(0);
     EXPECT_EQ(thrownCategory([&] { list.mf_close(); }), "_E_::Memory");
     UQAllocationInjection::mf_clearInjection();
-    const std::string bytes = std::to_string(2 * sizeof(void*));
+    const std::string bytes = std::to_string(4 * sizeof(std::uint64_t));
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{{'E', "UQQueryData::mf_sortByPathAndVersion::1",
-                                                  "No memory for 2 sort entries (" + bytes + " bytes)"},
+                                                  "No memory for 4 sort entries (" + bytes + " bytes)"},
                                                  {'E', "UQSearchList::mf_close",
                                                   "Failure sorting query data list (4 items):\r\n    " +
                                                       errorText(UQErrno::_E_::Memory)}}));
@@ -533,9 +534,9 @@ TEST(UQSearchList, FailedPathSortKeepsTheOrder) {
     UQAllocationInjection::mf_injectFailure(0);
     EXPECT_EQ(thrownCategory([&] { list.mf_sortByPath(0); }), "_E_::Memory");
     UQAllocationInjection::mf_clearInjection();
-    const std::string bytes = std::to_string(3 * 2 * sizeof(void*));
+    const std::string bytes = std::to_string(2 * sizeof(void*));
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{{'E', "UQQueryData::mf_sortByPathAndVersion::2",
-                                                  "No memory for 3 sort entries (" + bytes + " bytes)"},
+                                                  "No memory for 2 sort entries (" + bytes + " bytes)"},
                                                  {'E', "UQSearchList::mf_sortByPath",
                                                   "Failure sorting search list files descending:\r\n    " +
                                                       errorText(UQErrno::_E_::Memory)}}));

@@ -1,6 +1,7 @@
 #include "interfaces/korarchiver.h"
 
 #include "support/LogCheck.h"
+#include "support/MixedPaths.h"
 #include "support/TestTime.h"
 
 #include <algorithm>
@@ -233,6 +234,53 @@ TEST(UQQueryData, SortAgreesWithAStableReferenceSortOnManyRecords) {
     }
 }
 
+TEST(UQQueryData, SortKeepsThePerCharacterOrderOnAHundredThousandMixedPaths) {
+    // Versions 0 to 3, so that equal paths (also in other case) differ by version or tie completely.
+    const std::vector<CString> paths = mixed_paths::generate(100000, 1);
+    std::mt19937 random(9);
+    Records r;
+    std::vector<std::unique_ptr<Item>> owned;
+    for (std::size_t i = 0; i < paths.size(); ++i) {
+        const UQQueryData d(paths[i], CString(), static_cast<std::uint32_t>(random() % 4), WRITTEN,
+                            UQFileSize(static_cast<std::int64_t>(i)), 0, UQExpiryTime{0}, {1, i});
+        r.add(d);
+        owned.push_back(std::make_unique<Item>(d));
+    }
+    for (int pathAscending = 0; pathAscending < 2; ++pathAscending) {
+        for (int versionAscending = 0; versionAscending < 2; ++versionAscending) {
+            const auto less = [&](const UQQueryData* _a, const UQQueryData* _b) {
+                const int c =
+                    mixed_paths::perCharacterPathCompare(_a->mf_getObjectPath(), _b->mf_getObjectPath());
+                if (c != 0)
+                    return pathAscending ? c < 0 : c > 0;
+                return versionAscending ? _a->mf_getVersion() < _b->mf_getVersion()
+                                        : _a->mf_getVersion() > _b->mf_getVersion();
+            };
+            std::vector<UQQueryData*> expected(r.array().GetData(),
+                                               r.array().GetData() + r.array().GetSize());
+            std::stable_sort(expected.begin(), expected.end(), less);
+            UQQueryData::mf_sortByPathAndVersion(pathAscending, versionAscending, r.array());
+            const std::vector<UQQueryData*> actual(r.array().GetData(),
+                                                   r.array().GetData() + r.array().GetSize());
+            EXPECT_TRUE(actual == expected)
+                << "records, path " << pathAscending << " version " << versionAscending;
+
+            std::vector<UVQueryItem*> items;
+            for (const auto& item : owned)
+                items.push_back(item.get());
+            std::vector<UVQueryItem*> expectedItems = items;
+            std::stable_sort(expectedItems.begin(), expectedItems.end(),
+                             [&](UVQueryItem* _a, UVQueryItem* _b) {
+                                 return less(&_a->mf_getQueryData(), &_b->mf_getQueryData());
+                             });
+            UQQueryData::mf_sortByPathAndVersion(pathAscending, versionAscending, items.data(),
+                                                 static_cast<INT_PTR>(items.size()));
+            EXPECT_TRUE(items == expectedItems)
+                << "items, path " << pathAscending << " version " << versionAscending;
+        }
+    }
+}
+
 TEST(UQQueryData, SortWithoutMemoryLeavesTheArrayAsItWas) {
     Records r;
     r.add(data(L"\\\\srv\\c", 1));
@@ -244,9 +292,10 @@ TEST(UQQueryData, SortWithoutMemoryLeavesTheArrayAsItWas) {
     EXPECT_EQ(thrownCategory([&] { UQQueryData::mf_sortByPathAndVersion(1, 1, r.array()); }), "_E_::Memory");
     UQAllocationInjection::mf_clearInjection();
     EXPECT_EQ(r.keys(), before);
-    EXPECT_EQ(log.lines(), (std::vector<LogLine>{{'E', "UQQueryData::mf_sortByPathAndVersion::1",
-                                                  "No memory for 1 sort entries (" +
-                                                      std::to_string(sizeof(void*)) + " bytes)"}}));
+    EXPECT_EQ(log.lines(),
+              (std::vector<LogLine>{{'E', "UQQueryData::mf_sortByPathAndVersion::1",
+                                     "No memory for 3 sort entries (" +
+                                         std::to_string(3 * sizeof(std::uint64_t)) + " bytes)"}}));
 }
 
 TEST(UQQueryData, SortingOneRecordOrNoneNeedsNoMemory) {
@@ -306,8 +355,8 @@ TEST(UQQueryData, ItemSortWithoutMemoryIsLogged) {
     UQAllocationInjection::mf_clearInjection();
     EXPECT_EQ(keys(items), (std::vector<std::string>{"\\\\srv\\b v1", "\\\\srv\\a v1"}));
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{{'E', "UQQueryData::mf_sortByPathAndVersion::2",
-                                                  "No memory for 3 sort entries (" +
-                                                      std::to_string(3 * 2 * sizeof(void*)) + " bytes)"}}));
+                                                  "No memory for 2 sort entries (" +
+                                                      std::to_string(2 * sizeof(void*)) + " bytes)"}}));
 }
 
 TEST(UQPathPattern, MatchesLikeTheLibrarysWildcards) {

@@ -1,8 +1,10 @@
 // Path composition, splitting and ordering: product paths are Windows paths on every platform.
 #include "BaseTestSupport.h"
 #include "support/LogCheck.h"
+#include "support/MixedPaths.h"
 
 #include <algorithm>
+#include <random>
 #include <vector>
 
 namespace {
@@ -173,4 +175,20 @@ TEST(UQPath, EqualityOperatorsUseTheComparison) {
     EXPECT_TRUE(a != c);
     EXPECT_LT(a.mf_compare(c), 0);
     EXPECT_EQ(s(a.mf_getPath()), "C:\\Data\\File.txt");
+}
+
+TEST(UQPath, CompareAgreesWithThePerCharacterOrderOnMixedPaths) {
+    // Equal units are passed over without folding; the order must stay the one of folding each.
+    const std::vector<CString> paths = mixed_paths::generate(20000, 6);
+    std::mt19937_64 random(4);
+    int mismatches = 0;
+    for (int i = 0; i < 200000; ++i) {
+        const CString& a = paths[static_cast<std::size_t>(random() % paths.size())];
+        const CString& b = paths[static_cast<std::size_t>(random() % paths.size())];
+        const int expected = mixed_paths::perCharacterPathCompare(a, b);
+        const int actual = UQPath::mf_compare(a, b);
+        if ((expected > 0) - (expected < 0) != (actual > 0) - (actual < 0) && ++mismatches < 5)
+            ADD_FAILURE() << utf8(a) << " / " << utf8(b);
+    }
+    EXPECT_EQ(mismatches, 0);
 }
