@@ -14,6 +14,33 @@ INT_PTR CALLBACK inertProcedure(HWND, UINT, WPARAM, LPARAM) {
     return FALSE;
 }
 
+INT_PTR CALLBACK statusBarHostProcedure(HWND _hDlg, UINT _uMsg, WPARAM _wParam, LPARAM _lParam) {
+    UQStatusBar* pBar = reinterpret_cast<UQStatusBar*>(GetWindowLongPtrW(_hDlg, GWLP_USERDATA));
+    switch (_uMsg) {
+    case WM_INITDIALOG:
+        SetWindowLongPtrW(_hDlg, GWLP_USERDATA, _lParam);
+        return TRUE;
+    case WM_SIZE:
+        if (pBar != nullptr && pBar->mf_getWindowHandle() != nullptr)
+            pBar->mf_onSizeEvent(LOWORD(_lParam), HIWORD(_lParam));
+        return FALSE;
+    case WM_SYSCOLORCHANGE:
+        // Common controls learn of new colours from their parent.
+        if (pBar != nullptr && pBar->mf_getWindowHandle() != nullptr)
+            SendMessageW(pBar->mf_getWindowHandle(), WM_SYSCOLORCHANGE, _wParam, _lParam);
+        return FALSE;
+    case WM_DRAWITEM:
+        try {
+            return pBar != nullptr ? pBar->mf_onDrawItem(*reinterpret_cast<const DRAWITEMSTRUCT*>(_lParam))
+                                   : FALSE;
+        } catch (...) {
+            return FALSE;
+        }
+    default:
+        return FALSE;
+    }
+}
+
 HWND destroyedWindow() {
     HWND hWnd = CreateWindowExW(0, L"Static", L"gone", WS_POPUP, 0, 0, 10, 10, nullptr, nullptr,
                                 GetModuleHandleW(nullptr), nullptr);

@@ -5,6 +5,7 @@
 #include "ToolkitTestIds.h"
 #include "support/LogCheck.h"
 
+#include "guibase/toolkit/UQStatusBar.h"
 #include "interfaces/korbase.h"
 
 #include <commctrl.h>
@@ -88,5 +89,20 @@ void pressKey(WPARAM _vk);
 
 // Resizes a window so that its client area is _nWidth pixels wide and _nHeight high.
 void setClientSize(HWND _hWnd, int _nWidth, int _nHeight);
+
+// A status bar item that shows a fixed name.
+class NamedStatusItem : public UQStatusBarItem {
+public:
+    NamedStatusItem(unsigned long _ulWidth, const wchar_t* _pszName)
+        : UQStatusBarItem(_ulWidth), m_sName(_pszName) {}
+    CString mf_getName() const override { return m_sName; }
+
+private:
+    CString m_sName;
+};
+
+// The procedure of a dialog that hosts the UQStatusBar given as its creation parameter: the bar follows the
+// dialog's size, draws its parts (an item that throws draws nothing) and hears of new system colours.
+INT_PTR CALLBACK statusBarHostProcedure(HWND _hDlg, UINT _uMsg, WPARAM _wParam, LPARAM _lParam);
 
 } // namespace toolkittest

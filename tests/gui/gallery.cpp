@@ -156,45 +156,16 @@ TEST_F(Gallery, LineEditorEmpty) {
 
 namespace {
 
-// A status bar item as the history search shows them.
-class ShownItem : public UQStatusBarItem {
-public:
-    ShownItem(unsigned long _ulWidth, const wchar_t* _pszName)
-        : UQStatusBarItem(_ulWidth), m_sName(_pszName) {}
-    CString mf_getName() const override { return m_sName; }
-
-private:
-    CString m_sName;
-};
-
-INT_PTR CALLBACK statusBarProcedure(HWND _hDlg, UINT _uMsg, WPARAM _wParam, LPARAM _lParam) {
-    UQStatusBar* pBar = reinterpret_cast<UQStatusBar*>(GetWindowLongPtrW(_hDlg, GWLP_USERDATA));
-    switch (_uMsg) {
-    case WM_INITDIALOG:
-        SetWindowLongPtrW(_hDlg, GWLP_USERDATA, _lParam);
-        return TRUE;
-    case WM_SIZE:
-        if (pBar != nullptr && pBar->mf_getWindowHandle() != nullptr)
-            pBar->mf_onSizeEvent(LOWORD(_lParam), HIWORD(_lParam));
-        return FALSE;
-    case WM_DRAWITEM:
-        return pBar != nullptr ? pBar->mf_onDrawItem(*reinterpret_cast<const DRAWITEMSTRUCT*>(_lParam))
-                               : FALSE;
-    default:
-        return FALSE;
-    }
-}
-
 // The status bar dialog of the tests with three parts: files, selection, store.
 HWND openStatusBarDialog(UQStatusBar& _bar) {
-    ShownItem* pFiles = new ShownItem(30, L"Files");
-    ShownItem* pSelection = new ShownItem(30, L"Selection");
-    ShownItem* pStore = new ShownItem(40, L"Store");
+    toolkittest::NamedStatusItem* pFiles = new toolkittest::NamedStatusItem(30, L"Files");
+    toolkittest::NamedStatusItem* pSelection = new toolkittest::NamedStatusItem(30, L"Selection");
+    toolkittest::NamedStatusItem* pStore = new toolkittest::NamedStatusItem(40, L"Store");
     _bar.mf_addItem(pFiles);
     _bar.mf_addItem(pSelection);
     _bar.mf_addItem(pStore);
     HWND hDlg = CreateDialogParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_STATUS_BAR), nullptr,
-                                   statusBarProcedure, reinterpret_cast<LPARAM>(&_bar));
+                                   toolkittest::statusBarHostProcedure, reinterpret_cast<LPARAM>(&_bar));
     _bar.mf_onInitDialog(hDlg, LoadMenuW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDR_STATUS_MENUS)));
     pFiles->mf_updateContent(languageIcon(IDI_SEVERITY_GREEN, 16), L"1 234 files");
     pSelection->mf_updateContent(languageIcon(IDI_SEVERITY_YELLOW, 16), L"12 selected, 3 stub files");
@@ -628,7 +599,7 @@ private:
 
 } // namespace
 
-// Every dialog in a white-on-black high-contrast set, next to its pictures in the session's colours.
+// Every dialog in a white-on-black high-contrast set, next to its pictures in the usual colours.
 TEST(GalleryHighContrast, EveryDialogWhiteOnBlack) {
     initCommonControls();
     HighContrast colours;

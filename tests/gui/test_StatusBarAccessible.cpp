@@ -17,34 +17,6 @@
 
 namespace {
 
-class NamedItem : public UQStatusBarItem {
-public:
-    NamedItem(unsigned long _ulWidth, const wchar_t* _pszName)
-        : UQStatusBarItem(_ulWidth), m_sName(_pszName) {}
-    CString mf_getName() const override { return m_sName; }
-
-private:
-    CString m_sName;
-};
-
-INT_PTR CALLBACK barDialogProcedure(HWND _hDlg, UINT _uMsg, WPARAM _wParam, LPARAM _lParam) {
-    UQStatusBar* pBar = reinterpret_cast<UQStatusBar*>(GetWindowLongPtrW(_hDlg, GWLP_USERDATA));
-    switch (_uMsg) {
-    case WM_INITDIALOG:
-        SetWindowLongPtrW(_hDlg, GWLP_USERDATA, _lParam);
-        return TRUE;
-    case WM_SIZE:
-        if (pBar != nullptr && pBar->mf_getWindowHandle() != nullptr)
-            pBar->mf_onSizeEvent(LOWORD(_lParam), HIWORD(_lParam));
-        return FALSE;
-    case WM_DRAWITEM:
-        return pBar != nullptr ? pBar->mf_onDrawItem(*reinterpret_cast<const DRAWITEMSTRUCT*>(_lParam))
-                               : FALSE;
-    default:
-        return FALSE;
-    }
-}
-
 VARIANT child(long _lId) {
     VARIANT value;
     VariantInit(&value);
@@ -83,12 +55,12 @@ class StatusBarAccessible : public ::testing::Test {
 protected:
     void SetUp() override {
         toolkittest::initCommonControls();
-        m_pFiles = new NamedItem(40, L"Files");
-        m_pStore = new NamedItem(60, L"Store");
+        m_pFiles = new toolkittest::NamedStatusItem(40, L"Files");
+        m_pStore = new toolkittest::NamedStatusItem(60, L"Store");
         m_bar.mf_addItem(m_pFiles);
         m_bar.mf_addItem(m_pStore);
         m_hDlg = CreateDialogParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_STATUS_BAR), nullptr,
-                                    barDialogProcedure, reinterpret_cast<LPARAM>(&m_bar));
+                                    toolkittest::statusBarHostProcedure, reinterpret_cast<LPARAM>(&m_bar));
         ASSERT_NE(m_hDlg, nullptr);
         m_bar.mf_onInitDialog(m_hDlg, nullptr);
         m_pFiles->mf_updateContent(toolkittest::languageIcon(IDI_SEVERITY_GREEN, 16), L"1 234 files");
@@ -103,8 +75,8 @@ protected:
     }
 
     UQStatusBar m_bar;
-    NamedItem* m_pFiles = nullptr;
-    NamedItem* m_pStore = nullptr;
+    toolkittest::NamedStatusItem* m_pFiles = nullptr;
+    toolkittest::NamedStatusItem* m_pStore = nullptr;
     HWND m_hDlg = nullptr;
 };
 

@@ -24,7 +24,7 @@ namespace {
 const int CHANGED[] = {COLOR_BTNFACE, COLOR_BTNTEXT, COLOR_3DSHADOW,   COLOR_3DHILIGHT, COLOR_3DDKSHADOW,
                        COLOR_3DLIGHT, COLOR_WINDOW,  COLOR_WINDOWTEXT, COLOR_GRAYTEXT,  COLOR_WINDOWFRAME};
 
-// Puts back the colours of the session, also when a check fails.
+// Puts back the colours in use before, also when a check fails.
 class SystemColours {
 public:
     SystemColours() {
@@ -44,39 +44,6 @@ public:
 private:
     std::vector<COLORREF> m_before;
 };
-
-class NamedItem : public UQStatusBarItem {
-public:
-    NamedItem(unsigned long _ulWidth, const wchar_t* _pszName)
-        : UQStatusBarItem(_ulWidth), m_sName(_pszName) {}
-    CString mf_getName() const override { return m_sName; }
-
-private:
-    CString m_sName;
-};
-
-INT_PTR CALLBACK statusBarProcedure(HWND _hDlg, UINT _uMsg, WPARAM _wParam, LPARAM _lParam) {
-    UQStatusBar* pBar = reinterpret_cast<UQStatusBar*>(GetWindowLongPtrW(_hDlg, GWLP_USERDATA));
-    switch (_uMsg) {
-    case WM_INITDIALOG:
-        SetWindowLongPtrW(_hDlg, GWLP_USERDATA, _lParam);
-        return TRUE;
-    case WM_SIZE:
-        if (pBar != nullptr && pBar->mf_getWindowHandle() != nullptr)
-            pBar->mf_onSizeEvent(LOWORD(_lParam), HIWORD(_lParam));
-        return FALSE;
-    case WM_SYSCOLORCHANGE:
-        // Common controls learn of new colours from their parent.
-        if (pBar != nullptr && pBar->mf_getWindowHandle() != nullptr)
-            SendMessageW(pBar->mf_getWindowHandle(), WM_SYSCOLORCHANGE, _wParam, _lParam);
-        return FALSE;
-    case WM_DRAWITEM:
-        return pBar != nullptr ? pBar->mf_onDrawItem(*reinterpret_cast<const DRAWITEMSTRUCT*>(_lParam))
-                               : FALSE;
-    default:
-        return FALSE;
-    }
-}
 
 // The bar as drawn on the screen, pixel by pixel (0x00BBGGRR), row after row.
 std::vector<COLORREF> pixelsOf(HWND _hBar, int _nWidth, int _nHeight) {
@@ -122,12 +89,12 @@ TEST(StatusBarColours, InHighContrastEveryPixelOutsideIconAndTextIsASystemColour
     toolkittest::initCommonControls();
     SystemColours colours;
     UQStatusBar bar;
-    NamedItem* pFiles = new NamedItem(40, L"Files");
-    NamedItem* pStore = new NamedItem(60, L"Store");
+    toolkittest::NamedStatusItem* pFiles = new toolkittest::NamedStatusItem(40, L"Files");
+    toolkittest::NamedStatusItem* pStore = new toolkittest::NamedStatusItem(60, L"Store");
     bar.mf_addItem(pFiles);
     bar.mf_addItem(pStore);
     HWND hDlg = CreateDialogParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_STATUS_BAR), nullptr,
-                                   statusBarProcedure, reinterpret_cast<LPARAM>(&bar));
+                                   toolkittest::statusBarHostProcedure, reinterpret_cast<LPARAM>(&bar));
     ASSERT_NE(hDlg, nullptr);
     bar.mf_onInitDialog(hDlg, nullptr);
     pFiles->mf_updateContent(toolkittest::languageIcon(IDI_SEVERITY_GREEN, 16), L"1 234 files");
@@ -159,7 +126,7 @@ TEST(StatusBarColours, InHighContrastEveryPixelOutsideIconAndTextIsASystemColour
         const std::vector<COLORREF> pixels = pixelsOf(hBar, rcBar.right, rcBar.bottom);
         ASSERT_EQ(pixels.size(), static_cast<std::size_t>(rcBar.right * rcBar.bottom));
         const wchar_t* const texts[] = {L"1 234 files", L"Store: history.kst"};
-        const NamedItem* const items[] = {pFiles, pStore};
+        const toolkittest::NamedStatusItem* const items[] = {pFiles, pStore};
         for (int nPart = 0; nPart < 2; ++nPart) {
             // The part as its item last drew it (WM_DRAWITEM's rectangle, inside the part's border).
             const RECT rcPart = items[nPart]->mf_getRectangle();

@@ -39,35 +39,13 @@ public:
     bool m_bFail = false;
 };
 
-INT_PTR CALLBACK statusProcedure(HWND _hDlg, UINT _uMsg, WPARAM _wParam, LPARAM _lParam) {
-    UQStatusBar* pBar = reinterpret_cast<UQStatusBar*>(GetWindowLongPtrW(_hDlg, GWLP_USERDATA));
-    switch (_uMsg) {
-    case WM_INITDIALOG:
-        SetWindowLongPtrW(_hDlg, GWLP_USERDATA, _lParam);
-        return TRUE;
-    case WM_SIZE:
-        if (pBar != nullptr && pBar->mf_getWindowHandle() != nullptr)
-            pBar->mf_onSizeEvent(LOWORD(_lParam), HIWORD(_lParam));
-        return FALSE;
-    case WM_DRAWITEM:
-        try {
-            return pBar != nullptr ? pBar->mf_onDrawItem(*reinterpret_cast<const DRAWITEMSTRUCT*>(_lParam))
-                                   : FALSE;
-        } catch (...) {
-            return FALSE;
-        }
-    default:
-        return FALSE;
-    }
-}
-
 // The dialog with its bar, 600 pixels wide.
 class StatusDialog {
 public:
     explicit StatusDialog(UQStatusBar& _bar, bool _bMenus = true) : m_bar(_bar) {
         initCommonControls();
         m_hDlg = CreateDialogParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_STATUS_BAR), nullptr,
-                                    statusProcedure, reinterpret_cast<LPARAM>(&_bar));
+                                    toolkittest::statusBarHostProcedure, reinterpret_cast<LPARAM>(&_bar));
         EXPECT_NE(m_hDlg, nullptr);
         m_hMenus =
             _bMenus ? LoadMenuW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDR_STATUS_MENUS)) : nullptr;
@@ -270,8 +248,9 @@ TEST(UQStatusBar, WithoutAContainerOrItsSubmenusNoItemHasAMenu) {
     UQStatusBar emptyMenus;
     emptyMenus.mf_addItem(new TestItem(100, L"Files"));
     initCommonControls();
-    HWND hDlg = CreateDialogParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_STATUS_BAR), nullptr,
-                                   statusProcedure, reinterpret_cast<LPARAM>(&emptyMenus));
+    HWND hDlg =
+        CreateDialogParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_STATUS_BAR), nullptr,
+                           toolkittest::statusBarHostProcedure, reinterpret_cast<LPARAM>(&emptyMenus));
     emptyMenus.mf_onInitDialog(hDlg, CreatePopupMenu());
     emptyMenus.mf_onDrawItem(drawItem(canvas.m_hDC, 0, RECT{0, 0, 600, 20}));
     EXPECT_EQ(emptyMenus.mf_getContextMenu(10, 10), nullptr);
