@@ -1,8 +1,11 @@
 #include "ClientTestSupport.h"
 
 #include "UQClientSample.h"
+#include "UQSha256.h"
 
 #include "compat/utf8.h"
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <atomic>
@@ -90,9 +93,9 @@ std::vector<std::wstring> filesBelow(const std::wstring& _sFolder) {
     return files;
 }
 
-std::string contentOf(int _nSeed, std::size_t _nBytes) {
+std::string contentOf(int _nStart, std::size_t _nBytes) {
     std::string sContent(_nBytes, '\0');
-    std::uint32_t uState = 2463534242u + static_cast<std::uint32_t>(_nSeed) * 2654435761u;
+    std::uint32_t uState = 2463534242u + static_cast<std::uint32_t>(_nStart) * 2654435761u;
     for (char& ch : sContent) {
         uState ^= uState << 13;
         uState ^= uState >> 17;
@@ -100,6 +103,26 @@ std::string contentOf(int _nSeed, std::size_t _nBytes) {
         ch = static_cast<char>(uState);
     }
     return sContent;
+}
+
+UQRetrieval::Request craftVersion(UQServerDirectory& _rServer, std::uint64_t _uPosition,
+                                  const std::wstring& _sName, const std::string& _sContent) {
+    std::wstring sWhy;
+    EXPECT_EQ(_rServer.mf_prepare(sWhy), 1) << utf8(sWhy);
+    UQVersionRecord record;
+    record.m_sObjectPath = L"C:\\data\\object" + std::to_wstring(_uPosition);
+    record.m_sName = _sName;
+    record.m_uVersion = 1;
+    record.m_uSize = _sContent.size();
+    record.m_sSha256 = UQSha256::mf_hashHex(_sContent.data(), _sContent.size());
+    EXPECT_TRUE(writeFile(_rServer.mf_getVersionFile(UQServerDirectory::VOLUME, _uPosition),
+                          record.mf_formatHeader() + _sContent));
+    UQRetrieval::Request request;
+    request.sObjectPath = record.m_sObjectPath;
+    request.uVersion = 1;
+    request.uVolume = UQServerDirectory::VOLUME;
+    request.uPosition = _uPosition;
+    return request;
 }
 
 UQFileOutcome outcomeOf(const std::vector<UQFileOutcome>& _outcomes, const std::wstring& _sPath) {

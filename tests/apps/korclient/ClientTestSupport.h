@@ -3,7 +3,9 @@
 #pragma once
 
 #include "UQFileOutcome.h"
+#include "UQRetrieval.h"
 #include "UQSafeFile.h"
+#include "UQServerDirectory.h"
 
 #include <string>
 #include <vector>
@@ -33,9 +35,13 @@ bool exists(const std::wstring& _sPath);
 // Every file below _sFolder, as paths relative to it, sorted.
 std::vector<std::wstring> filesBelow(const std::wstring& _sFolder);
 // Content that differs from file to file.
-std::string contentOf(int _nSeed, std::size_t _nBytes);
+std::string contentOf(int _nStart, std::size_t _nBytes);
 // The outcome for _sPath among _outcomes; an outcome with an empty path and result when there is none.
 UQFileOutcome outcomeOf(const std::vector<UQFileOutcome>& _outcomes, const std::wstring& _sPath);
+// A stored version of object C:\data\object<position>, version 1, written into _rServer as the server
+// would, under any name the server cares to give; answers the request that retrieves it.
+UQRetrieval::Request craftVersion(UQServerDirectory& _rServer, std::uint64_t _uPosition,
+                                  const std::wstring& _sName, const std::string& _sContent);
 // Makes _sLink a symbolic link to _sTarget (a folder or a file); false when none could be made. Under Wine 8,
 // whose CreateSymbolicLinkW makes nothing, the link is a Linux one beside the Wine drive.
 bool plantSymbolicLink(const std::wstring& _sTarget, const std::wstring& _sLink, bool _bFolder);

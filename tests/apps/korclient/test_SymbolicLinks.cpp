@@ -6,7 +6,6 @@
 #include "UQMigration.h"
 #include "UQRetrieval.h"
 #include "UQServerDirectory.h"
-#include "UQSha256.h"
 
 #include "support/LogCheck.h"
 
@@ -39,25 +38,9 @@ protected:
         return plantSymbolicLink(_sTarget, _sLink, _bFolder);
     }
 
-    // A stored version written as the server would.
     UQRetrieval::Request craft(std::uint64_t _uPosition, const std::wstring& _sName,
                                const std::string& _sContent) {
-        std::wstring sWhy;
-        EXPECT_EQ(server.mf_prepare(sWhy), 1) << utf8(sWhy);
-        UQVersionRecord record;
-        record.m_sObjectPath = L"C:\\data\\object" + std::to_wstring(_uPosition);
-        record.m_sName = _sName;
-        record.m_uVersion = 1;
-        record.m_uSize = _sContent.size();
-        record.m_sSha256 = UQSha256::mf_hashHex(_sContent.data(), _sContent.size());
-        EXPECT_TRUE(writeFile(server.mf_getVersionFile(UQServerDirectory::VOLUME, _uPosition),
-                              record.mf_formatHeader() + _sContent));
-        UQRetrieval::Request request;
-        request.sObjectPath = record.m_sObjectPath;
-        request.uVersion = 1;
-        request.uVolume = UQServerDirectory::VOLUME;
-        request.uPosition = _uPosition;
-        return request;
+        return craftVersion(server, _uPosition, _sName, _sContent);
     }
 
     int retrieve(const std::vector<UQRetrieval::Request>& _requests) {
