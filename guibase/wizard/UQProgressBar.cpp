@@ -2,6 +2,10 @@
 
 #include "guibase/foundation/UQReport.h"
 
+#if defined(_WIN32)
+#include <windows.h>
+#endif
+
 namespace {
 
 const wchar_t* const SET_PROGRESS = L"UQProgressBar::mf_implSetProgress";
@@ -115,12 +119,20 @@ void UQProgressBar::mf_implSetProgress(unsigned long _ulPercent, int _bForced) {
         UQReport::mf_log(UQLogData::LEVEL_G, SET_PROGRESS,
                          L"Set progress bar progress to NONE (STYLE_MARQUEE, not applicable)");
         break;
-    case STYLE_PERCENT:
-        SendMessageW(m_hControl, PBM_SETPOS, static_cast<WPARAM>(uPercent), 0);
+    case STYLE_PERCENT: {
+        // PBM_SETPOS answers the position before; a reader hears of a move only, not of a replayed state.
+        const LRESULT lBefore = SendMessageW(m_hControl, PBM_SETPOS, static_cast<WPARAM>(uPercent), 0);
+#if defined(_WIN32)
+        if (m_hControl != nullptr && lBefore != static_cast<LRESULT>(uPercent))
+            NotifyWinEvent(EVENT_OBJECT_VALUECHANGE, m_hControl, OBJID_CLIENT, CHILDID_SELF);
+#else
+        static_cast<void>(lBefore);
+#endif
         UQReport::mf_log(UQLogData::LEVEL_G, SET_PROGRESS,
                          L"Set progress bar progress to %lu%c (STYLE_PERCENT)",
                          static_cast<unsigned long>(uPercent), L'%');
         break;
+    }
     default:
         UQReport::mf_log(UQLogData::LEVEL_E, SET_PROGRESS, UNEXPECTED_STYLE, static_cast<int>(m_eStyle));
         break;

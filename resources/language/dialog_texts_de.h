@@ -4,6 +4,7 @@
 
 #define KOR_TEXT_BACKGROUND L"&Hintergrund"
 #define KOR_TEXT_CANCEL L"Abbrechen"
+#define KOR_TEXT_PROGRESS L"Fortschritt:"
 #define KOR_TEXT_FILES_PROCESSED L"Verarbeitete Dateien:"
 #define KOR_TEXT_FILES_IN_ALL L"Dateien insgesamt:"
 #define KOR_TEXT_USERS L"&Benutzer:"

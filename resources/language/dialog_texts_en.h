@@ -3,6 +3,7 @@
 
 #define KOR_TEXT_BACKGROUND L"&Background"
 #define KOR_TEXT_CANCEL L"Cancel"
+#define KOR_TEXT_PROGRESS L"Progress:"
 #define KOR_TEXT_FILES_PROCESSED L"Files processed:"
 #define KOR_TEXT_FILES_IN_ALL L"Files in all:"
 #define KOR_TEXT_USERS L"&Users:"

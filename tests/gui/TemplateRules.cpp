@@ -21,7 +21,8 @@ enum class Sort {
     ReadOnlyEdit,
     Field, // combo boxes, list views, list boxes, tree views, date-time pickers
     OtherInteractive,
-    Passive, // progress bars, up-down buddies and the like
+    Indicator, // progress bars: not reachable, but read out under the name of the label before them
+    Passive,   // up-down buddies and the like
 };
 
 bool sameClass(const std::wstring& _className, const wchar_t* _pszName) {
@@ -69,6 +70,8 @@ Sort sortOf(const TemplateControl& _control) {
         if (sameClass(_control.className, pszField))
             return Sort::Field;
     }
+    if (sameClass(_control.className, PROGRESS_CLASSW))
+        return Sort::Indicator;
     for (const wchar_t* pszOther : {TRACKBAR_CLASSW, WC_TABCONTROLW, L"SysLink"})
         if (sameClass(_control.className, pszOther))
             return Sort::OtherInteractive;
@@ -84,9 +87,9 @@ bool isInteractive(Sort _sort) {
            _sort == Sort::ReadOnlyEdit || _sort == Sort::Field || _sort == Sort::OtherInteractive;
 }
 
-// An input is named by the label before it.
+// An input, or a bar a reader announces, is named by the label before it.
 bool isInput(Sort _sort) {
-    return _sort == Sort::Edit || _sort == Sort::Field;
+    return _sort == Sort::Edit || _sort == Sort::Field || _sort == Sort::Indicator;
 }
 
 bool isVisible(const TemplateControl& _control) {
@@ -120,7 +123,7 @@ std::size_t labelIndex(const std::vector<TemplateControl>& _controls, std::size_
         const TemplateControl& control = _controls[i];
         const Sort sort = sortOf(control);
         if (!isVisible(control) || sort == Sort::OtherStatic || sort == Sort::GroupBox ||
-            sort == Sort::Passive)
+            sort == Sort::Passive || sort == Sort::Indicator)
             continue;
         return sort == Sort::TextStatic ? i : std::string::npos;
     }

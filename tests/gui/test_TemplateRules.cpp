@@ -248,6 +248,18 @@ TEST(BrokenTemplates, AnInputNamedByAStaticThatShowsData) {
                     "(SS_NOPREFIX), not a label"});
 }
 
+TEST(BrokenTemplates, AProgressBarAfterAStatusTextHasNoNameAndOneAfterALabelHas) {
+    TemplateBuilder builder(DIALOG_STYLE, 200, 80);
+    builder.control(L"Static", L"", 48, VISIBLE | SS_NOPREFIX, 7, 7, 186, 8)
+        .control(PROGRESS_CLASSW, L"", 49, VISIBLE | WS_BORDER, 7, 18, 186, 12)
+        .control(L"Static", L"Progress:", 50, VISIBLE, 7, 35, 40, 8)
+        .control(PROGRESS_CLASSW, L"", 51, VISIBLE | WS_BORDER, 50, 35, 143, 12);
+    EXPECT_EQ(findings(builder, Rule::LabelBeforeInput),
+              Lines{"xx dialog 900 control 49: label before input: the static before it (48) shows data "
+                    "(SS_NOPREFIX), not a label"});
+    EXPECT_EQ(findings(builder, Rule::TabStop), Lines()) << "a bar is no tab stop";
+}
+
 TEST(BrokenTemplates, AHiddenStaticOrAnIconBetweenLabelAndInputDoesNotCount) {
     TemplateBuilder builder(DIALOG_STYLE, 200, 80);
     builder.control(L"Static", L"&Users:", 44, VISIBLE, 7, 7, 186, 8)
