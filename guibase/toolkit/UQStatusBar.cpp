@@ -1,6 +1,7 @@
 #include "guibase/toolkit/UQStatusBar.h"
 
 #include "guibase/foundation/UQReport.h"
+#include "guibase/toolkit/UQDpi.h"
 #include "guibase/toolkit/UQMenu.h"
 #include "guibase/toolkit/UQStatusBarAccessible.h"
 #include "guibase/toolkit/UQToolkitReport.h"
@@ -55,9 +56,14 @@ int UQStatusBar::mf_onInitDialog(HWND _hParent, HMENU _hContextMenus) {
                                    reinterpret_cast<HMENU>(static_cast<INT_PTR>(CONTROL_ID)),
                                    UQLanguage::mf_getUserLanguageHandle(), nullptr);
     m_hContextMenus = _hContextMenus;
-    if (m_hStatusBar != nullptr)
+    if (m_hStatusBar != nullptr) {
         SetWindowSubclass(m_hStatusBar, &UQStatusBar::mf_implBarProcedure, BAR_SUBCLASS,
                           reinterpret_cast<DWORD_PTR>(this));
+        // The bar places itself and sizes its parts from its width; the dialog manager's scaling would fight
+        // it.
+        UQDpi::mf_setDialogControlDpiChangeBehavior(m_hStatusBar, UQDpi::CONTROL_KEEPS_ITS_LAYOUT,
+                                                    UQDpi::CONTROL_KEEPS_ITS_LAYOUT);
+    }
     mf_implSetStatusBarParts();
     for (INT_PTR i = 0; i < m_apItems.GetSize(); ++i) {
         HMENU hMenu = nullptr;
