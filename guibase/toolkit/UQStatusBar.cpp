@@ -13,6 +13,28 @@
 namespace {
 
 const UINT_PTR BAR_SUBCLASS = 1;
+const UINT_PTR PARENT_SUBCLASS = 2;
+// The font the bar made for a DPI other than the system's; the bar's window keeps it and deletes it.
+const wchar_t* const DPI_FONT = L"UQStatusBar.font";
+
+void replaceFont(HWND _hBar, HFONT _hFont) {
+    HFONT hOld = static_cast<HFONT>(GetPropW(_hBar, DPI_FONT));
+    if (_hFont != nullptr)
+        SetPropW(_hBar, DPI_FONT, _hFont);
+    else
+        RemovePropW(_hBar, DPI_FONT);
+    SendMessageW(_hBar, WM_SETFONT, reinterpret_cast<WPARAM>(_hFont), TRUE);
+    if (hOld != nullptr)
+        DeleteObject(hOld);
+}
+
+int systemDpi() {
+    HDC hScreen = GetDC(nullptr);
+    const int nDpi = hScreen != nullptr ? GetDeviceCaps(hScreen, LOGPIXELSY) : 96;
+    if (hScreen != nullptr)
+        ReleaseDC(nullptr, hScreen);
+    return nDpi > 0 ? nDpi : 96;
+}
 
 } // namespace
 
@@ -29,8 +51,10 @@ UQStatusBar::~UQStatusBar() {
     static const wchar_t* const _sFunction_ = L"UQStatusBar::~UQStatusBar";
     if (!m_bOwner)
         return;
-    if (m_hStatusBar != nullptr && IsWindow(m_hStatusBar))
+    if (m_hStatusBar != nullptr && IsWindow(m_hStatusBar)) {
         RemoveWindowSubclass(m_hStatusBar, &UQStatusBar::mf_implBarProcedure, BAR_SUBCLASS);
+        RemoveWindowSubclass(GetParent(m_hStatusBar), &UQStatusBar::mf_implParentProcedure, PARENT_SUBCLASS);
+    }
     if (m_hContextMenus != nullptr)
         DestroyMenu(m_hContextMenus);
     for (INT_PTR i = 0; i < m_apItems.GetSize(); ++i) {
@@ -58,6 +82,8 @@ int UQStatusBar::mf_onInitDialog(HWND _hParent, HMENU _hContextMenus) {
     m_hContextMenus = _hContextMenus;
     if (m_hStatusBar != nullptr) {
         SetWindowSubclass(m_hStatusBar, &UQStatusBar::mf_implBarProcedure, BAR_SUBCLASS,
+                          reinterpret_cast<DWORD_PTR>(this));
+        SetWindowSubclass(_hParent, &UQStatusBar::mf_implParentProcedure, PARENT_SUBCLASS,
                           reinterpret_cast<DWORD_PTR>(this));
         // The bar places itself and sizes its parts from its width; the dialog manager's scaling would fight
         // it.
@@ -170,10 +196,62 @@ LRESULT CALLBACK UQStatusBar::mf_implBarProcedure(HWND _hWnd, UINT _uMsg, WPARAM
             }
             return 0;
         }
-        if (_uMsg == WM_NCDESTROY)
+        if (_uMsg == WM_NCDESTROY) {
             RemoveWindowSubclass(_hWnd, &UQStatusBar::mf_implBarProcedure, BAR_SUBCLASS);
+            replaceFont(_hWnd, nullptr);
+        }
     } catch (...) {
         UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure answering message %u", _uMsg);
     }
     return DefSubclassProc(_hWnd, _uMsg, _wParam, _lParam);
+}
+
+LRESULT CALLBACK UQStatusBar::mf_implParentProcedure(HWND _hWnd, UINT _uMsg, WPARAM _wParam, LPARAM _lParam,
+                                                     UINT_PTR, DWORD_PTR _dwBar) noexcept {
+    static const wchar_t* const _sFunction_ = L"UQStatusBar::mf_implParentProcedure";
+    if (_uMsg == WM_NCDESTROY) {
+        RemoveWindowSubclass(_hWnd, &UQStatusBar::mf_implParentProcedure, PARENT_SUBCLASS);
+        return DefSubclassProc(_hWnd, _uMsg, _wParam, _lParam);
+    }
+    if (_uMsg != WM_DPICHANGED)
+        return DefSubclassProc(_hWnd, _uMsg, _wParam, _lParam);
+    // The dialog answers first; on Windows its default handling may already have taken the rectangle.
+    const LRESULT lResult = DefSubclassProc(_hWnd, _uMsg, _wParam, _lParam);
+    try {
+        const RECT* pSuggested = reinterpret_cast<const RECT*>(_lParam);
+        if (pSuggested != nullptr)
+            SetWindowPos(_hWnd, nullptr, pSuggested->left, pSuggested->top,
+                         pSuggested->right - pSuggested->left, pSuggested->bottom - pSuggested->top,
+                         SWP_NOZORDER | SWP_NOACTIVATE);
+        reinterpret_cast<UQStatusBar*>(_dwBar)->mf_implApplyDpi(HIWORD(_wParam));
+    } catch (...) {
+        UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Failure answering message %u", _uMsg);
+    }
+    return lResult;
+}
+
+void UQStatusBar::mf_implApplyDpi(UINT _uDpi) {
+    if (m_hStatusBar == nullptr || _uDpi == 0)
+        return;
+    // The system's message font at the system DPI, scaled to the new one; at the system DPI the control's
+    // own font comes back.
+    const int nSystemDpi = systemDpi();
+    HFONT hFont = nullptr;
+    if (static_cast<int>(_uDpi) != nSystemDpi) {
+        NONCLIENTMETRICSW metrics = {};
+        metrics.cbSize = sizeof(metrics);
+        if (SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof(metrics), &metrics, 0)) {
+            metrics.lfMessageFont.lfHeight =
+                MulDiv(metrics.lfMessageFont.lfHeight, static_cast<int>(_uDpi), nSystemDpi);
+            hFont = CreateFontIndirectW(&metrics.lfMessageFont);
+        }
+    }
+    replaceFont(m_hStatusBar, hFont);
+    // A status bar takes its height from its font when it is sized, and its place from its parent.
+    SetWindowPos(m_hStatusBar, nullptr, 0, 0, 0, 0, SWP_NOZORDER);
+    mf_implSetStatusBarParts();
+    RECT rc = {0, 0, 0, 0};
+    GetClientRect(m_hStatusBar, &rc);
+    m_nWindowHeight = rc.bottom - rc.top;
+    InvalidateRect(m_hStatusBar, nullptr, TRUE);
 }

@@ -39,6 +39,11 @@ private:
     // event when an item shows another text.
     static LRESULT CALLBACK mf_implBarProcedure(HWND _hWnd, UINT _uMsg, WPARAM _wParam, LPARAM _lParam,
                                                 UINT_PTR _uId, DWORD_PTR _dwBar) noexcept;
+    // The parent's WM_DPICHANGED: the parent takes the suggested rectangle, the bar a font of the new DPI,
+    // its height and its parts.
+    static LRESULT CALLBACK mf_implParentProcedure(HWND _hWnd, UINT _uMsg, WPARAM _wParam, LPARAM _lParam,
+                                                   UINT_PTR _uId, DWORD_PTR _dwBar) noexcept;
+    void mf_implApplyDpi(UINT _uDpi);
 
     HWND m_hStatusBar;
     int m_nWindowHeight;
