@@ -198,6 +198,8 @@ LRESULT CALLBACK UQStatusBar::mf_implBarProcedure(HWND _hWnd, UINT _uMsg, WPARAM
         }
         if (_uMsg == WM_NCDESTROY) {
             RemoveWindowSubclass(_hWnd, &UQStatusBar::mf_implBarProcedure, BAR_SUBCLASS);
+            // A bar destroyed before its dialog must not leave the dialog pointing at it.
+            RemoveWindowSubclass(GetParent(_hWnd), &UQStatusBar::mf_implParentProcedure, PARENT_SUBCLASS);
             replaceFont(_hWnd, nullptr);
         }
     } catch (...) {

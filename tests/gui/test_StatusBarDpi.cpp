@@ -8,6 +8,8 @@
 #include <commctrl.h>
 #include <gtest/gtest.h>
 
+#include <memory>
+
 namespace {
 
 int fontHeightOf(HWND _hWnd) {
@@ -86,5 +88,25 @@ TEST(StatusBarDpi, OnADoubledDpiTheDialogTakesTheSuggestedRectangleAndTheBarItsF
     toolkittest::pumpMessages();
     EXPECT_EQ(fontHeightOf(hBar), nFontBefore);
     EXPECT_EQ(clientRect(hBar).bottom, nHeightBefore);
+    DestroyWindow(hDlg);
+}
+
+TEST(StatusBarDpi, ABarDestroyedBeforeItsDialogNoLongerWatchesTheDialog) {
+    toolkittest::initCommonControls();
+    auto pBar = std::make_unique<UQStatusBar>();
+    pBar->mf_addItem(new toolkittest::NamedStatusItem(100, L"Files"));
+    HWND hDlg = CreateDialogParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_STATUS_BAR), nullptr,
+                                   toolkittest::statusBarHostProcedure, 0);
+    ASSERT_NE(hDlg, nullptr);
+    pBar->mf_onInitDialog(hDlg, nullptr);
+    DestroyWindow(pBar->mf_getWindowHandle());
+    pBar.reset();
+    const RECT rcBefore = windowRect(hDlg);
+    RECT rcSuggested = {rcBefore.left, rcBefore.top, rcBefore.right + 100, rcBefore.bottom + 100};
+    SendMessageW(hDlg, WM_DPICHANGED, MAKEWPARAM(2 * systemDpi(), 2 * systemDpi()),
+                 reinterpret_cast<LPARAM>(&rcSuggested));
+    // Wine's dialog takes no rectangle by itself; Windows' per-monitor v2 dialog would.
+    const RECT rcAfter = windowRect(hDlg);
+    EXPECT_EQ(rcAfter.right - rcAfter.left, rcBefore.right - rcBefore.left);
     DestroyWindow(hDlg);
 }
