@@ -14,4 +14,15 @@ struct UQFileOutcome {
     std::uint32_t uVersion = 0;
     std::uint64_t uSize = 0;
     std::uint64_t uLastWriteTime = 0; // file time of the content
+
+    static UQFileOutcome mf_of(const std::wstring& _sPath, SEVERITY _eSeverity,
+                               const std::wstring& _sResult) {
+        UQFileOutcome result;
+        result.sPath = _sPath;
+        result.eSeverity = _eSeverity;
+        result.sResult = _sResult;
+        return result;
+    }
+    // Logs the outcome under _pszFunction: a trace for a green one, a warning otherwise.
+    void mf_log(const wchar_t* _pszFunction) const;
 };

@@ -19,15 +19,6 @@ std::wstring upper(std::wstring _sText) {
     return _sText;
 }
 
-UQFileOutcome outcome(const std::wstring& _sPath, UQFileOutcome::SEVERITY _eSeverity,
-                      const std::wstring& _sResult) {
-    UQFileOutcome result;
-    result.sPath = _sPath;
-    result.eSeverity = _eSeverity;
-    result.sResult = _sResult;
-    return result;
-}
-
 std::uint64_t ticksOf(const FILETIME& _time) {
     return (static_cast<std::uint64_t>(_time.dwHighDateTime) << 32) | _time.dwLowDateTime;
 }
@@ -75,8 +66,7 @@ int UQMigration::mf_run(const UQCancelSwitch* _pCancel, const Progress& _progres
             break;
         }
         UQFileOutcome result = mf_implMigrate(files[static_cast<std::size_t>(i)], state);
-        UQReport::mf_log(result.eSeverity == UQFileOutcome::GREEN ? UQLogData::LEVEL_T : UQLogData::LEVEL_W,
-                         _sFunction_, L"%s: %s", result.sPath.c_str(), result.sResult.c_str());
+        result.mf_log(_sFunction_);
         _rOutcomes.push_back(std::move(result));
         if (_progress)
             _progress(i + 1, nTotal, files[static_cast<std::size_t>(i)]);
@@ -91,9 +81,9 @@ void UQMigration::mf_implListFiles(const std::wstring& _sFolder, std::vector<std
                                              &data, FindExSearchNameMatch, nullptr,
                                              FIND_FIRST_EX_LARGE_FETCH));
     if (!find) {
-        _rOutcomes.push_back(outcome(_sFolder, UQFileOutcome::RED,
-                                     L"Not migrated: the folder cannot be read: " +
-                                         UQSafeFile::mf_systemText(GetLastError())));
+        _rOutcomes.push_back(UQFileOutcome::mf_of(_sFolder, UQFileOutcome::RED,
+                                                  L"Not migrated: the folder cannot be read: " +
+                                                      UQSafeFile::mf_systemText(GetLastError())));
         return;
     }
     std::vector<std::wstring> folders;
@@ -103,7 +93,8 @@ void UQMigration::mf_implListFiles(const std::wstring& _sFolder, std::vector<std
             continue;
         const std::wstring sPath = _sFolder + L"\\" + sName;
         if (data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT)
-            _rOutcomes.push_back(outcome(sPath, UQFileOutcome::YELLOW, L"Skipped: a link is not followed"));
+            _rOutcomes.push_back(
+                UQFileOutcome::mf_of(sPath, UQFileOutcome::YELLOW, L"Skipped: a link is not followed"));
         else if (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
             folders.push_back(sPath);
         else if (sName.compare(0, 8, L".kortmp-") != 0)
@@ -116,7 +107,8 @@ void UQMigration::mf_implListFiles(const std::wstring& _sFolder, std::vector<std
             upper(UQSafeFile::mf_finalPath(handle.mf_get(), sFolder)) !=
                 upper(UQSafeFile::mf_absolute(sFolder)) &&
             !UQSafeFile::mf_isWithin(UQSafeFile::mf_finalPath(handle.mf_get(), sFolder), m_sRealSource)) {
-            _rOutcomes.push_back(outcome(sFolder, UQFileOutcome::YELLOW, L"Skipped: a link is not followed"));
+            _rOutcomes.push_back(
+                UQFileOutcome::mf_of(sFolder, UQFileOutcome::YELLOW, L"Skipped: a link is not followed"));
             continue;
         }
         mf_implListFiles(sFolder, _rFiles, _rOutcomes);
@@ -126,32 +118,36 @@ void UQMigration::mf_implListFiles(const std::wstring& _sFolder, std::vector<std
 UQFileOutcome UQMigration::mf_implMigrate(const std::wstring& _sFile, UQServerDirectory::State& _rState) {
     const DWORD dwAttributes = GetFileAttributesW(UQSafeFile::mf_long(_sFile).c_str());
     if (dwAttributes == INVALID_FILE_ATTRIBUTES)
-        return outcome(_sFile, UQFileOutcome::YELLOW, L"Skipped: the file vanished before it was migrated");
+        return UQFileOutcome::mf_of(_sFile, UQFileOutcome::YELLOW,
+                                    L"Skipped: the file vanished before it was migrated");
     if (dwAttributes & FILE_ATTRIBUTE_READONLY)
-        return outcome(_sFile, UQFileOutcome::YELLOW,
-                       L"Skipped: the file is read-only and cannot be replaced by a stub");
+        return UQFileOutcome::mf_of(_sFile, UQFileOutcome::YELLOW,
+                                    L"Skipped: the file is read-only and cannot be replaced by a stub");
     UQFileHandle source;
     DWORD dwError = UQSafeFile::mf_openRead(_sFile, source);
     if (dwError == ERROR_FILE_NOT_FOUND || dwError == ERROR_PATH_NOT_FOUND)
-        return outcome(_sFile, UQFileOutcome::YELLOW, L"Skipped: the file vanished before it was migrated");
+        return UQFileOutcome::mf_of(_sFile, UQFileOutcome::YELLOW,
+                                    L"Skipped: the file vanished before it was migrated");
     if (dwError != 0)
-        return outcome(_sFile, UQFileOutcome::RED,
-                       L"Not migrated: the file cannot be read: " + UQSafeFile::mf_systemText(dwError));
+        return UQFileOutcome::mf_of(_sFile, UQFileOutcome::RED,
+                                    L"Not migrated: the file cannot be read: " +
+                                        UQSafeFile::mf_systemText(dwError));
     BY_HANDLE_FILE_INFORMATION before{};
     if (!GetFileInformationByHandle(source.mf_get(), &before))
-        return outcome(_sFile, UQFileOutcome::RED,
-                       L"Not migrated: the file cannot be read: " +
-                           UQSafeFile::mf_systemText(GetLastError()));
+        return UQFileOutcome::mf_of(_sFile, UQFileOutcome::RED,
+                                    L"Not migrated: the file cannot be read: " +
+                                        UQSafeFile::mf_systemText(GetLastError()));
     if ((before.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) ||
         !UQSafeFile::mf_isWithin(UQSafeFile::mf_finalPath(source.mf_get(), _sFile), m_sRealSource))
-        return outcome(_sFile, UQFileOutcome::YELLOW, L"Skipped: a link is not followed");
+        return UQFileOutcome::mf_of(_sFile, UQFileOutcome::YELLOW, L"Skipped: a link is not followed");
     const std::uint64_t uSize =
         (static_cast<std::uint64_t>(before.nFileSizeHigh) << 32) | before.nFileSizeLow;
     if (uSize <= UQVersionRecord::MAX_STUB_BYTES) {
         std::string sStart;
         if (UQSafeFile::mf_readStart(source.mf_get(), UQVersionRecord::MAX_STUB_BYTES, sStart) == 0 &&
             UQVersionRecord::mf_looksLikeStub(sStart))
-            return outcome(_sFile, UQFileOutcome::YELLOW, L"Skipped: the file is a stub already");
+            return UQFileOutcome::mf_of(_sFile, UQFileOutcome::YELLOW,
+                                        L"Skipped: the file is a stub already");
         LARGE_INTEGER start{};
         SetFilePointerEx(source.mf_get(), start, nullptr, FILE_BEGIN);
     }
@@ -166,7 +162,8 @@ UQFileOutcome UQMigration::mf_implMigrate(const std::wstring& _sFile, UQServerDi
     record.m_uSize = uSize;
     std::wstring sReason;
     if (!m_rServer.mf_storeVersion(source.mf_get(), record, sReason))
-        return outcome(_sFile, UQFileOutcome::RED, L"Not migrated (the file is kept): " + sReason);
+        return UQFileOutcome::mf_of(_sFile, UQFileOutcome::RED,
+                                    L"Not migrated (the file is kept): " + sReason);
     step(1);
     const UQQueryData history(CString(_sFile.c_str()), CString(), record.m_uVersion,
                               UQFileTime(before.ftLastWriteTime),
@@ -175,11 +172,12 @@ UQFileOutcome UQMigration::mf_implMigrate(const std::wstring& _sFile, UQServerDi
     if (!m_rServer.mf_appendHistory(history, sReason)) {
         DeleteFileW(
             UQSafeFile::mf_long(m_rServer.mf_getVersionFile(record.m_uVolume, record.m_uPosition)).c_str());
-        return outcome(_sFile, UQFileOutcome::RED, L"Not migrated (the file is kept): " + sReason);
+        return UQFileOutcome::mf_of(_sFile, UQFileOutcome::RED,
+                                    L"Not migrated (the file is kept): " + sReason);
     }
     ruLatest = record.m_uVersion;
     step(2);
-    UQFileOutcome result = outcome(_sFile, UQFileOutcome::GREEN, L"Migrated");
+    UQFileOutcome result = UQFileOutcome::mf_of(_sFile, UQFileOutcome::GREEN, L"Migrated");
     result.uVersion = record.m_uVersion;
     result.uSize = uSize;
     result.uLastWriteTime = ticksOf(before.ftLastWriteTime);

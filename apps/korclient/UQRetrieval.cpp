@@ -4,24 +4,6 @@
 
 #include "guibase/foundation/UQReport.h"
 
-namespace {
-
-UQFileOutcome outcome(const std::wstring& _sPath, UQFileOutcome::SEVERITY _eSeverity,
-                      const std::wstring& _sResult) {
-    UQFileOutcome result;
-    result.sPath = _sPath;
-    result.eSeverity = _eSeverity;
-    result.sResult = _sResult;
-    return result;
-}
-
-void logOutcome(const wchar_t* _pszFunction, const UQFileOutcome& _outcome) {
-    UQReport::mf_log(_outcome.eSeverity == UQFileOutcome::GREEN ? UQLogData::LEVEL_T : UQLogData::LEVEL_W,
-                     _pszFunction, L"%s: %s", _outcome.sPath.c_str(), _outcome.sResult.c_str());
-}
-
-} // namespace
-
 UQRetrieval::UQRetrieval(const UQServerDirectory& _server) : m_server(_server) {}
 
 int UQRetrieval::mf_retrieve(const std::vector<Request>& _requests, const std::wstring& _sDestination,
@@ -55,7 +37,7 @@ int UQRetrieval::mf_retrieve(const std::vector<Request>& _requests, const std::w
             break;
         }
         UQFileOutcome result = mf_implRetrieve(_requests[static_cast<std::size_t>(i)], sReal);
-        logOutcome(_sFunction_, result);
+        result.mf_log(_sFunction_);
         _rOutcomes.push_back(std::move(result));
         if (_progress)
             _progress(i + 1, nTotal, _requests[static_cast<std::size_t>(i)].sObjectPath);
@@ -69,37 +51,38 @@ UQFileOutcome UQRetrieval::mf_implRetrieve(const Request& _request, const std::w
     std::wstring sReason;
     if (!m_server.mf_openVersion(_request.uVolume, _request.uPosition, _request.sObjectPath,
                                  _request.uVersion, nullptr, version, header, sReason))
-        return outcome(_request.sObjectPath, UQFileOutcome::RED, L"Not retrieved: " + sReason);
+        return UQFileOutcome::mf_of(_request.sObjectPath, UQFileOutcome::RED, L"Not retrieved: " + sReason);
     if (!UQServerName::mf_check(header.m_sName, sReason))
-        return outcome(header.m_sName.empty() ? _request.sObjectPath : header.m_sName, UQFileOutcome::RED,
-                       L"Refused: the server names the file '" + header.m_sName + L"': " + sReason);
+        return UQFileOutcome::mf_of(
+            header.m_sName.empty() ? _request.sObjectPath : header.m_sName, UQFileOutcome::RED,
+            L"Refused: the server names the file '" + header.m_sName + L"': " + sReason);
     const std::wstring sTarget = _sDestination + L"\\" + header.m_sName;
     const std::size_t nSlash = header.m_sName.rfind(L'\\');
     if (nSlash != std::wstring::npos &&
         UQSafeFile::mf_createFolders(_sDestination, header.m_sName.substr(0, nSlash), sReason) != 0)
-        return outcome(sTarget, UQFileOutcome::RED, L"Not retrieved: " + sReason);
+        return UQFileOutcome::mf_of(sTarget, UQFileOutcome::RED, L"Not retrieved: " + sReason);
     const std::wstring sTemporary = UQSafeFile::mf_temporaryName(sTarget);
     UQFileHandle target;
     DWORD dwError = UQSafeFile::mf_createNew(sTemporary, target);
     if (dwError != 0)
-        return outcome(sTarget, UQFileOutcome::RED,
-                       L"Not retrieved: cannot write: " + UQSafeFile::mf_systemText(dwError));
+        return UQFileOutcome::mf_of(sTarget, UQFileOutcome::RED,
+                                    L"Not retrieved: cannot write: " + UQSafeFile::mf_systemText(dwError));
     const int bCopied = UQServerDirectory::mf_copyContent(version.mf_get(), header, target.mf_get(), sReason);
     target.mf_reset();
     if (!bCopied) {
         DeleteFileW(UQSafeFile::mf_long(sTemporary).c_str());
-        return outcome(sTarget, UQFileOutcome::RED, L"Not retrieved: " + sReason);
+        return UQFileOutcome::mf_of(sTarget, UQFileOutcome::RED, L"Not retrieved: " + sReason);
     }
     dwError = UQSafeFile::mf_commit(sTemporary, sTarget, 0);
     if (dwError != 0) {
         DeleteFileW(UQSafeFile::mf_long(sTemporary).c_str());
         if (dwError == ERROR_ALREADY_EXISTS || dwError == ERROR_FILE_EXISTS)
-            return outcome(sTarget, UQFileOutcome::YELLOW,
-                           L"Not retrieved: a file of this name exists already and is kept");
-        return outcome(sTarget, UQFileOutcome::RED,
-                       L"Not retrieved: cannot write: " + UQSafeFile::mf_systemText(dwError));
+            return UQFileOutcome::mf_of(sTarget, UQFileOutcome::YELLOW,
+                                        L"Not retrieved: a file of this name exists already and is kept");
+        return UQFileOutcome::mf_of(sTarget, UQFileOutcome::RED,
+                                    L"Not retrieved: cannot write: " + UQSafeFile::mf_systemText(dwError));
     }
-    UQFileOutcome result = outcome(sTarget, UQFileOutcome::GREEN, L"Retrieved");
+    UQFileOutcome result = UQFileOutcome::mf_of(sTarget, UQFileOutcome::GREEN, L"Retrieved");
     result.uVersion = header.m_uVersion;
     result.uSize = header.m_uSize;
     return result;
@@ -132,16 +115,17 @@ UQFileOutcome UQRetrieval::mf_recall(const std::wstring& _sStub) {
     std::wstring sReason;
     UQFileOutcome result;
     if (!mf_readStub(_sStub, stub, sReason)) {
-        result = outcome(_sStub, UQFileOutcome::RED, L"Not recalled: " + sReason);
-        logOutcome(_sFunction_, result);
+        result = UQFileOutcome::mf_of(_sStub, UQFileOutcome::RED, L"Not recalled: " + sReason);
+        result.mf_log(_sFunction_);
         return result;
     }
     UQFileHandle version;
     UQVersionRecord header;
     if (!m_server.mf_openVersion(stub.m_uVolume, stub.m_uPosition, stub.m_sObjectPath, stub.m_uVersion, &stub,
                                  version, header, sReason)) {
-        result = outcome(_sStub, UQFileOutcome::RED, L"Not recalled, the stub is kept: " + sReason);
-        logOutcome(_sFunction_, result);
+        result =
+            UQFileOutcome::mf_of(_sStub, UQFileOutcome::RED, L"Not recalled, the stub is kept: " + sReason);
+        result.mf_log(_sFunction_);
         return result;
     }
     const std::wstring sTemporary = UQSafeFile::mf_temporaryName(_sStub);
@@ -168,12 +152,13 @@ UQFileOutcome UQRetrieval::mf_recall(const std::wstring& _sStub) {
     }
     if (!bDone) {
         DeleteFileW(UQSafeFile::mf_long(sTemporary).c_str());
-        result = outcome(_sStub, UQFileOutcome::RED, L"Not recalled, the stub is kept: " + sReason);
+        result =
+            UQFileOutcome::mf_of(_sStub, UQFileOutcome::RED, L"Not recalled, the stub is kept: " + sReason);
     } else {
-        result = outcome(_sStub, UQFileOutcome::GREEN, L"Recalled");
+        result = UQFileOutcome::mf_of(_sStub, UQFileOutcome::GREEN, L"Recalled");
         result.uVersion = stub.m_uVersion;
         result.uSize = stub.m_uSize;
     }
-    logOutcome(_sFunction_, result);
+    result.mf_log(_sFunction_);
     return result;
 }
