@@ -92,6 +92,17 @@ protected:
         });
     }
 
+    // Yes in the box that asks whether the run should really be canceled.
+    static void confirmCancel(UQDialogScript& _script) {
+        _script.mf_then(L"really cancel", [] {
+            HWND hBox = box();
+            if (hBox == nullptr)
+                return false;
+            UQDialogScript::mf_click(hBox, IDC_MESSAGE_BUTTON1);
+            return true;
+        });
+    }
+
     // Closes the main window once it takes input again.
     static void close(UQDialogScript& _script, const UQClientWindow& _window) {
         _script.mf_then(L"close", [&_window] {
@@ -259,13 +270,7 @@ TEST_F(ClientWindowTest, InvalidOptionFileIsNamedWithItsLineAndTheWizardStaysOnI
         UQDialogScript::mf_click(hFrame, IDCANCEL);
         return true;
     });
-    script.mf_then(L"really cancel", [&] {
-        HWND hBox = box();
-        if (hBox == nullptr)
-            return false;
-        UQDialogScript::mf_click(hBox, IDC_MESSAGE_BUTTON1);
-        return true;
-    });
+    confirmCancel(script);
     close(script, window);
     LogCheck log;
     EXPECT_EQ(window.mf_show(), 0);
@@ -307,13 +312,7 @@ TEST_F(ClientWindowTest, CancelDuringTheRunLeavesEachFileMigratedWithItsStubOrUn
         UQDialogScript::mf_click(hFrame, IDCANCEL);
         return true;
     });
-    script.mf_then(L"really cancel", [&] {
-        HWND hBox = box();
-        if (hBox == nullptr)
-            return false;
-        UQDialogScript::mf_click(hBox, IDC_MESSAGE_BUTTON1);
-        return true;
-    });
+    confirmCancel(script);
     close(script, window);
     EXPECT_EQ(window.mf_show(), 0);
     EXPECT_TRUE(script.mf_isFinished()) << failuresOf(script);
