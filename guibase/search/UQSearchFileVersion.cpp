@@ -20,14 +20,7 @@ UQSearchFileVersion::UQSearchFileVersion(const UQQueryData* _pQueryData)
     static const wchar_t* const _sFunction_ = L"UQSearchFileVersion::UQSearchFileVersion";
     if (_pQueryData == nullptr)
         UQReport::mf_fail(UQErrno::_E_::Parameter, _sFunction_, L"NULL == _pQueryData");
-    // Loaded once, by the first version made; the first close of a search list runs on one thread before
-    // any other can make versions.
-    if (m_bStatusInitialized == 0) {
-        static const unsigned NUMBERS[6] = {3102, 3104, 3530, 3532, 3343, 3345};
-        for (int i = 0; i < 6; ++i)
-            m_asStatus[i] = UQString(NUMBERS[i]).mf_getText();
-        m_bStatusInitialized = 1;
-    }
+    mf_implLoadStatusTexts();
     const int protectedOffset = _pQueryData->mf_isProtected() ? 1 : 0;
     // In this order, so that an event-based record is never expiring.
     if (_pQueryData->mf_isEventBased() && _pQueryData->mf_isDeletionStarted())
@@ -36,6 +29,16 @@ UQSearchFileVersion::UQSearchFileVersion(const UQQueryData* _pQueryData)
         m_iStatus = 2 + protectedOffset;
     else
         m_iStatus = 0 + protectedOffset;
+}
+
+void UQSearchFileVersion::mf_implLoadStatusTexts() {
+    // Loaded once, by the first version made, or by a search list's close before its threads start.
+    if (m_bStatusInitialized == 0) {
+        static const unsigned NUMBERS[6] = {3102, 3104, 3530, 3532, 3343, 3345};
+        for (int i = 0; i < 6; ++i)
+            m_asStatus[i] = UQString(NUMBERS[i]).mf_getText();
+        m_bStatusInitialized = 1;
+    }
 }
 
 UQSearchFileVersion::~UQSearchFileVersion() {

@@ -47,6 +47,10 @@ public:
     int mf_getStatusIndex() const noexcept { return m_iStatus; }
 
 private:
+    friend class UQSearchList;
+    // Reads the status texts from the catalogue unless done before. Not thread-safe: the list calls it
+    // before it makes versions on more than one thread.
+    static void mf_implLoadStatusTexts();
     const UQQueryData* m_pQueryData;
     int m_iStatus;
 

@@ -1,7 +1,10 @@
 #include "guibase/search/UQSearchList.h"
 
+#include "compat/afxsortkey.h"
 #include "guibase/foundation/UQReport.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <memory>
 
 namespace {
@@ -37,9 +40,109 @@ UQErrnoData createPart(TYPE*& _rpPart, ARG* _pArg, int _nIndex, const wchar_t* _
     return UQErrnoData();
 }
 
+// Appends as UQAllocation::mf_appendOrDelete does, but a large array grows by half its size rather than
+// by the array's own step of at most 1024 elements, each of which moves all of it (while producers wait for
+// the lock, in mf_add).
+template <class TYPE> void appendOrDelete(UQArray<TYPE*, TYPE*>& _rArray, TYPE* _pObject) {
+    const INT_PTR size = _rArray.GetSize();
+    if (size == _rArray.GetAllocSize() && size >= 8192) {
+        try {
+            _rArray.SetSize(size, size / 2);
+        } catch (...) {
+            delete _pObject;
+            throw;
+        }
+    }
+    UQAllocation::mf_appendOrDelete(_rArray, _pObject);
+}
+
+// Lets an output array take up to _nCount items in one allocation, and gives it back its own growth
+// afterwards.
+class OneAllocation {
+public:
+    OneAllocation(UQSearchFileItem::Array& _rArray, INT_PTR _nCount)
+        : m_rArray(_rArray), m_nGrowBy(_rArray.GetGrowBy()) {
+        if (_nCount > 0)
+            m_rArray.SetSize(m_rArray.GetSize(), _nCount);
+    }
+    OneAllocation(const OneAllocation&) = delete;
+    OneAllocation& operator=(const OneAllocation&) = delete;
+    ~OneAllocation() { m_rArray.SetSize(m_rArray.GetSize(), m_nGrowBy); }
+
+private:
+    UQSearchFileItem::Array& m_rArray;
+    INT_PTR m_nGrowBy;
+};
+
+// How many records ahead of its turn a record is fetched into the cache.
+constexpr INT_PTR PREFETCH_DISTANCE = 8;
+
+inline void prefetch(const void* _p) noexcept {
+#if defined(__GNUC__)
+    __builtin_prefetch(_p);
+#else
+    static_cast<void>(_p);
+#endif
+}
+
+// Selected items, taken from the list in path order (ascending or descending), into the order of
+// UQQueryData::mf_sortByAccessOrder: volume, position, then path and version. Two items' paths never
+// compare equal, so their places in path order decide the ties without comparing a path. Answers false,
+// with the items as they were, when there is no memory for the sort.
+bool sortByAccessAndRank(UQSearchFileItem::Array& _rItems, bool _bAscending) {
+    struct Entry {
+        std::uint64_t uPosition;
+        std::uint32_t uVolume;
+        std::uint32_t uRank;
+    };
+    const INT_PTR count = _rItems.GetSize();
+    if (count < 2)
+        return true;
+    const std::size_t n = static_cast<std::size_t>(count);
+    if (n > UINT32_MAX || n > SIZE_MAX / (sizeof(Entry) + sizeof(UQSearchFileItem*)))
+        return false;
+    void* memory = UQAllocation::mf_allocate(n * (sizeof(Entry) + sizeof(UQSearchFileItem*)));
+    if (memory == nullptr)
+        return false;
+    const std::unique_ptr<void, void (*)(void*)> owner(memory, &UQAllocation::mf_free);
+    Entry* entries = static_cast<Entry*>(memory);
+    UQSearchFileItem** inPathOrder = reinterpret_cast<UQSearchFileItem**>(entries + n);
+    for (std::size_t i = 0; i < n; ++i) {
+        UQSearchFileItem* item = _rItems[static_cast<INT_PTR>(i)];
+        const std::size_t rank = _bAscending ? i : n - 1 - i;
+        inPathOrder[rank] = item;
+        const UQQueryData::AccessKey& access = item->mf_getQueryData().mf_getAccessKey();
+        entries[i] = Entry{access.uPosition, access.uVolume, static_cast<std::uint32_t>(rank)};
+    }
+    std::sort(entries, entries + n, [](const Entry& _a, const Entry& _b) noexcept {
+        if (_a.uVolume != _b.uVolume)
+            return _a.uVolume < _b.uVolume;
+        if (_a.uPosition != _b.uPosition)
+            return _a.uPosition < _b.uPosition;
+        return _a.uRank < _b.uRank;
+    });
+    for (std::size_t i = 0; i < n; ++i)
+        _rItems[static_cast<INT_PTR>(i)] = inPathOrder[entries[i].uRank];
+    return true;
+}
+
+// Runs _body, which returns its collected failure. A thrown UQErrno was logged where it arose; anything
+// else thrown is an array that found no memory, logged here. Nothing leaves: the body may run on a
+// thread of the close's own.
+template <class Body>
+UQErrnoData collectFailure(const wchar_t* _pszFunction, const wchar_t* _pszNoMemory, Body&& _body) noexcept {
+    try {
+        return _body();
+    } catch (const UQErrno& e) {
+        return e.mf_getData();
+    } catch (...) {
+        return UQReport::mf_collect(UQErrno::_E_::Memory, _pszFunction, _pszNoMemory);
+    }
+}
+
 } // namespace
 
-UQSearchList::UQSearchList() : m_bClosed(0), m_bHasProtectedItems(0) {}
+UQSearchList::UQSearchList() : m_iPathOrder(0), m_bClosed(0), m_bHasProtectedItems(0) {}
 
 UQSearchList::~UQSearchList() {
     static const wchar_t* const _sFunction_ = L"UQSearchList::~UQSearchList";
@@ -89,7 +192,7 @@ void UQSearchList::mf_add(const UQQueryData& _queryData) {
             return;
         }
         try {
-            UQAllocation::mf_appendOrDelete(m_queryData, pClone);
+            appendOrDelete(m_queryData, pClone);
         } catch (const UQErrno& e) {
             _rError = UQReport::mf_collectWrappedInline(
                 e, _sFunction_, L"Failure clone/adding query data item: %s\r\n%sQuery-data: %s", UQLog::TAB,
@@ -132,27 +235,91 @@ UQErrnoData UQSearchList::mf_implGroup() {
                                                static_cast<int>(count));
         }
     }
+    // The sort puts null records last: everything before the first one is grouped.
+    INT_PTR records = 0;
+    while (records < count && m_queryData[records] != nullptr)
+        ++records;
+    UQErrnoData error = mf_implGroupRecords(records);
+    if (!error && records < count)
+        error = UQReport::mf_collect(UQErrno::_E_::DataCorrupted, _sFunction_, L"Query data no. %d is NULL",
+                                     static_cast<int>(records));
+    if (error)
+        return error;
+    m_iPathOrder = 1;
+    UQReport::mf_log(UQLogData::LEVEL_T, _sFunction_,
+                     L"Created, sorted and closed search file list (%d files)",
+                     static_cast<int>(m_fileItems.GetSize()));
+    return UQErrnoData();
+}
+
+INT_PTR UQSearchList::mf_implGroupStart(INT_PTR _nFrom, INT_PTR _nEnd) const noexcept {
+    INT_PTR i = _nFrom;
+    while (i > 0 && i < _nEnd &&
+           !(m_queryData[i - 1]->mf_getObjectPath() != m_queryData[i]->mf_getObjectPath()))
+        ++i;
+    return i;
+}
+
+UQErrnoData UQSearchList::mf_implGroupRecords(INT_PTR _nRecords) {
+    static const wchar_t* const _sFunction_ = L"UQSearchList::mf_close";
+    // Loaded here, before a second thread can make versions.
+    UQSearchFileVersion::mf_implLoadStatusTexts();
+    // A large close groups its second half on a second thread, from the first file that starts there;
+    // the halves' items are joined in order afterwards.
+    UQSearchFileItem::Array secondItems;
+    UQErrnoData errors[2];
+    // Found before either half starts: making versions takes the records out of the array.
+    const INT_PTR split = mf_implGroupStart(_nRecords / 2, _nRecords);
+    auto group = [&](std::size_t _nFrom, std::size_t _nTo) noexcept {
+        const int part = _nFrom == 0 ? 0 : 1;
+        const INT_PTR from = part == 0 ? 0 : split;
+        const INT_PTR to = static_cast<INT_PTR>(_nTo) == _nRecords ? _nRecords : split;
+        errors[part] = collectFailure(_sFunction_, L"No memory for the search file items", [&] {
+            return mf_implGroupRange(from, to, part == 0 ? m_fileItems : secondItems);
+        });
+    };
+    AfxRunOnTwoThreads(static_cast<std::size_t>(_nRecords), group);
+    UQErrnoData error = errors[0];
+    if (!error)
+        error = collectFailure(_sFunction_, L"No memory for the search file items", [&] {
+            m_fileItems.Append(secondItems);
+            secondItems.RemoveAll();
+            return errors[1];
+        });
+    // Items after a failure are not kept: the list holds what was built up to it, none selected.
+    for (INT_PTR i = 0; i < secondItems.GetSize(); ++i)
+        delete secondItems[i];
+    if (error)
+        for (INT_PTR i = 0; i < m_fileItems.GetSize(); ++i)
+            m_fileItems[i]->mf_setSelected(0, 0);
+    return error;
+}
+
+UQErrnoData UQSearchList::mf_implGroupRange(INT_PTR _nFrom, INT_PTR _nTo, UQSearchFileItem::Array& _rItems) {
+    static const wchar_t* const _sFunction_ = L"UQSearchList::mf_close";
+    UQErrnoData error;
+    const INT_PTR firstItem = _rItems.GetSize();
     UQSearchFileItem* current = nullptr;
     const UQQueryData* previous = nullptr;
-    for (INT_PTR i = 0; i < count; ++i) {
+    for (INT_PTR i = _nFrom; i < _nTo; ++i) {
+        // Sorted, the records lie scattered in memory: each is asked for well before its turn, and its
+        // path's text once the record has come.
+        if (i + 2 * PREFETCH_DISTANCE < _nTo)
+            prefetch(m_queryData[i + 2 * PREFETCH_DISTANCE]);
+        if (i + PREFETCH_DISTANCE < _nTo)
+            prefetch(static_cast<const CString&>(m_queryData[i + PREFETCH_DISTANCE]->mf_getObjectPath())
+                         .GetString());
         UQQueryData* record = m_queryData[i];
-        if (record == nullptr)
-            return UQReport::mf_collect(UQErrno::_E_::DataCorrupted, _sFunction_,
-                                        L"Query data no. %d is NULL", static_cast<int>(i));
         UQSearchFileVersion* version = nullptr;
-        UQErrnoData error = createPart(version, record, static_cast<int>(i), _sFunction_,
-                                       L"Failure creating search file version of query data no. %d:\r\n%s%s",
-                                       L"No memory to create search file version");
+        error = createPart(version, record, static_cast<int>(i), _sFunction_,
+                           L"Failure creating search file version of query data no. %d:\r\n%s%s",
+                           L"No memory to create search file version");
         if (error)
-            return error;
+            break;
         // The version owns the record from here on, and the list or an item owns the version.
         m_queryData[i] = nullptr;
         std::unique_ptr<UQSearchFileVersion> pVersion(version);
-        if (i > 0 && previous != nullptr && !(previous->mf_getObjectPath() != record->mf_getObjectPath())) {
-            if (current == nullptr)
-                return UQReport::mf_collect(UQErrno::_E_::Internal, _sFunction_,
-                                            L"No current file item at query data index %d",
-                                            static_cast<int>(i));
+        if (previous != nullptr && !(previous->mf_getObjectPath() != record->mf_getObjectPath())) {
             current->mf_implAddVersion(pVersion.get());
             // The item owns the version now.
             static_cast<void>(pVersion.release());
@@ -161,19 +328,17 @@ UQErrnoData UQSearchList::mf_implGroup() {
                                L"Failure creating search file item of query data no. %d:\r\n%s%s",
                                L"No memory to create search file item");
             if (error)
-                return error;
+                break;
             static_cast<void>(pVersion.release());
-            UQAllocation::mf_appendOrDelete(m_fileItems, current);
+            appendOrDelete(_rItems, current);
         }
         previous = record;
     }
-    // After closing, every file is selected with its latest version.
-    for (INT_PTR i = 0; i < m_fileItems.GetSize(); ++i)
-        m_fileItems[i]->mf_setSelected(1, UQQueryPatternVersion::LATEST);
-    UQReport::mf_log(UQLogData::LEVEL_T, _sFunction_,
-                     L"Created, sorted and closed search file list (%d files)",
-                     static_cast<int>(m_fileItems.GetSize()));
-    return UQErrnoData();
+    // Every file is selected with its latest version, once all are made.
+    if (!error)
+        for (INT_PTR i = firstItem; i < _rItems.GetSize(); ++i)
+            _rItems[i]->mf_setSelected(1, UQQueryPatternVersion::LATEST);
+    return error;
 }
 
 std::uint32_t UQSearchList::mf_getQueryItemCount() {
@@ -223,6 +388,7 @@ void UQSearchList::mf_getFileList(UQSearchFileItem::Array& _rFiles, int _bExclud
     const bool filtering = _bExcludeAvailable || _bExcludeAvailableProtected || _bExcludeExpiring ||
                            _bExcludeExpiringProtected || _bExcludeDeleted || _bExcludeDeletedProtected;
     m_lock.mf_runCollected([&](UQErrnoData&) {
+        const OneAllocation growth(_rFiles, m_fileItems.GetSize());
         for (INT_PTR i = 0; i < m_fileItems.GetSize(); ++i) {
             UQSearchFileItem* item = m_fileItems[i];
             if (filtering) {
@@ -249,10 +415,15 @@ void UQSearchList::mf_getSelectedFileList(UQSearchFileItem::Array& _rFiles, int 
         UQReport::mf_fail(UQErrno::_E_::Initialization, _sFunction_,
                           L"File item list must be close before items can be accessed");
     m_lock.mf_runCollected([&](UQErrnoData& _rError) {
-        for (INT_PTR i = 0; i < m_fileItems.GetSize(); ++i)
-            if (m_fileItems[i]->mf_isSelected())
-                _rFiles.Add(m_fileItems[i]);
+        {
+            const OneAllocation growth(_rFiles, m_fileItems.GetSize());
+            for (INT_PTR i = 0; i < m_fileItems.GetSize(); ++i)
+                if (m_fileItems[i]->mf_isSelected())
+                    _rFiles.Add(m_fileItems[i]);
+        }
         if (!_bSortByAccessOrder)
+            return;
+        if (m_iPathOrder != 0 && sortByAccessAndRank(_rFiles, m_iPathOrder > 0))
             return;
         try {
             sortAsQueryItems(_rFiles, [](UVQueryItem** _pItems, INT_PTR _nCount) {
@@ -272,10 +443,19 @@ void UQSearchList::mf_sortByPath(int _bAscending) {
         UQReport::mf_fail(UQErrno::_E_::Initialization, _sFunction_,
                           L"File item list must be close before items can be sorted");
     m_lock.mf_runCollected([&](UQErrnoData& _rError) {
+        const int order = _bAscending ? 1 : -1;
+        if (m_iPathOrder == order)
+            return;
+        if (m_iPathOrder == -order) {
+            std::reverse(m_fileItems.GetData(), m_fileItems.GetData() + m_fileItems.GetSize());
+            m_iPathOrder = order;
+            return;
+        }
         try {
             sortAsQueryItems(m_fileItems, [_bAscending](UVQueryItem** _pItems, INT_PTR _nCount) {
                 UQQueryData::mf_sortByPathAndVersion(_bAscending, 1, _pItems, _nCount);
             });
+            m_iPathOrder = order;
         } catch (const UQErrno& e) {
             _rError =
                 UQReport::mf_collectWrapped(e, _sFunction_, L"Failure sorting search list files %s:\r\n%s%s",
@@ -311,6 +491,7 @@ void UQSearchList::mf_clear() {
     m_lock.mf_runCollected([&](UQErrnoData& _rError) {
         try {
             mf_implDeleteItems();
+            m_iPathOrder = 0;
             m_bClosed = 0;
         } catch (const UQErrno& e) {
             _rError =
@@ -322,11 +503,13 @@ void UQSearchList::mf_clear() {
 void UQSearchList::mf_implDeleteItems() {
     for (INT_PTR i = 0; i < m_fileItems.GetSize(); ++i)
         delete m_fileItems[i];
-    m_fileItems.RemoveAll();
+    // The next close starts from the array's own growth again.
+    m_fileItems.SetSize(0, 0);
 }
 
 void UQSearchList::mf_implDeleteQueryData() noexcept {
     for (INT_PTR i = 0; i < m_queryData.GetSize(); ++i)
         delete m_queryData[i];
-    m_queryData.RemoveAll();
+    // The next search starts from the array's own growth again.
+    m_queryData.SetSize(0, 0);
 }

@@ -54,10 +54,21 @@ private:
     void mf_implDeleteQueryData() noexcept;
     // Builds the items of the sorted records; the caller holds the lock and finishes the close.
     UQErrnoData mf_implGroup();
+    // The first _nRecords records (none null) into items, the caller's thread and a second one each
+    // taking a half.
+    UQErrnoData mf_implGroupRecords(INT_PTR _nRecords);
+    // The first record at or after _nFrom (and before _nEnd) whose file differs from the one before it.
+    INT_PTR mf_implGroupStart(INT_PTR _nFrom, INT_PTR _nEnd) const noexcept;
+    // Items of the records [_nFrom, _nTo), which begin a file and end one, appended to _rItems and
+    // selected with their latest versions.
+    UQErrnoData mf_implGroupRange(INT_PTR _nFrom, INT_PTR _nTo, UQSearchFileItem::Array& _rItems);
 
     UQCriticalSection m_lock;
     UQArray<UQQueryData*, UQQueryData*> m_queryData;
     UQSearchFileItem::Array m_fileItems;
+    // 1 while the items stand ascending by path, -1 descending, 0 when not known; paths of two items never
+    // compare equal, so one order is the other reversed.
+    int m_iPathOrder;
     // Written under the lock; mf_add also reads it without the lock, so that an add takes the lock once.
     std::atomic<int> m_bClosed;
     // Set by producers outside the lock and read without it.

@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <future>
+#include <utility>
 #include <vector>
 
 using namespace search_test;
@@ -55,6 +56,23 @@ void addOneOfEachState(UQSearchList& list) {
 const std::vector<std::string> ALL_STATES = {"\\\\srv\\1 available", "\\\\srv\\2 available protected",
                                              "\\\\srv\\3 expiring",  "\\\\srv\\4 expiring protected",
                                              "\\\\srv\\5 deleted",   "\\\\srv\\6 deleted protected"};
+
+// Closes the list over the records given and one more, "\\srv\zz", whose version finds no memory: the
+// list then holds the items of the given records, unselected, and does not know their path order.
+void closeWithoutKnownOrder(UQSearchList& list,
+                            const std::vector<std::pair<const wchar_t*, UQQueryData::AccessKey>>& records) {
+    for (const auto& r : records)
+        list.mf_add(record(r.first, 1, 0, noExpiry(), r.second));
+    list.mf_add(record(L"\\\\srv\\zz", 1));
+    LogCheck log;
+    // The sort's three buffers, then a version and an item per given record.
+    UQAllocationInjection::mf_injectFailure(3 + 2 * static_cast<int>(records.size()));
+    EXPECT_EQ(thrownCategory([&] { list.mf_close(); }), "_E_::Memory");
+    UQAllocationInjection::mf_clearInjection();
+    EXPECT_EQ(log.lines(), (std::vector<LogLine>{
+                               {'E', "UQSearchList::mf_close", "No memory to create search file version"}}));
+    EXPECT_EQ(list.mf_getFileItemCount(), records.size());
+}
 
 } // namespace
 
@@ -503,11 +521,26 @@ TEST(UQSearchList, FailedSortLeavesAClosedEmptyList) {
     EXPECT_EQ(CountedRecord::alive(), before);
 }
 
-TEST(UQSearchList, FailedAccessOrderSortKeepsTheSelectedItems) {
+TEST(UQSearchList, AccessOrderWithoutMemoryForItsShortCutTakesTheComparisonSort) {
     UQSearchList list;
     list.mf_add(record(L"\\\\srv\\a", 1, 0, noExpiry(), {2, 0}));
     list.mf_add(record(L"\\\\srv\\b", 1, 0, noExpiry(), {1, 0}));
+    list.mf_add(record(L"\\\\srv\\c", 1, 0, noExpiry(), {1, 0}));
     list.mf_close();
+    UQSearchFileItem::Array items;
+    LogCheck log;
+    // The sort by place in path order finds no memory; the comparison sort then does the work.
+    UQAllocationInjection::mf_injectFailure(0);
+    list.mf_getSelectedFileList(items, 1);
+    UQAllocationInjection::mf_clearInjection();
+    EXPECT_TRUE(log.lines().empty());
+    EXPECT_EQ(paths(items), (std::vector<std::string>{"\\\\srv\\b", "\\\\srv\\c", "\\\\srv\\a"}));
+}
+
+TEST(UQSearchList, FailedAccessOrderSortKeepsTheSelectedItems) {
+    UQSearchList list;
+    closeWithoutKnownOrder(list, {{L"\\\\srv\\a", {2, 0}}, {L"\\\\srv\\b", {1, 0}}});
+    list.mf_selectLatest();
     UQSearchFileItem::Array items;
     LogCheck log;
     UQAllocationInjection::mf_injectFailure(0);
@@ -525,11 +558,27 @@ TEST(UQSearchList, FailedAccessOrderSortKeepsTheSelectedItems) {
     EXPECT_TRUE(lockIsFree(list));
 }
 
+TEST(UQSearchList, PathSortAfterCloseTurnsTheOrderWithoutMemory) {
+    UQSearchList list;
+    for (const wchar_t* path : {L"\\\\srv\\b", L"\\\\srv\\c", L"\\\\srv\\a"})
+        list.mf_add(record(path, 1));
+    list.mf_close();
+    LogCheck log;
+    UQAllocationInjection::mf_injectFailure(0);
+    list.mf_sortByPath(0);
+    UQAllocationInjection::mf_clearInjection();
+    EXPECT_EQ(fileList(list), (std::vector<std::string>{"\\\\srv\\c", "\\\\srv\\b", "\\\\srv\\a"}));
+    UQAllocationInjection::mf_injectFailure(0);
+    list.mf_sortByPath(1);
+    list.mf_sortByPath(1);
+    UQAllocationInjection::mf_clearInjection();
+    EXPECT_EQ(fileList(list), (std::vector<std::string>{"\\\\srv\\a", "\\\\srv\\b", "\\\\srv\\c"}));
+    EXPECT_TRUE(log.lines().empty());
+}
+
 TEST(UQSearchList, FailedPathSortKeepsTheOrder) {
     UQSearchList list;
-    list.mf_add(record(L"\\\\srv\\a", 1));
-    list.mf_add(record(L"\\\\srv\\b", 1));
-    list.mf_close();
+    closeWithoutKnownOrder(list, {{L"\\\\srv\\a", {0, 0}}, {L"\\\\srv\\b", {0, 0}}});
     LogCheck log;
     UQAllocationInjection::mf_injectFailure(0);
     EXPECT_EQ(thrownCategory([&] { list.mf_sortByPath(0); }), "_E_::Memory");
@@ -542,6 +591,9 @@ TEST(UQSearchList, FailedPathSortKeepsTheOrder) {
                                                       errorText(UQErrno::_E_::Memory)}}));
     EXPECT_TRUE(lockIsFree(list));
     EXPECT_EQ(fileList(list), (std::vector<std::string>{"\\\\srv\\a", "\\\\srv\\b"}));
+    // Sorted once, the order is known again.
+    list.mf_sortByPath(0);
+    EXPECT_EQ(fileList(list), (std::vector<std::string>{"\\\\srv\\b", "\\\\srv\\a"}));
 }
 
 TEST(UQSearchList, PathsDifferingOnlyInCaseAreOneFileInEveryScript) {
