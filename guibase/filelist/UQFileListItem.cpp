@@ -261,17 +261,16 @@ void UQFileListItem::mf_sortByResult(Array& _rItems, int _bAscending) {
 const UQFileListItem* UQFileListItem::mf_findByPath(const CString& _sPath, Array& _rItems, int _bAscending) {
     if (_rItems.GetData() == nullptr)
         return nullptr;
-    const UQFileListItem key(_sPath, 0, CString(), UQSeverity());
-    const UQFileListItem* pKey = &key;
     // The C libraries' bsearch probe different elements of an unsorted array (msvcrt merges b, a, b where
     // glibc does not), so the halving is done here, the same on every platform: middle = (low + high) / 2.
-    int (*compare)(const void*, const void*) = _bAscending ? pathAscending : pathDescending;
+    // The path is compared as the sort compares two items' paths, without making an item of it.
     std::size_t low = 0;
     std::size_t high = static_cast<std::size_t>(_rItems.GetSize());
     UQFileListItem* const* data = _rItems.GetData();
     while (low < high) {
         const std::size_t middle = (low + high) / 2;
-        const int c = compare(&pKey, &data[middle]);
+        const CString& probed = data[middle]->mf_getPath();
+        const int c = _bAscending ? _sPath.Compare(probed) : probed.Compare(_sPath);
         if (c < 0)
             high = middle;
         else if (c > 0)
