@@ -2,6 +2,7 @@
 
 #include "compat/UQHandle.h"
 #include "guibase/foundation/UQReport.h"
+#include "guibase/toolkit/UQDpiIcons.h"
 #include "guibase/toolkit/UQWindow.h"
 
 #include <climits>
@@ -204,12 +205,12 @@ void UQListPanel::mf_setHeaderSortIcon(HWND _hWnd, int _nColumn, const UQSortOrd
 }
 
 void UQListPanel::mf_createImageList(HWND _hWnd) {
-    HIMAGELIST hList = ImageList_Create(GetSystemMetrics(SM_CXSMICON), GetSystemMetrics(SM_CYSMICON),
-                                        ILC_MASK | ILC_COLOR16, 0, 1);
-    SendMessageW(_hWnd, LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(hList));
+    // At the small icon size of the list's DPI, made again at a new DPI with the icons added below.
+    UQDpiIcons::mf_createImageList(_hWnd);
 }
 
 void UQListPanel::mf_deleteImageList(HWND _hWnd) {
+    UQDpiIcons::mf_forgetImageList(_hWnd);
     UQImageList list(reinterpret_cast<HIMAGELIST>(SendMessageW(_hWnd, LVM_GETIMAGELIST, LVSIL_SMALL, 0)));
     if (!list)
         return;
@@ -224,23 +225,13 @@ int UQListPanel::mf_addIcon(HWND _hWnd, unsigned long _uResourceId) {
         UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Could not get image list from list panel");
         return -1;
     }
-    int cx = 0;
-    int cy = 0;
-    if (!ImageList_GetIconSize(hList, &cx, &cy)) {
-        UQReport::mf_log(UQLogData::LEVEL_W, _sFunction_,
-                         L"Could not get image list icon size, assuming 16x16");
-        cx = 16;
-        cy = 16;
-    }
-    const UQIcon icon(static_cast<HICON>(LoadImageW(UQLanguage::mf_getUserLanguageHandle(),
-                                                    MAKEINTRESOURCEW(static_cast<WORD>(_uResourceId)),
-                                                    IMAGE_ICON, cx, cy, 0)));
-    if (!icon) {
+    // Loaded at the image list's size, which is the size of the list's DPI.
+    const int nIndex = UQDpiIcons::mf_addImage(_hWnd, UQLanguage::mf_getUserLanguageHandle(),
+                                               static_cast<WORD>(_uResourceId));
+    if (nIndex < 0)
         UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Could not load icon with resource-id=%lu",
                          static_cast<std::uint32_t>(_uResourceId));
-        return -1;
-    }
-    return ImageList_ReplaceIcon(hList, -1, icon.mf_get());
+    return nIndex;
 }
 
 void UQListPanel::mf_setIcon(HWND _hWnd, int _nItem, int _nImage) {
