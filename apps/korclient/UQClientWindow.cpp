@@ -271,10 +271,10 @@ INT_PTR UQClientWindow::mf_onNotify(const NMHDR& _header) {
     }
     // The header cannot take the focus: Ctrl+1 ... Ctrl+9 in the list sort as a click on that column does.
     if (_header.idFrom == IDC_MAIN_LIST && _header.code == LVN_KEYDOWN) {
-        const WORD wKey = reinterpret_cast<const NMLVKEYDOWN&>(_header).wVKey;
-        const int nColumns = Header_GetItemCount(ListView_GetHeader(m_hList));
-        if (GetKeyState(VK_CONTROL) < 0 && wKey >= '1' && wKey <= '9' && wKey - '1' < nColumns) {
-            mf_implSortBy(wKey - '1');
+        const int nColumn =
+            UQListPanel::mf_getSortColumnOfKey(m_hList, reinterpret_cast<const NMLVKEYDOWN&>(_header).wVKey);
+        if (nColumn >= 0) {
+            mf_implSortBy(nColumn);
             return TRUE;
         }
     }

@@ -204,6 +204,13 @@ void UQListPanel::mf_setHeaderSortIcon(HWND _hWnd, int _nColumn, const UQSortOrd
     SendMessageW(hHeader, HDM_SETITEMW, static_cast<WPARAM>(_nColumn), reinterpret_cast<LPARAM>(&item));
 }
 
+int UQListPanel::mf_getSortColumnOfKey(HWND _hWnd, WORD _wKey) {
+    if (GetKeyState(VK_CONTROL) >= 0 || GetKeyState(VK_MENU) < 0 || _wKey < '1' || _wKey > '9')
+        return -1;
+    const int nColumn = _wKey - '1';
+    return nColumn < mf_getColumnCount(_hWnd) ? nColumn : -1;
+}
+
 void UQListPanel::mf_createImageList(HWND _hWnd) {
     // At the small icon size of the list's DPI, made again at a new DPI with the icons added below.
     UQDpiIcons::mf_createImageList(_hWnd);
