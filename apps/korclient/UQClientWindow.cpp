@@ -12,6 +12,7 @@
 #include "guibase/toolkit/UQCheckBox.h"
 #include "guibase/toolkit/UQComboBox.h"
 #include "guibase/toolkit/UQDialogProcedure.h"
+#include "guibase/toolkit/UQDpi.h"
 #include "guibase/toolkit/UQHelpDialog.h"
 #include "guibase/toolkit/UQInformationBox.h"
 #include "guibase/toolkit/UQLineEditor.h"
@@ -140,6 +141,12 @@ INT_PTR CALLBACK f_ClientWindowCallback(HWND _hDlg, UINT _uMsg, WPARAM _wParam, 
                 _window.mf_onSize(LOWORD(_lParam), HIWORD(_lParam));
                 return FALSE;
             });
+    case WM_DPICHANGED:
+        return UQDialogProcedure::mf_forward<UQClientWindow>(_hDlg, _uMsg, _sFunction_, NO_USER_DATA,
+                                                             [&](UQClientWindow& _window) {
+                                                                 _window.mf_onDpiChanged(LOWORD(_wParam));
+                                                                 return FALSE;
+                                                             });
     case WM_SHOW_TIP:
         return UQDialogProcedure::mf_forward<UQClientWindow>(_hDlg, _uMsg, _sFunction_, NO_USER_DATA,
                                                              [&](UQClientWindow& _window) {
@@ -205,7 +212,7 @@ INT_PTR UQClientWindow::mf_onInitDialog(HWND _hDlg) {
     RECT client{};
     GetClientRect(_hDlg, &client);
     m_pStatusBar->mf_onSizeEvent(client.right, client.bottom);
-    mf_implUpdateStatus();
+    mf_implLoadStatusIcons(UQDpi::mf_getWindowDpi(_hDlg));
     PostMessageW(_hDlg, WM_SHOW_TIP, 0, 0);
     // The pattern is what a user changes first.
     SetFocus(GetDlgItem(_hDlg, IDC_MAIN_PATTERN));
@@ -264,10 +271,10 @@ INT_PTR UQClientWindow::mf_onNotify(const NMHDR& _header) {
     }
     // The header cannot take the focus: Ctrl+1 ... Ctrl+9 in the list sort as a click on that column does.
     if (_header.idFrom == IDC_MAIN_LIST && _header.code == LVN_KEYDOWN) {
-        const WORD wKey = reinterpret_cast<const NMLVKEYDOWN&>(_header).wVKey;
-        const int nColumns = Header_GetItemCount(ListView_GetHeader(m_hList));
-        if (GetKeyState(VK_CONTROL) < 0 && wKey >= '1' && wKey <= '9' && wKey - '1' < nColumns) {
-            mf_implSortBy(wKey - '1');
+        const int nColumn =
+            UQListPanel::mf_getSortColumnOfKey(m_hList, reinterpret_cast<const NMLVKEYDOWN&>(_header).wVKey);
+        if (nColumn >= 0) {
+            mf_implSortBy(nColumn);
             return TRUE;
         }
     }
@@ -438,15 +445,26 @@ void UQClientWindow::mf_implUpdateStatus() {
     if (m_apItems[0] == nullptr)
         return;
     const int nSelected = static_cast<int>(SendMessageW(m_hList, LVM_GETSELECTEDCOUNT, 0, 0));
-    HMODULE hLanguage = UQLanguage::mf_getUserLanguageHandle();
-    auto icon = [&](int _nId) {
-        return static_cast<HICON>(
-            LoadImageW(hLanguage, MAKEINTRESOURCEW(_nId), IMAGE_ICON, 16, 16, LR_SHARED));
-    };
-    m_apItems[0]->mf_updateContent(icon(IDI_SEVERITY_GREEN),
+    m_apItems[0]->mf_updateContent(m_greenIcon.mf_get(),
                                    (std::to_wstring(m_shown.GetSize()) + L" files").c_str());
-    m_apItems[1]->mf_updateContent(icon(IDI_BLANK), (std::to_wstring(nSelected) + L" selected").c_str());
-    m_apItems[2]->mf_updateContent(icon(IDI_BLANK), (L"Store: " + m_server.mf_getHistoryFile()).c_str());
+    m_apItems[1]->mf_updateContent(m_blankIcon.mf_get(), (std::to_wstring(nSelected) + L" selected").c_str());
+    m_apItems[2]->mf_updateContent(m_blankIcon.mf_get(), (L"Store: " + m_server.mf_getHistoryFile()).c_str());
+}
+
+void UQClientWindow::mf_implLoadStatusIcons(UINT _uDpi) {
+    HMODULE hLanguage = UQLanguage::mf_getUserLanguageHandle();
+    const int nSize = UQDpi::mf_getIconSize(16, _uDpi);
+    // The icons shown so far go only once the items show the new ones.
+    UQIcon oldGreen(std::move(m_greenIcon));
+    UQIcon oldBlank(std::move(m_blankIcon));
+    m_greenIcon = UQIcon(UQDpi::mf_loadIcon(hLanguage, IDI_SEVERITY_GREEN, nSize));
+    m_blankIcon = UQIcon(UQDpi::mf_loadIcon(hLanguage, IDI_BLANK, nSize));
+    mf_implUpdateStatus();
+}
+
+void UQClientWindow::mf_onDpiChanged(UINT _uDpi) {
+    if (_uDpi != 0 && m_pStatusBar)
+        mf_implLoadStatusIcons(_uDpi);
 }
 
 void UQClientWindow::mf_implSelectFromList() {

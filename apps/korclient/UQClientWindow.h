@@ -5,6 +5,7 @@
 #include "UQFileOutcome.h"
 #include "UQServerDirectory.h"
 
+#include "compat/UQHandle.h"
 #include "guibase/search/UQSearchList.h"
 #include "guibase/toolkit/UQStatusBar.h"
 
@@ -52,6 +53,8 @@ public:
     INT_PTR mf_onDrawItem(const DRAWITEMSTRUCT& _item);
     void mf_onSize(int _nWidth, int _nHeight);
     void mf_onShowTip();
+    // The window moved to a monitor of another DPI: the status bar's icons at that DPI's size.
+    void mf_onDpiChanged(UINT _uDpi);
 
 private:
     void mf_implSearch();
@@ -65,6 +68,7 @@ private:
     void mf_implShowResults(const wchar_t* _pszCaption, const std::vector<UQFileOutcome>& _outcomes);
     void mf_implError(const std::wstring& _sText, int _bWarning);
     void mf_implSelectFromList();
+    void mf_implLoadStatusIcons(UINT _uDpi);
 
     UQServerDirectory m_server;
     std::wstring m_sFolder;
@@ -78,6 +82,9 @@ private:
     UQSearchFileItem::Array m_shown;
     std::unique_ptr<UQStatusBar> m_pStatusBar;
     class StatusItem* m_apItems[3];
+    // The status bar's icons at the small icon size of the window's DPI; the items only show them.
+    UQIcon m_greenIcon;
+    UQIcon m_blankIcon;
     int m_nSortColumn;
     int m_bSortAscending;
     std::vector<UQFileOutcome> m_migrated;

@@ -548,7 +548,8 @@ INT_PTR CALLBACK f_SearchUserDialogCallback(HWND _hDlg, UINT _uMsg, WPARAM _wPar
         const bool bFromList = pHeader->idFrom == static_cast<UINT_PTR>(ITEM_USER_LIST);
         if (pHeader->code != PSN_APPLY &&
             !(bFromList && (pHeader->code == LVN_GETINFOTIPW || pHeader->code == LVN_COLUMNCLICK ||
-                            pHeader->code == LVN_ITEMCHANGED || pHeader->code == NM_SETFOCUS)))
+                            pHeader->code == LVN_KEYDOWN || pHeader->code == LVN_ITEMCHANGED ||
+                            pHeader->code == NM_SETFOCUS)))
             return 0;
         return Procedure::mf_forward<UQSearchUserDialog>(
             _hDlg, _uMsg, _sFunction_, NO_USER_DATA, [&](UQSearchUserDialog& _dialog) -> INT_PTR {
@@ -569,6 +570,20 @@ INT_PTR CALLBACK f_SearchUserDialogCallback(HWND _hDlg, UINT _uMsg, WPARAM _wPar
                 case LVN_COLUMNCLICK:
                     _dialog.mf_implOnSortColumn(reinterpret_cast<NMLISTVIEW*>(_lParam), 1);
                     return 0;
+                case LVN_KEYDOWN: {
+                    // Ctrl+1 sorts as a click on the header does, which takes no keyboard focus.
+                    const NMLVKEYDOWN* pKey = reinterpret_cast<const NMLVKEYDOWN*>(_lParam);
+                    if (UQListPanel::mf_getSortColumnOfKey(pHeader->hwndFrom, pKey->wVKey) < 0)
+                        return 0;
+                    NMLISTVIEW click;
+                    ZeroMemory(&click, sizeof click);
+                    click.hdr = *pHeader;
+                    click.hdr.code = LVN_COLUMNCLICK;
+                    click.iItem = -1;
+                    click.iSubItem = pKey->wVKey - '1';
+                    _dialog.mf_implOnSortColumn(&click, 1);
+                    return 0;
+                }
                 case LVN_ITEMCHANGED:
                     _dialog.mf_implOnUpdateControls();
                     return 1;

@@ -2,6 +2,7 @@
 
 #include "compat/UQHandle.h"
 #include "guibase/foundation/UQReport.h"
+#include "guibase/toolkit/UQDpiIcons.h"
 #include "guibase/toolkit/UQWindow.h"
 
 #include <climits>
@@ -203,13 +204,20 @@ void UQListPanel::mf_setHeaderSortIcon(HWND _hWnd, int _nColumn, const UQSortOrd
     SendMessageW(hHeader, HDM_SETITEMW, static_cast<WPARAM>(_nColumn), reinterpret_cast<LPARAM>(&item));
 }
 
+int UQListPanel::mf_getSortColumnOfKey(HWND _hWnd, WORD _wKey) {
+    if (GetKeyState(VK_CONTROL) >= 0 || GetKeyState(VK_MENU) < 0 || _wKey < '1' || _wKey > '9')
+        return -1;
+    const int nColumn = _wKey - '1';
+    return nColumn < mf_getColumnCount(_hWnd) ? nColumn : -1;
+}
+
 void UQListPanel::mf_createImageList(HWND _hWnd) {
-    HIMAGELIST hList = ImageList_Create(GetSystemMetrics(SM_CXSMICON), GetSystemMetrics(SM_CYSMICON),
-                                        ILC_MASK | ILC_COLOR16, 0, 1);
-    SendMessageW(_hWnd, LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(hList));
+    // At the small icon size of the list's DPI, made again at a new DPI with the icons added below.
+    UQDpiIcons::mf_createImageList(_hWnd);
 }
 
 void UQListPanel::mf_deleteImageList(HWND _hWnd) {
+    UQDpiIcons::mf_forgetImageList(_hWnd);
     UQImageList list(reinterpret_cast<HIMAGELIST>(SendMessageW(_hWnd, LVM_GETIMAGELIST, LVSIL_SMALL, 0)));
     if (!list)
         return;
@@ -224,23 +232,13 @@ int UQListPanel::mf_addIcon(HWND _hWnd, unsigned long _uResourceId) {
         UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Could not get image list from list panel");
         return -1;
     }
-    int cx = 0;
-    int cy = 0;
-    if (!ImageList_GetIconSize(hList, &cx, &cy)) {
-        UQReport::mf_log(UQLogData::LEVEL_W, _sFunction_,
-                         L"Could not get image list icon size, assuming 16x16");
-        cx = 16;
-        cy = 16;
-    }
-    const UQIcon icon(static_cast<HICON>(LoadImageW(UQLanguage::mf_getUserLanguageHandle(),
-                                                    MAKEINTRESOURCEW(static_cast<WORD>(_uResourceId)),
-                                                    IMAGE_ICON, cx, cy, 0)));
-    if (!icon) {
+    // Loaded at the image list's size, which is the size of the list's DPI.
+    const int nIndex = UQDpiIcons::mf_addImage(_hWnd, UQLanguage::mf_getUserLanguageHandle(),
+                                               static_cast<WORD>(_uResourceId));
+    if (nIndex < 0)
         UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Could not load icon with resource-id=%lu",
                          static_cast<std::uint32_t>(_uResourceId));
-        return -1;
-    }
-    return ImageList_ReplaceIcon(hList, -1, icon.mf_get());
+    return nIndex;
 }
 
 void UQListPanel::mf_setIcon(HWND _hWnd, int _nItem, int _nImage) {

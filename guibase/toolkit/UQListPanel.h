@@ -45,6 +45,10 @@ public:
     static CString mf_getHeaderText(HWND _hWnd, int _nColumn);
     // Adds the arrow of _order to the column's header; arrows set before stay.
     static void mf_setHeaderSortIcon(HWND _hWnd, int _nColumn, const UQSortOrder& _order);
+    // The column that a key pressed in the list (LVN_KEYDOWN) sorts by: Ctrl+1 the first, up to Ctrl+9,
+    // while the list has that column; -1 for any other key. A header takes no keyboard focus, so this is how
+    // a list is sorted without a mouse.
+    static int mf_getSortColumnOfKey(HWND _hWnd, WORD _wKey);
 
     // A small-icon image list for the list; one set before is not destroyed.
     static void mf_createImageList(HWND _hWnd);

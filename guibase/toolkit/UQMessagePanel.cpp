@@ -1,5 +1,7 @@
 #include "guibase/toolkit/UQMessagePanel.h"
 
+#include "guibase/toolkit/UQDpiIcons.h"
+
 namespace {
 
 const WORD ICON_GREEN = 10002;
@@ -15,26 +17,14 @@ void setText(HWND _hItem, const CString& _sText) {
         SendMessageW(_hItem, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(static_cast<const wchar_t*>(_sText)));
 }
 
-void setIcon(HWND _hItem, HICON _hIcon) {
-    if (_hItem != nullptr)
-        SendMessageW(_hItem, STM_SETICON, reinterpret_cast<WPARAM>(_hIcon), 0);
-}
-
 } // namespace
 
 UQMessagePanel::UQMessagePanel(unsigned long _ulIconSize)
-    : m_ulIconSize(_ulIconSize), m_hLanguage(nullptr), m_hBlankIcon(nullptr), m_hGreenIcon(nullptr),
-      m_hYellowIcon(nullptr), m_hRedIcon(nullptr), m_hIcon(nullptr), m_hHeading(nullptr),
+    : m_ulIconSize(_ulIconSize), m_hLanguage(nullptr), m_hIcon(nullptr), m_hHeading(nullptr),
       m_hMessage(nullptr) {}
 
-UQMessagePanel::~UQMessagePanel() {
-    // DeleteObject does not free an icon, least of all a shared one: the calls stay for the handles a
-    // derived panel may have put here, and a copy's destructor cannot release an icon twice.
-    for (HICON hIcon : {m_hBlankIcon, m_hGreenIcon, m_hYellowIcon, m_hRedIcon}) {
-        if (hIcon != nullptr)
-            DeleteObject(hIcon);
-    }
-}
+// The icons belong to the dialog, not to the panel or its copies.
+UQMessagePanel::~UQMessagePanel() = default;
 
 int UQMessagePanel::mf_onInitDialog(HWND _hDlg) {
     m_hLanguage = UQLanguage::mf_getLanguageHandle(UQLanguage::CURRENT);
@@ -45,7 +35,7 @@ int UQMessagePanel::mf_onInitDialog(HWND _hDlg) {
 }
 
 void UQMessagePanel::mf_hide() {
-    setIcon(m_hIcon, mf_implLoadCached(m_hBlankIcon, ICON_BLANK));
+    mf_implShowIcon(ICON_BLANK);
     setText(m_hHeading, CString());
     setText(m_hMessage, CString());
 }
@@ -63,25 +53,26 @@ void UQMessagePanel::mf_setMessage(const UQErrno& _error) {
 
 void UQMessagePanel::mf_setMessage(const UVSeverity& _severity, const CString& _sHeading,
                                    const CString& _sMessage) {
-    setIcon(m_hIcon, mf_implLoadIcon(_severity));
+    mf_implShowIcon(mf_implIconOf(_severity));
     setText(m_hHeading, _sHeading);
     setText(m_hMessage, _sMessage);
 }
 
-HICON UQMessagePanel::mf_implLoadIcon(const UVSeverity& _severity) {
+WORD UQMessagePanel::mf_implIconOf(const UVSeverity& _severity) {
     if (_severity.mf_isGreen())
-        return mf_implLoadCached(m_hGreenIcon, ICON_GREEN);
+        return ICON_GREEN;
     if (_severity.mf_isYellow())
-        return mf_implLoadCached(m_hYellowIcon, ICON_YELLOW);
+        return ICON_YELLOW;
     if (_severity.mf_isRed())
-        return mf_implLoadCached(m_hRedIcon, ICON_RED);
-    return nullptr;
+        return ICON_RED;
+    return 0;
 }
 
-HICON UQMessagePanel::mf_implLoadCached(HICON& _rhIcon, WORD _wIconId) {
-    if (_rhIcon == nullptr && m_hLanguage != nullptr)
-        _rhIcon = static_cast<HICON>(LoadImageW(m_hLanguage, MAKEINTRESOURCEW(_wIconId), IMAGE_ICON,
-                                                static_cast<int>(m_ulIconSize),
-                                                static_cast<int>(m_ulIconSize), LR_SHARED));
-    return _rhIcon;
+void UQMessagePanel::mf_implShowIcon(WORD _wIconId) {
+    if (m_hIcon == nullptr)
+        return;
+    if (_wIconId == 0 || m_hLanguage == nullptr)
+        UQDpiIcons::mf_clear(m_hIcon);
+    else
+        UQDpiIcons::mf_show(m_hIcon, m_hLanguage, _wIconId, static_cast<int>(m_ulIconSize));
 }

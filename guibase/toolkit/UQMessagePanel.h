@@ -4,9 +4,11 @@
 
 // The part of a dialog that shows a severity icon, a heading and a message (items 30021, 1038 and 30022).
 // The message box owns one; other panels embed one in their own dialogs. Icons come from the language
-// module and are loaded once per panel, on first use.
+// module at the size the dialog's DPI asks for, and again at a new size when the dialog is told of a new
+// DPI (UQDpiIcons); the dialog keeps them and destroys them with itself.
 class KORGUIBASE_API UQMessagePanel {
 public:
+    // _ulIconSize: the icon's size at 96 DPI; 16 and 32 follow the system's small and large icon sizes.
     explicit UQMessagePanel(unsigned long _ulIconSize = 16);
     UQMessagePanel(const UQMessagePanel& _other) = default;
     UQMessagePanel& operator=(const UQMessagePanel& _other) = default;
@@ -25,19 +27,14 @@ public:
                                const CString& _sMessage);
 
 protected:
-    HICON mf_implLoadIcon(const UVSeverity& _severity);
+    // The icon resource of a severity; 0 for one that is neither green, yellow nor red.
+    static WORD mf_implIconOf(const UVSeverity& _severity);
 
 private:
-    HICON mf_implLoadCached(HICON& _rhIcon, WORD _wIconId);
+    void mf_implShowIcon(WORD _wIconId);
 
     unsigned long m_ulIconSize;
     HMODULE m_hLanguage;
-    // Loaded with LR_SHARED: the system owns them and frees them with the language module, so copies
-    // of a panel may share the handles.
-    HICON m_hBlankIcon;
-    HICON m_hGreenIcon;
-    HICON m_hYellowIcon;
-    HICON m_hRedIcon;
     HWND m_hIcon;
     HWND m_hHeading;
     HWND m_hMessage;

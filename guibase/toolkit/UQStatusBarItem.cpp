@@ -29,10 +29,21 @@ int UQStatusBarItem::mf_onInitDialog(HWND _hStatusBar, HMENU _hContextMenu) {
 }
 
 int UQStatusBarItem::mf_onDrawItem(const DRAWITEMSTRUCT& _drawItem) {
-    DrawIconEx(_drawItem.hDC, _drawItem.rcItem.left + 6, _drawItem.rcItem.top + 1, m_hIcon, 16, 16, 0,
-               nullptr, DI_NORMAL);
+    // The icon at the size it was loaded at, which its owner chose for the bar's DPI.
+    int nIconWidth = 16;
+    ICONINFO info = {};
+    if (m_hIcon != nullptr && GetIconInfo(m_hIcon, &info)) {
+        BITMAP bitmap = {};
+        if (GetObjectW(info.hbmMask, sizeof bitmap, &bitmap) != 0)
+            nIconWidth = bitmap.bmWidth;
+        DeleteObject(info.hbmMask);
+        if (info.hbmColor != nullptr)
+            DeleteObject(info.hbmColor);
+        DrawIconEx(_drawItem.hDC, _drawItem.rcItem.left + 6, _drawItem.rcItem.top + 1, m_hIcon, 0, 0, 0,
+                   nullptr, DI_NORMAL);
+    }
     RECT rcText = _drawItem.rcItem;
-    rcText.left += 28;
+    rcText.left += 6 + nIconWidth + 6;
     SetBkMode(_drawItem.hDC, TRANSPARENT);
     // The bar's DC comes with black text: in a high-contrast set with a black face it would not be seen.
     SetTextColor(_drawItem.hDC, GetSysColor(COLOR_BTNTEXT));

@@ -18,8 +18,9 @@ public:
     virtual void mf_updateContent(HICON _hIcon, const CString& _sText);
     // Keeps the bar and the item's context menu (may be null); answers 1.
     virtual int mf_onInitDialog(HWND _hStatusBar, HMENU _hContextMenu);
-    // The icon at 16x16 pixels, 6 from the part's left edge and 1 from its top, the text from 28 pixels;
-    // keeps the part's rectangle for hit-testing; answers 1.
+    // The icon at its own size (16x16 pixels at 96 DPI), 6 from the part's left edge and 1 from its top,
+    // the text 6 pixels after it (from 28 for a 16-pixel icon); keeps the part's rectangle for hit-testing;
+    // answers 1.
     virtual int mf_onDrawItem(const DRAWITEMSTRUCT& _drawItem);
     // The item's menu for a right click at a point of the bar's client area inside the part as last
     // drawn; null outside it (without a record), when disabled, or when the item has none.

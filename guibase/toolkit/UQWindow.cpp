@@ -1,5 +1,6 @@
 #include "guibase/toolkit/UQWindow.h"
 
+#include "guibase/toolkit/UQDpiIcons.h"
 #include "guibase/toolkit/UQToolkitReport.h"
 
 #include <cstdio>
@@ -218,15 +219,8 @@ int UQWindow::mf_setItemNumber(HWND _hDlg, int _nId, int _nNumber) {
 }
 
 int UQWindow::mf_setIcon(HWND _hWnd, WORD _wIconId) {
-    HMODULE hLanguage = UQLanguage::mf_getLanguageHandle(UQLanguage::CURRENT);
-    HANDLE hIcon = LoadImageW(hLanguage, MAKEINTRESOURCEW(_wIconId), IMAGE_ICON,
-                              GetSystemMetrics(SM_CXSMICON), GetSystemMetrics(SM_CYSMICON), LR_SHARED);
-    if (hIcon == nullptr)
-        return 0;
-    // A dialog takes the first, a static control the second.
-    SendMessageW(_hWnd, WM_SETICON, ICON_SMALL, reinterpret_cast<LPARAM>(hIcon));
-    SendMessageW(_hWnd, STM_SETICON, reinterpret_cast<WPARAM>(hIcon), 0);
-    return 1;
+    // The small icon size of the window's DPI; the window keeps the icon and destroys it with itself.
+    return UQDpiIcons::mf_show(_hWnd, UQLanguage::mf_getLanguageHandle(UQLanguage::CURRENT), _wIconId, 16);
 }
 
 int UQWindow::mf_setItemIcon(HWND _hDlg, int _nId, WORD _wIconId) {

@@ -46,8 +46,9 @@ public:
     static int mf_setNumber(HWND _hWnd, int _nNumber);
     static int mf_setItemNumber(HWND _hDlg, int _nId, int _nNumber);
 
-    // Shows a small icon of the current language module: as the window's small icon and as a static
-    // control's icon. 0, without a record, when the icon cannot be loaded.
+    // Shows a small icon of the current language module at the small icon size of the window's DPI, and
+    // again at a new DPI (UQDpiIcons): as the window's small icon and as a static control's icon. 0,
+    // without a record, when the icon cannot be loaded; the window then shows none.
     static int mf_setIcon(HWND _hWnd, WORD _wIconId);
     static int mf_setItemIcon(HWND _hDlg, int _nId, WORD _wIconId);
 

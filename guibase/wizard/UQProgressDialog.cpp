@@ -37,7 +37,7 @@ UQProgressDialog::UQProgressDialog(const CString& _sTitle, UQThreads& _rWorker, 
 
 UQProgressDialog::UQProgressDialog(const UQProgressDialog& _other)
     : UQEventListener(_other), m_sTitle(_other.m_sTitle), m_pWorker(_other.m_pWorker),
-      m_cancelSwitch(_other.m_cancelSwitch), m_hDlg(_other.m_hDlg.load()) {}
+      m_cancelSwitch(_other.m_cancelSwitch), m_hDlg(_other.m_hDlg.load()), m_layout(_other.m_layout) {}
 
 UQProgressDialog::~UQProgressDialog() {
     mf_unregister();
@@ -106,7 +106,13 @@ int UQProgressDialog::mf_implOnInitDialog(HWND _hDlg) {
         hCancel = GetDlgItem(_hDlg, 142);
     if (hCancel != nullptr)
         SetFocus(hCancel);
+    m_layout.mf_capture(_hDlg);
     return 0;
+}
+
+int UQProgressDialog::mf_implOnDpiChanged(UINT _uDpi, const RECT* _pSuggested) {
+    m_layout.mf_apply(_uDpi, _pSuggested);
+    return 1;
 }
 
 int UQProgressDialog::mf_implOnNotify(NMHDR*) {
@@ -133,6 +139,8 @@ int UQProgressDialog::mf_execute(HINSTANCE _hInstance, HWND _hParent, unsigned s
     const INT_PTR nResult = DialogBoxParamW(_hInstance, MAKEINTRESOURCEW(_usTemplateId), _hParent,
                                             f_ProgressDialogCallback, reinterpret_cast<LPARAM>(this));
     m_hDlg.store(nullptr);
+    // The dialog and its controls are gone: the fonts made for another DPI can go too.
+    m_layout.mf_release();
     if (nResult == 0 || nResult == 1)
         return static_cast<int>(nResult);
     const UQErrno error = UQToolkitReport::mf_systemError(UQErrno::_E_::Gui);
@@ -184,6 +192,11 @@ INT_PTR CALLBACK f_ProgressDialogCallback(HWND _hDlg, UINT _uMsg, WPARAM _wParam
             _hDlg, _uMsg, _sFunction_, NO_USER_DATA,
             [&](UQProgressDialog& _dialog) { return _dialog.mf_implOnNotify(pNmhdr); });
     }
+    case WM_DPICHANGED:
+        return Procedure::mf_forward<UQProgressDialog>(
+            _hDlg, _uMsg, _sFunction_, NO_USER_DATA, [&](UQProgressDialog& _dialog) {
+                return _dialog.mf_implOnDpiChanged(LOWORD(_wParam), reinterpret_cast<const RECT*>(_lParam));
+            });
     case MSG_WORK_ENDED:
         return Procedure::mf_forward<UQProgressDialog>(
             _hDlg, _uMsg, _sFunction_, NO_USER_DATA,

@@ -141,6 +141,13 @@ bool sameIcon(HICON _hA, HICON _hB) {
     return !a.empty() && nWidthA == nWidthB && nHeightA == nHeightB && a == b;
 }
 
+std::shared_ptr<HICON__> copyOfIcon(HICON _hIcon) {
+    HICON hCopy = _hIcon != nullptr ? CopyIcon(_hIcon) : nullptr;
+    if (hCopy == nullptr)
+        return nullptr;
+    return std::shared_ptr<HICON__>(hCopy, [](HICON _hOwned) { DestroyIcon(_hOwned); });
+}
+
 int focusedId() {
     HWND hFocus = GetFocus();
     return hFocus != nullptr ? GetDlgCtrlID(hFocus) : 0;

@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <initializer_list>
+#include <memory>
 #include <string>
 
 namespace toolkittest {
@@ -77,6 +78,10 @@ HICON languageIcon(WORD _wIconId, int _nSize);
 
 // Whether two icons have the same size and pixels (a shared icon may come back as another handle).
 bool sameIcon(HICON _hA, HICON _hB);
+
+// A copy of an icon that outlives the window that shows it (a dialog destroys its icons with itself); null
+// for null.
+std::shared_ptr<HICON__> copyOfIcon(HICON _hIcon);
 
 // The id of the control that has the focus, or 0.
 int focusedId();

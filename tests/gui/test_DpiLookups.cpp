@@ -1,5 +1,7 @@
 // The library's DLLs load where user32 lacks the newer DPI calls (Wine 8 has neither
-// SetDialogDpiChangeBehavior nor SetDialogControlDpiChangeBehavior): the calls are looked up, never imported.
+// SetDialogDpiChangeBehavior nor SetDialogControlDpiChangeBehavior; Windows before 10 1607 lacks
+// GetDpiForWindow and GetSystemMetricsForDpi, comctl32 before version 6 LoadIconWithScaleDown): the calls are
+// looked up, never imported, and answered from the older calls where they are missing.
 #include "ToolkitTestIds.h"
 #include "ToolkitTestSupport.h"
 
@@ -14,13 +16,14 @@
 namespace {
 
 const char* const LOOKED_UP[] = {"SetDialogDpiChangeBehavior", "SetDialogControlDpiChangeBehavior"};
+const char* const LOOKED_UP_TOO[] = {"GetDpiForWindow", "GetSystemMetricsForDpi", "LoadIconWithScaleDown"};
 
 bool runningUnderWine() {
     const HMODULE hNtdll = GetModuleHandleW(L"ntdll.dll");
     return hNtdll != nullptr && GetProcAddress(hNtdll, "wine_get_version") != nullptr;
 }
 
-// The names a loaded module imports from user32.dll, read from its import directory.
+// The names a loaded module imports from user32.dll and comctl32.dll, read from its import directory.
 std::vector<std::string> user32ImportsOf(HMODULE _hModule) {
     std::vector<std::string> names;
     const BYTE* pBase = reinterpret_cast<const BYTE*>(_hModule);
@@ -32,7 +35,8 @@ std::vector<std::string> user32ImportsOf(HMODULE _hModule) {
     for (const IMAGE_IMPORT_DESCRIPTOR* pImport =
              reinterpret_cast<const IMAGE_IMPORT_DESCRIPTOR*>(pBase + directory.VirtualAddress);
          pImport->Name != 0; ++pImport) {
-        if (lstrcmpiA(reinterpret_cast<const char*>(pBase + pImport->Name), "user32.dll") != 0)
+        const char* pszDll = reinterpret_cast<const char*>(pBase + pImport->Name);
+        if (lstrcmpiA(pszDll, "user32.dll") != 0 && lstrcmpiA(pszDll, "comctl32.dll") != 0)
             continue;
         const DWORD dwThunks =
             pImport->OriginalFirstThunk != 0 ? pImport->OriginalFirstThunk : pImport->FirstThunk;
@@ -58,9 +62,12 @@ TEST(DpiLookups, EveryDllOfTheLibraryLoadsAndImportsNoneOfTheLookedUpCalls) {
         if (lstrcmpiW(pszDll, L"korguibase.dll") == 0) {
             EXPECT_FALSE(imports.empty()) << "the import directory was not read";
         }
-        for (const std::string& sImport : imports)
+        for (const std::string& sImport : imports) {
             for (const char* pszName : LOOKED_UP)
                 EXPECT_NE(sImport, pszName) << utf8(CString(pszDll)) << " imports it";
+            for (const char* pszName : LOOKED_UP_TOO)
+                EXPECT_NE(sImport, pszName) << utf8(CString(pszDll)) << " imports it";
+        }
         FreeLibrary(hModule);
     }
 }
@@ -86,4 +93,47 @@ TEST(DpiLookups, AMissingCallIsAnsweredNotCalled) {
     EXPECT_EQ(bar.mf_onInitDialog(hDlg, nullptr), 1);
     EXPECT_NE(bar.mf_getWindowHandle(), nullptr);
     DestroyWindow(hDlg);
+}
+
+// The DPI of a window, a system metric at a DPI and an icon of a size: the system's answer where it has the
+// calls (Wine 8 has all three), the same answer from the older calls otherwise.
+TEST(DpiLookups, TheWindowsDpiTheMetricsOfADpiAndAnIconOfASize) {
+    toolkittest::initCommonControls();
+    HDC hScreen = GetDC(nullptr);
+    const UINT uSystemDpi = static_cast<UINT>(GetDeviceCaps(hScreen, LOGPIXELSY));
+    ReleaseDC(nullptr, hScreen);
+    EXPECT_EQ(UQDpi::mf_getSystemDpi(), uSystemDpi);
+    HWND hDlg = CreateDialogParamW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDD_STATUS_BAR), nullptr,
+                                   toolkittest::inertProcedure, 0);
+    ASSERT_NE(hDlg, nullptr);
+    EXPECT_EQ(UQDpi::mf_getWindowDpi(hDlg), uSystemDpi);
+    EXPECT_EQ(UQDpi::mf_getWindowDpi(nullptr), uSystemDpi);
+    DestroyWindow(hDlg);
+    const HMODULE hUser = GetModuleHandleW(L"user32.dll");
+    if (runningUnderWine()) {
+        EXPECT_NE(GetProcAddress(hUser, "GetDpiForWindow"), nullptr);
+        EXPECT_NE(GetProcAddress(hUser, "GetSystemMetricsForDpi"), nullptr);
+    }
+    EXPECT_EQ(UQDpi::mf_getSystemMetricForDpi(SM_CXSMICON, uSystemDpi), GetSystemMetrics(SM_CXSMICON));
+    const int anSizes[][3] = {{16, 96, 16}, {16, 120, 20}, {16, 144, 24}, {16, 192, 32},
+                              {32, 96, 32}, {32, 144, 48}, {21, 192, 42}, {16, 0, 16}};
+    for (const auto& size : anSizes)
+        EXPECT_EQ(UQDpi::mf_getIconSize(size[0], static_cast<UINT>(size[1])), size[2])
+            << size[0] << " px at 96 DPI, at " << size[1] << " DPI";
+    const HMODULE hLanguage = UQLanguage::mf_getLanguageHandle(UQLanguage::CURRENT);
+    for (int nSize : {16, 24, 32, 40}) {
+        HICON hIcon = UQDpi::mf_loadIcon(hLanguage, 10002, nSize);
+        ASSERT_NE(hIcon, nullptr) << nSize;
+        ICONINFO info = {};
+        ASSERT_TRUE(GetIconInfo(hIcon, &info));
+        BITMAP bitmap = {};
+        GetObjectW(info.hbmColor != nullptr ? info.hbmColor : info.hbmMask, sizeof bitmap, &bitmap);
+        EXPECT_EQ(bitmap.bmWidth, nSize);
+        DeleteObject(info.hbmMask);
+        if (info.hbmColor != nullptr)
+            DeleteObject(info.hbmColor);
+        EXPECT_TRUE(DestroyIcon(hIcon)) << "the caller owns the icon";
+    }
+    EXPECT_EQ(UQDpi::mf_loadIcon(hLanguage, 9999, 16), nullptr);
+    EXPECT_EQ(UQDpi::mf_loadIcon(nullptr, 10002, 16), nullptr);
 }

@@ -23,12 +23,14 @@ protected:
 TEST_F(UQHelpDialogTest, ShowsTheTitleTheIconAndTheTextAndClosesWithItsButton) {
     std::string sTitle, sText, sClose;
     HICON hIcon = nullptr;
+    std::shared_ptr<HICON__> shownIcon;
     DialogDriver driver;
     driver.then([&](HWND _hDlg) {
         sTitle = textOf(_hDlg);
         sText = itemText(_hDlg, IDC_HELP_TEXT);
         sClose = itemText(_hDlg, IDCANCEL);
         hIcon = iconOf(_hDlg, IDC_HELP_ICON);
+        shownIcon = copyOfIcon(hIcon);
         DialogDriver::click(_hDlg, IDCANCEL);
     });
     LogCheck log;
@@ -39,7 +41,7 @@ TEST_F(UQHelpDialogTest, ShowsTheTitleTheIconAndTheTextAndClosesWithItsButton) {
     EXPECT_EQ(sText, "Type a pattern such as *\\Finance\\* and press Search.");
     EXPECT_EQ(sClose, "OK");
     EXPECT_NE(hIcon, nullptr);
-    EXPECT_TRUE(sameIcon(hIcon, languageIcon(IDI_SEVERITY_GREEN, GetSystemMetrics(SM_CXSMICON))));
+    EXPECT_TRUE(sameIcon(shownIcon.get(), languageIcon(IDI_SEVERITY_GREEN, GetSystemMetrics(SM_CXSMICON))));
     EXPECT_EQ(log.count(), 0u);
 }
 

@@ -35,6 +35,8 @@ struct Seen {
     int nFocus = 0;
     int nDefault = 0;
     HICON hIcon = nullptr;
+    // The icon as it was shown; the box destroys its own icons with itself.
+    std::shared_ptr<HICON__> shownIcon;
     int nMessageLength = 0;
 };
 
@@ -52,6 +54,7 @@ Seen look(HWND _hDlg) {
     seen.nFocus = focusedId();
     seen.nDefault = LOWORD(SendMessageW(_hDlg, DM_GETDEFID, 0, 0));
     seen.hIcon = iconOf(_hDlg, IDC_MESSAGE_ICON);
+    seen.shownIcon = copyOfIcon(seen.hIcon);
     seen.nMessageLength = GetWindowTextLengthW(GetDlgItem(_hDlg, IDC_MESSAGE_TEXT));
     return seen;
 }
@@ -85,7 +88,7 @@ TEST_F(UQMessageBoxTest, ASingleButtonBoxIgnoresEscButClosesWithCancelOnTheClose
     EXPECT_TRUE(seen.bButton2Visible);
     EXPECT_EQ(seen.sButton2, "OK");
     EXPECT_EQ(seen.nFocus, IDC_MESSAGE_BUTTON2);
-    EXPECT_TRUE(sameIcon(seen.hIcon, languageIcon(IDI_SEVERITY_GREEN, 16)));
+    EXPECT_TRUE(sameIcon(seen.shownIcon.get(), languageIcon(IDI_SEVERITY_GREEN, 16)));
     EXPECT_NE(seen.hIcon, nullptr);
     EXPECT_EQ(log.lines(),
               (std::vector<LogLine>{FOCUS_2,
@@ -161,7 +164,7 @@ TEST_F(UQMessageBoxTest, YesNoWithDefaultOneFocusesYesAndYesAnswersYes) {
     EXPECT_EQ(seen.sButton2, "&No");
     EXPECT_EQ(seen.nFocus, IDC_MESSAGE_BUTTON1);
     EXPECT_EQ(seen.nDefault, IDC_MESSAGE_BUTTON1);
-    EXPECT_TRUE(sameIcon(seen.hIcon, languageIcon(IDI_SEVERITY_YELLOW, 16)));
+    EXPECT_TRUE(sameIcon(seen.shownIcon.get(), languageIcon(IDI_SEVERITY_YELLOW, 16)));
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{FOCUS_1, YES}));
 }
 
@@ -229,7 +232,7 @@ TEST_F(UQMessageBoxTest, ABoxFromErrorDataHasOneButtonTheDatasSeverityAndTheDefa
     EXPECT_EQ(seen.sHeading, "Stormex HSM Client");
     EXPECT_EQ(seen.sMessage, utf8(UQErrno::mf_toGuiMessage(data, CString())));
     EXPECT_FALSE(seen.bButton1Visible);
-    EXPECT_TRUE(sameIcon(seen.hIcon, languageIcon(IDI_SEVERITY_RED, 16)));
+    EXPECT_TRUE(sameIcon(seen.shownIcon.get(), languageIcon(IDI_SEVERITY_RED, 16)));
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{FOCUS_2, YES}));
 }
 
@@ -421,5 +424,5 @@ TEST_F(UQMessageBoxTest, ACopyShowsTheSameBox) {
     EXPECT_EQ(copy.mf_show(nullptr), UQMessageBox::RESULT_YES);
     EXPECT_EQ(seen.sTitle, "Copied caption");
     EXPECT_EQ(seen.sMessage, "Copied text");
-    EXPECT_TRUE(sameIcon(seen.hIcon, languageIcon(IDI_SEVERITY_RED, 16)));
+    EXPECT_TRUE(sameIcon(seen.shownIcon.get(), languageIcon(IDI_SEVERITY_RED, 16)));
 }

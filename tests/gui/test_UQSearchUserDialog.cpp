@@ -8,6 +8,7 @@
 #include "guibase/settings/RegistrySandbox.h"
 #include "korlang_ids.h"
 
+#include <algorithm>
 #include <memory>
 
 using namespace panelstest;
@@ -80,6 +81,31 @@ CString savedAuthority(const RegistrySandbox& _sandbox) {
                      L"SearchUserAuthority", RRF_RT_REG_SZ, nullptr, szValue, &dwSize) != ERROR_SUCCESS)
         return L"<none>";
     return szValue;
+}
+
+// A key pressed in the list as the list hears it from the keyboard: Shift and Ctrl through the thread's
+// keyboard state, which the list reads with GetKeyState.
+void pressIn(HWND _hList, WPARAM _wKey, bool _bShift = false, bool _bCtrl = false) {
+    BYTE keys[256];
+    GetKeyboardState(keys);
+    keys[VK_SHIFT] = _bShift ? 0x80 : 0;
+    keys[VK_CONTROL] = _bCtrl ? 0x80 : 0;
+    SetKeyboardState(keys);
+    SendMessageW(_hList, WM_KEYDOWN, _wKey, 1);
+    SendMessageW(_hList, WM_KEYUP, _wKey, static_cast<LPARAM>(0xC0000001u));
+    keys[VK_SHIFT] = 0;
+    keys[VK_CONTROL] = 0;
+    SetKeyboardState(keys);
+}
+
+// The selected rows of the list, in order, item by item.
+std::vector<int> selectedRows(HWND _hList) {
+    std::vector<int> rows;
+    const int nCount = static_cast<int>(SendMessageW(_hList, LVM_GETITEMCOUNT, 0, 0));
+    for (int i = 0; i < nCount; ++i)
+        if (SendMessageW(_hList, LVM_GETITEMSTATE, static_cast<WPARAM>(i), LVIS_SELECTED) & LVIS_SELECTED)
+            rows.push_back(i);
+    return rows;
 }
 
 class UQSearchUserDialogTest : public ::testing::Test {
@@ -295,6 +321,59 @@ TEST_F(UQSearchUserDialogTest, OkWithoutASelectedEntryEndsWithZero) {
     EXPECT_EQ(m_dialog.mf_getResultUser(), nullptr);
     EXPECT_EQ(log.lines(),
               (std::vector<LogLine>{{'E', "UQSearchUserDialog::mf_implSetResults", "No sid selected"}}));
+}
+
+// The list of users from the keyboard: the arrows, Home and End move the one selected user (the list takes
+// one at a time, so Shift does not extend it), OK is enabled once a user is selected, and Ctrl+1 sorts the
+// list as a click on its header does.
+TEST_F(UQSearchUserDialogTest, TheKeyboardMovesInTheListAndCtrlOneSortsIt) {
+    std::vector<std::vector<int>> moves;
+    std::vector<std::size_t> counts;
+    std::vector<std::string> listed, sorted;
+    std::string sChosen;
+    bool bOkBefore = true;
+    bool bOkAfter = false;
+    int nArrow = 0;
+    DialogDriver driver;
+    driver.then([&](HWND _hDlg) {
+        pressList(_hDlg);
+        HWND hList = item(_hDlg, IDC_SEARCH_USER_LIST);
+        listed = listTexts(hList);
+        bOkBefore = enabled(_hDlg, IDC_SEARCH_USER_OK);
+        SendMessageW(_hDlg, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(hList), TRUE);
+        const std::pair<WPARAM, bool> keys[] = {
+            {VK_HOME, false}, {VK_DOWN, false}, {VK_END, false}, {VK_UP, false}, {VK_UP, true}};
+        for (const auto& key : keys) {
+            pressIn(hList, key.first, key.second);
+            moves.push_back(selectedRows(hList));
+            counts.push_back(static_cast<std::size_t>(SendMessageW(hList, LVM_GETSELECTEDCOUNT, 0, 0)));
+        }
+        bOkAfter = enabled(_hDlg, IDC_SEARCH_USER_OK);
+        const std::vector<std::string> shown = listTexts(hList);
+        sChosen = moves.back().size() == 1 ? shown[static_cast<std::size_t>(moves.back()[0])] : "";
+        pressIn(hList, '1', false, true);
+        sorted = listTexts(hList);
+        HDITEMW header;
+        ZeroMemory(&header, sizeof header);
+        header.mask = HDI_FORMAT;
+        SendMessageW(ListView_GetHeader(hList), HDM_GETITEMW, 0, reinterpret_cast<LPARAM>(&header));
+        nArrow = header.fmt & (HDF_SORTUP | HDF_SORTDOWN);
+        DialogDriver::click(_hDlg, IDC_SEARCH_USER_CANCEL);
+    });
+    EXPECT_EQ(m_dialog.mf_show(nullptr), 0);
+    EXPECT_FALSE(driver.timedOut());
+    ASSERT_EQ(listed.size(), 5u);
+    EXPECT_EQ(moves, (std::vector<std::vector<int>>{{0}, {1}, {4}, {3}, {2}}));
+    EXPECT_EQ(counts, (std::vector<std::size_t>{1, 1, 1, 1, 1}));
+    EXPECT_FALSE(bOkBefore);
+    EXPECT_TRUE(bOkAfter);
+    EXPECT_EQ(sChosen, listed[2]);
+    // Descending, names that differ only in case in either order.
+    ASSERT_EQ(sorted.size(), 5u);
+    EXPECT_EQ(std::vector<std::string>(sorted.begin(), sorted.begin() + 3),
+              (std::vector<std::string>{"zoe", "Mike", "abcd"}));
+    EXPECT_TRUE(std::is_permutation(sorted.begin(), sorted.end(), listed.begin()));
+    EXPECT_EQ(nArrow, HDF_SORTDOWN);
 }
 
 TEST_F(UQSearchUserDialogTest, EnterInTheFilterListsAndKeepsTheDialogOpen) {

@@ -10,15 +10,21 @@
 
 namespace {
 
-void expectRulesKept(WORD _wTemplate, DialogKind _kind) {
+// The template as the program carries it; no controls when it cannot be read.
+DialogTemplate templateOf(WORD _wTemplate) {
+    DialogTemplate dialog;
     HMODULE hModule = GetModuleHandleW(nullptr);
     HRSRC hResource = FindResourceW(hModule, MAKEINTRESOURCEW(_wTemplate), RT_DIALOG);
-    ASSERT_NE(hResource, nullptr) << _wTemplate;
-    HGLOBAL hData = LoadResource(hModule, hResource);
-    ASSERT_NE(hData, nullptr) << _wTemplate;
-    DialogTemplate dialog;
-    ASSERT_EQ(dialog.parse(LockResource(hData), SizeofResource(hModule, hResource)), "") << _wTemplate;
-    EXPECT_FALSE(dialog.controls.empty());
+    HGLOBAL hData = hResource != nullptr ? LoadResource(hModule, hResource) : nullptr;
+    if (hData == nullptr)
+        return dialog;
+    EXPECT_EQ(dialog.parse(LockResource(hData), SizeofResource(hModule, hResource)), "") << _wTemplate;
+    return dialog;
+}
+
+void expectRulesKept(WORD _wTemplate, DialogKind _kind) {
+    const DialogTemplate dialog = templateOf(_wTemplate);
+    ASSERT_FALSE(dialog.controls.empty()) << _wTemplate;
     for (const RuleFinding& finding : TemplateRules(dialog, _kind).checkAll())
         ADD_FAILURE() << TemplateRules::line("korclient", _wTemplate, finding);
 }
@@ -36,4 +42,24 @@ TEST(ClientTemplates, TheResultListKeepsTheRules) {
 
 TEST(ClientTemplates, TheWizardFrameKeepsTheRules) {
     expectRulesKept(528, DialogKind::Dialog);
+}
+
+// Every check box and button of the history search, the six Hide check boxes among them, is reached by an
+// Alt key of its own (that no two keys are alike is the access keys rule above).
+TEST(ClientTemplates, EveryCheckBoxAndButtonOfTheHistorySearchHasAnAccessKey) {
+    const DialogTemplate dialog = templateOf(IDD_KORCLIENT_MAIN);
+    ASSERT_FALSE(dialog.controls.empty());
+    int nHideBoxes = 0;
+    for (const TemplateControl& control : dialog.controls) {
+        if (control.className != L"Button")
+            continue;
+        const DWORD dwType = control.dwStyle & BS_TYPEMASK;
+        if (dwType == BS_GROUPBOX)
+            continue;
+        EXPECT_NE(TemplateRules::accessKey(control.text), L'\0')
+            << "control " << control.nId << " has no access key";
+        if (control.nId >= IDC_MAIN_EXCLUDE_AVAILABLE && control.nId <= IDC_MAIN_EXCLUDE_DELETED_PROTECTED)
+            ++nHideBoxes;
+    }
+    EXPECT_EQ(nHideBoxes, 6);
 }

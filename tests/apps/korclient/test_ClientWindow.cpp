@@ -436,3 +436,99 @@ TEST_F(ClientWindowTest, CtrlAndAColumnsNumberSortTheListWithoutAMouse) {
     EXPECT_EQ(arrows[2].substr(0, 3), "--u");
     EXPECT_EQ(arrows[3], arrows[2]) << "the list has fewer than nine columns";
 }
+
+namespace {
+
+// The width of the green icon in the status bar's first part, as the bar is drawn: the columns of the part
+// that hold a green pixel, from the first to the last. 0 when there is none.
+int greenIconWidth(HWND _hBar) {
+    RECT rcPart{};
+    if (!SendMessageW(_hBar, SB_GETRECT, 0, reinterpret_cast<LPARAM>(&rcPart)))
+        return 0;
+    RedrawWindow(_hBar, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW);
+    const int nWidth = rcPart.right - rcPart.left;
+    const int nHeight = rcPart.bottom - rcPart.top;
+    HDC hBarDC = GetDC(_hBar);
+    HDC hMemoryDC = CreateCompatibleDC(hBarDC);
+    BITMAPINFO info{};
+    info.bmiHeader.biSize = sizeof(info.bmiHeader);
+    info.bmiHeader.biWidth = nWidth;
+    info.bmiHeader.biHeight = -nHeight;
+    info.bmiHeader.biPlanes = 1;
+    info.bmiHeader.biBitCount = 32;
+    info.bmiHeader.biCompression = BI_RGB;
+    void* pBits = nullptr;
+    HBITMAP hBitmap = CreateDIBSection(hMemoryDC, &info, DIB_RGB_COLORS, &pBits, nullptr, 0);
+    int nFirst = -1;
+    int nLast = -1;
+    if (hBitmap != nullptr && pBits != nullptr) {
+        HGDIOBJ hOld = SelectObject(hMemoryDC, hBitmap);
+        BitBlt(hMemoryDC, 0, 0, nWidth, nHeight, hBarDC, rcPart.left, rcPart.top, SRCCOPY);
+        GdiFlush();
+        const DWORD* pPixels = static_cast<const DWORD*>(pBits);
+        for (int y = 0; y < nHeight; ++y) {
+            for (int x = 0; x < nWidth; ++x) {
+                const DWORD dwPixel = pPixels[y * nWidth + x];
+                const int nRed = (dwPixel >> 16) & 0xFF;
+                const int nGreen = (dwPixel >> 8) & 0xFF;
+                const int nBlue = dwPixel & 0xFF;
+                // The icon's disc is 0x1E8E3E; its anti-aliased rim is a lighter green.
+                if (nGreen > 100 && nGreen > nRed + 40 && nGreen > nBlue + 30) {
+                    nFirst = nFirst < 0 || x < nFirst ? x : nFirst;
+                    nLast = x > nLast ? x : nLast;
+                }
+            }
+        }
+        SelectObject(hMemoryDC, hOld);
+        DeleteObject(hBitmap);
+    }
+    DeleteDC(hMemoryDC);
+    ReleaseDC(_hBar, hBarDC);
+    return nFirst < 0 ? 0 : nLast - nFirst + 1;
+}
+
+UINT screenDpi() {
+    HDC hScreen = GetDC(nullptr);
+    const int nDpi = GetDeviceCaps(hScreen, LOGPIXELSY);
+    ReleaseDC(nullptr, hScreen);
+    return static_cast<UINT>(nDpi);
+}
+
+} // namespace
+
+// The status bar's icons have the small icon size of the window's DPI and follow it when the window is told
+// of another DPI (Wine never tells it; the test sends WM_DPICHANGED as Windows would), and back.
+TEST_F(ClientWindowTest, TheStatusBarsIconsFollowTheWindowsDpi) {
+    UQClientWindow window(sServer, sFiles);
+    UQDialogScript script(TIME_LIMIT_MS);
+    std::vector<int> widths;
+    closeTip(script);
+    script.mf_then(L"change the DPI", [&] {
+        HWND hMain = ready(window);
+        if (hMain == nullptr || UQDialogScript::mf_findDialog(L"Tip") != nullptr)
+            return false;
+        HWND hBar = GetDlgItem(hMain, 1039);
+        const UINT uDpi = screenDpi();
+        RECT rc{};
+        GetWindowRect(hMain, &rc);
+        widths.push_back(greenIconWidth(hBar));
+        // The window keeps its rectangle: at twice its size the bar at its foot would lie below the 1024 x
+        // 768 screen of Wine's null driver, where nothing can be read back.
+        SendMessageW(hMain, WM_DPICHANGED, MAKEWPARAM(2 * uDpi, 2 * uDpi), reinterpret_cast<LPARAM>(&rc));
+        widths.push_back(greenIconWidth(hBar));
+        SendMessageW(hMain, WM_DPICHANGED, MAKEWPARAM(uDpi, uDpi), reinterpret_cast<LPARAM>(&rc));
+        widths.push_back(greenIconWidth(hBar));
+        return true;
+    });
+    close(script, window);
+    EXPECT_EQ(window.mf_show(), 0);
+    EXPECT_TRUE(script.mf_isFinished()) << failuresOf(script);
+    ASSERT_EQ(widths.size(), 3u);
+    const int nSmall = MulDiv(16, static_cast<int>(screenDpi()), 96);
+    // The disc fills nearly the whole icon.
+    EXPECT_GE(widths[0], nSmall - 2);
+    EXPECT_LE(widths[0], nSmall);
+    EXPECT_GE(widths[1], 2 * nSmall - 3);
+    EXPECT_LE(widths[1], 2 * nSmall);
+    EXPECT_EQ(widths[2], widths[0]);
+}
