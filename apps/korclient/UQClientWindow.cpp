@@ -277,6 +277,12 @@ INT_PTR UQClientWindow::mf_onNotify(const NMHDR& _header) {
             mf_implSortBy(nColumn);
             return TRUE;
         }
+        // Ctrl+A selects every row, as "Select all" of the status bar's menu does for the mouse.
+        if (reinterpret_cast<const NMLVKEYDOWN&>(_header).wVKey == 'A' && GetKeyState(VK_CONTROL) < 0 &&
+            GetKeyState(VK_MENU) >= 0) {
+            UQListPanel::mf_setSelectedIndex(m_hList, -1);
+            return TRUE;
+        }
     }
     if (_header.idFrom == IDC_MAIN_LIST && _header.code == LVN_ITEMCHANGED)
         mf_implUpdateStatus();

@@ -346,14 +346,14 @@ TEST_F(ClientWindowTest, CancelDuringTheRunLeavesEachFileMigratedWithItsStubOrUn
 
 namespace {
 
-// Ctrl+<digit> pressed in the result list, as the list view hears it from the keyboard.
-void pressCtrlDigit(HWND _hList, char _cDigit) {
+// Ctrl+<key> pressed in the result list, as the list view hears it from the keyboard.
+void pressCtrlKey(HWND _hList, char _cKey) {
     BYTE keys[256];
     GetKeyboardState(keys);
     keys[VK_CONTROL] = 0x80;
     SetKeyboardState(keys);
-    SendMessageW(_hList, WM_KEYDOWN, static_cast<WPARAM>(_cDigit), 1);
-    SendMessageW(_hList, WM_KEYUP, static_cast<WPARAM>(_cDigit), static_cast<LPARAM>(0xC0000001u));
+    SendMessageW(_hList, WM_KEYDOWN, static_cast<WPARAM>(_cKey), 1);
+    SendMessageW(_hList, WM_KEYUP, static_cast<WPARAM>(_cKey), static_cast<LPARAM>(0xC0000001u));
     keys[VK_CONTROL] = 0;
     SetKeyboardState(keys);
 }
@@ -412,7 +412,7 @@ TEST_F(ClientWindowTest, CtrlAndAColumnsNumberSortTheListWithoutAMouse) {
         HWND hList = GetDlgItem(hMain, IDC_MAIN_LIST);
         SetFocus(hList);
         for (char cDigit : {'1', '1', '3', '9'}) {
-            pressCtrlDigit(hList, cDigit);
+            pressCtrlKey(hList, cDigit);
             arrows.push_back(sortArrows(hList));
             orders.push_back(firstColumn(hList));
         }
@@ -435,6 +435,45 @@ TEST_F(ClientWindowTest, CtrlAndAColumnsNumberSortTheListWithoutAMouse) {
     // Ctrl+3 sorts by the third column (status), upward, and the path column loses its arrow.
     EXPECT_EQ(arrows[2].substr(0, 3), "--u");
     EXPECT_EQ(arrows[3], arrows[2]) << "the list has fewer than nine columns";
+}
+
+// The status bar's menus answer a right click only; what they offer has keys: "Select all" is Ctrl+A in the
+// list, "Retrieve..." Alt+R and "Search again" Enter.
+TEST_F(ClientWindowTest, CtrlASelectsEveryRowAsTheStatusBarsSelectAllDoes) {
+    for (const wchar_t* pszName : {L"\\b.txt", L"\\c.txt", L"\\a.txt"})
+        ASSERT_TRUE(writeFile(sFiles + pszName, "x"));
+    UQServerDirectory server(sServer);
+    std::vector<UQFileOutcome> outcomes;
+    std::wstring sWhy;
+    ASSERT_EQ(UQMigration(server, sFiles).mf_run(nullptr, nullptr, outcomes, sWhy), 1) << utf8(sWhy);
+
+    UQClientWindow window(sServer, sFiles);
+    UQDialogScript script(TIME_LIMIT_MS);
+    std::vector<int> selected;
+    closeTip(script);
+    script.mf_then(L"search", [&] {
+        HWND hMain = ready(window);
+        if (hMain == nullptr || UQDialogScript::mf_findDialog(L"Tip") != nullptr)
+            return false;
+        UQDialogScript::mf_click(hMain, IDC_MAIN_SEARCH);
+        return true;
+    });
+    script.mf_then(L"select all by keys", [&] {
+        HWND hMain = ready(window);
+        if (hMain == nullptr || window.mf_getShownCount() != 3)
+            return false;
+        HWND hList = GetDlgItem(hMain, IDC_MAIN_LIST);
+        SetFocus(hList);
+        ListView_SetItemState(hList, -1, 0, LVIS_SELECTED);
+        selected.push_back(static_cast<int>(ListView_GetSelectedCount(hList)));
+        pressCtrlKey(hList, 'A');
+        selected.push_back(static_cast<int>(ListView_GetSelectedCount(hList)));
+        return true;
+    });
+    close(script, window);
+    EXPECT_EQ(window.mf_show(), 0);
+    EXPECT_TRUE(script.mf_isFinished()) << failuresOf(script);
+    EXPECT_EQ(selected, (std::vector<int>{0, 3}));
 }
 
 namespace {
