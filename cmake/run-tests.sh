@@ -89,7 +89,7 @@ run_target() { # name build-dir cmake-args...
 }
 
 # The test executables whose code runs on several threads; only these are built with ThreadSanitizer.
-tsan_targets=(filelist_tests korarchiver_tests korthreads_tests wizard_tests wizard_core_tests)
+tsan_targets=(filelist_tests korarchiver_tests korthreads_tests search_tests wizard_tests wizard_core_tests)
 
 run_tsan() { # build-dir
     local dir=$1 target regex launcher=()
