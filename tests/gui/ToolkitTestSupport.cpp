@@ -174,4 +174,26 @@ void setClientSize(HWND _hWnd, int _nWidth, int _nHeight) {
     SetWindowPos(_hWnd, nullptr, 0, 0, nWidth, nHeight, SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
+void pressInList(HWND _hList, WPARAM _wKey, bool _bShift, bool _bCtrl) {
+    BYTE keys[256];
+    GetKeyboardState(keys);
+    keys[VK_SHIFT] = _bShift ? 0x80 : 0;
+    keys[VK_CONTROL] = _bCtrl ? 0x80 : 0;
+    SetKeyboardState(keys);
+    SendMessageW(_hList, WM_KEYDOWN, _wKey, 1);
+    SendMessageW(_hList, WM_KEYUP, _wKey, static_cast<LPARAM>(0xC0000001u));
+    keys[VK_SHIFT] = 0;
+    keys[VK_CONTROL] = 0;
+    SetKeyboardState(keys);
+}
+
+std::vector<int> selectedRows(HWND _hList) {
+    std::vector<int> rows;
+    const int nCount = static_cast<int>(SendMessageW(_hList, LVM_GETITEMCOUNT, 0, 0));
+    for (int i = 0; i < nCount; ++i)
+        if (SendMessageW(_hList, LVM_GETITEMSTATE, static_cast<WPARAM>(i), LVIS_SELECTED) & LVIS_SELECTED)
+            rows.push_back(i);
+    return rows;
+}
+
 } // namespace toolkittest

@@ -14,6 +14,7 @@
 #include <initializer_list>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace toolkittest {
 
@@ -38,6 +39,13 @@ void initCommonControls();
 
 // Handles every pending message of this thread.
 void pumpMessages();
+
+// A key pressed in a list view as the list hears it from the keyboard: Shift and Ctrl through the thread's
+// keyboard state, which the list reads with GetKeyState.
+void pressInList(HWND _hList, WPARAM _wKey, bool _bShift = false, bool _bCtrl = false);
+
+// The selected rows of a list view, in order, item by item.
+std::vector<int> selectedRows(HWND _hList);
 
 // The test dialog (IDD_TOOLKIT_TEST) as a modeless dialog of this thread, shown; destroyed with the object.
 class TestDialog {

@@ -81,31 +81,6 @@ std::wstring textOfWidth(HWND _hList, int _nTarget) {
     return text;
 }
 
-// A key pressed in the list as the list hears it from the keyboard: Shift and Ctrl through the thread's
-// keyboard state, which the list reads with GetKeyState.
-void pressIn(HWND _hList, WPARAM _wKey, bool _bShift = false, bool _bCtrl = false) {
-    BYTE keys[256];
-    GetKeyboardState(keys);
-    keys[VK_SHIFT] = _bShift ? 0x80 : 0;
-    keys[VK_CONTROL] = _bCtrl ? 0x80 : 0;
-    SetKeyboardState(keys);
-    SendMessageW(_hList, WM_KEYDOWN, _wKey, 1);
-    SendMessageW(_hList, WM_KEYUP, _wKey, static_cast<LPARAM>(0xC0000001u));
-    keys[VK_SHIFT] = 0;
-    keys[VK_CONTROL] = 0;
-    SetKeyboardState(keys);
-}
-
-// The selected rows, in order, as the list reports them item by item.
-std::vector<int> selectedRows(HWND _hList) {
-    std::vector<int> rows;
-    const int nCount = static_cast<int>(SendMessageW(_hList, LVM_GETITEMCOUNT, 0, 0));
-    for (int i = 0; i < nCount; ++i)
-        if (SendMessageW(_hList, LVM_GETITEMSTATE, static_cast<WPARAM>(i), LVIS_SELECTED) & LVIS_SELECTED)
-            rows.push_back(i);
-    return rows;
-}
-
 int focusedRow(HWND _hList) {
     return static_cast<int>(SendMessageW(_hList, LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_FOCUSED));
 }
@@ -434,7 +409,7 @@ TEST_F(UQListPanelTest, ArrowsHomeAndEndMoveTheSelection) {
     std::vector<std::vector<int>> seen;
     std::vector<int> indexes;
     for (WPARAM wKey : {VK_DOWN, VK_DOWN, VK_UP, VK_END, VK_HOME}) {
-        pressIn(list(), wKey);
+        pressInList(list(), wKey);
         seen.push_back(selectedRows(list()));
         indexes.push_back(UQListPanel::mf_getSelectedIndex(list()));
     }
@@ -450,9 +425,9 @@ TEST_F(UQListPanelTest, ShiftWithTheArrowsExtendsTheSelectionAndAPlainArrowEndsI
     UQListPanel::mf_initFullRowSelect(list());
     insertItems(list(), 5);
     SetFocus(list());
-    pressIn(list(), VK_HOME);
-    pressIn(list(), VK_DOWN, true);
-    pressIn(list(), VK_DOWN, true);
+    pressInList(list(), VK_HOME);
+    pressInList(list(), VK_DOWN, true);
+    pressInList(list(), VK_DOWN, true);
     EXPECT_EQ(selectedRows(list()), (std::vector<int>{0, 1, 2}));
     EXPECT_EQ(SendMessageW(list(), LVM_GETSELECTEDCOUNT, 0, 0), 3);
     {
@@ -460,11 +435,11 @@ TEST_F(UQListPanelTest, ShiftWithTheArrowsExtendsTheSelectionAndAPlainArrowEndsI
         EXPECT_EQ(UQListPanel::mf_getSelectedIndex(list()), -1) << "three rows are not one";
         EXPECT_EQ(log.count(), 1u);
     }
-    pressIn(list(), VK_UP, true);
+    pressInList(list(), VK_UP, true);
     EXPECT_EQ(selectedRows(list()), (std::vector<int>{0, 1}));
-    pressIn(list(), VK_END, true);
+    pressInList(list(), VK_END, true);
     EXPECT_EQ(selectedRows(list()), (std::vector<int>{0, 1, 2, 3, 4}));
-    pressIn(list(), VK_UP);
+    pressInList(list(), VK_UP);
     EXPECT_EQ(selectedRows(list()), (std::vector<int>{3}));
 }
 
@@ -473,16 +448,16 @@ TEST_F(UQListPanelTest, CtrlWithTheArrowsMovesOnlyTheFocusAndCtrlSpaceTogglesARo
     UQListPanel::mf_initFullRowSelect(list());
     insertItems(list(), 5);
     SetFocus(list());
-    pressIn(list(), VK_HOME);
-    pressIn(list(), VK_DOWN, false, true);
-    pressIn(list(), VK_DOWN, false, true);
+    pressInList(list(), VK_HOME);
+    pressInList(list(), VK_DOWN, false, true);
+    pressInList(list(), VK_DOWN, false, true);
     EXPECT_EQ(focusedRow(list()), 2);
     EXPECT_EQ(selectedRows(list()), (std::vector<int>{0})) << "Ctrl moves the focus alone";
-    pressIn(list(), VK_SPACE, false, true);
+    pressInList(list(), VK_SPACE, false, true);
     EXPECT_EQ(selectedRows(list()), (std::vector<int>{0, 2}));
-    pressIn(list(), VK_SPACE, false, true);
+    pressInList(list(), VK_SPACE, false, true);
     EXPECT_EQ(selectedRows(list()), (std::vector<int>{0})) << "a second Ctrl+Space takes the row out again";
-    pressIn(list(), VK_SPACE);
+    pressInList(list(), VK_SPACE);
     EXPECT_EQ(selectedRows(list()), (std::vector<int>{2})) << "Space alone selects the focused row alone";
 }
 

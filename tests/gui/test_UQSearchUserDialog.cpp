@@ -14,6 +14,8 @@
 using namespace panelstest;
 using registrytest::RegistrySandbox;
 using toolkittest::itemText;
+using toolkittest::pressInList;
+using toolkittest::selectedRows;
 using toolkittest::textOf;
 
 namespace {
@@ -81,31 +83,6 @@ CString savedAuthority(const RegistrySandbox& _sandbox) {
                      L"SearchUserAuthority", RRF_RT_REG_SZ, nullptr, szValue, &dwSize) != ERROR_SUCCESS)
         return L"<none>";
     return szValue;
-}
-
-// A key pressed in the list as the list hears it from the keyboard: Shift and Ctrl through the thread's
-// keyboard state, which the list reads with GetKeyState.
-void pressIn(HWND _hList, WPARAM _wKey, bool _bShift = false, bool _bCtrl = false) {
-    BYTE keys[256];
-    GetKeyboardState(keys);
-    keys[VK_SHIFT] = _bShift ? 0x80 : 0;
-    keys[VK_CONTROL] = _bCtrl ? 0x80 : 0;
-    SetKeyboardState(keys);
-    SendMessageW(_hList, WM_KEYDOWN, _wKey, 1);
-    SendMessageW(_hList, WM_KEYUP, _wKey, static_cast<LPARAM>(0xC0000001u));
-    keys[VK_SHIFT] = 0;
-    keys[VK_CONTROL] = 0;
-    SetKeyboardState(keys);
-}
-
-// The selected rows of the list, in order, item by item.
-std::vector<int> selectedRows(HWND _hList) {
-    std::vector<int> rows;
-    const int nCount = static_cast<int>(SendMessageW(_hList, LVM_GETITEMCOUNT, 0, 0));
-    for (int i = 0; i < nCount; ++i)
-        if (SendMessageW(_hList, LVM_GETITEMSTATE, static_cast<WPARAM>(i), LVIS_SELECTED) & LVIS_SELECTED)
-            rows.push_back(i);
-    return rows;
 }
 
 class UQSearchUserDialogTest : public ::testing::Test {
@@ -344,14 +321,14 @@ TEST_F(UQSearchUserDialogTest, TheKeyboardMovesInTheListAndCtrlOneSortsIt) {
         const std::pair<WPARAM, bool> keys[] = {
             {VK_HOME, false}, {VK_DOWN, false}, {VK_END, false}, {VK_UP, false}, {VK_UP, true}};
         for (const auto& key : keys) {
-            pressIn(hList, key.first, key.second);
+            pressInList(hList, key.first, key.second);
             moves.push_back(selectedRows(hList));
             counts.push_back(static_cast<std::size_t>(SendMessageW(hList, LVM_GETSELECTEDCOUNT, 0, 0)));
         }
         bOkAfter = enabled(_hDlg, IDC_SEARCH_USER_OK);
         const std::vector<std::string> shown = listTexts(hList);
         sChosen = moves.back().size() == 1 ? shown[static_cast<std::size_t>(moves.back()[0])] : "";
-        pressIn(hList, '1', false, true);
+        pressInList(hList, '1', false, true);
         sorted = listTexts(hList);
         HDITEMW header;
         ZeroMemory(&header, sizeof header);
