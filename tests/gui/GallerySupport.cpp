@@ -45,6 +45,19 @@ HighContrast::HighContrast() {
     SetThemeAppProperties(0);
 }
 
+void HighContrast::dropTheme(HWND _hWnd) {
+    SetWindowTheme(_hWnd, L" ", L" ");
+    EnumChildWindows(
+        _hWnd,
+        [](HWND _hChild, LPARAM) -> BOOL {
+            SetWindowTheme(_hChild, L" ", L" ");
+            return TRUE;
+        },
+        0);
+    RedrawWindow(_hWnd, nullptr, nullptr,
+                 RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN | RDW_UPDATENOW);
+}
+
 HighContrast::~HighContrast() {
     SetThemeAppProperties(STAP_ALLOW_NONCLIENT | STAP_ALLOW_CONTROLS | STAP_ALLOW_WEBCONTENT);
     SetSysColors(static_cast<int>(m_before.size()), INDEXES, m_before.data());

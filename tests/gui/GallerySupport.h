@@ -26,6 +26,10 @@ public:
     HighContrast(const HighContrast&) = delete;
     HighContrast& operator=(const HighContrast&) = delete;
 
+    // Draws _hWnd and its children without visual styles from now on, as Windows draws them in high
+    // contrast: Wine's status bar keeps its theme's light face otherwise, under text in the set's white.
+    static void dropTheme(HWND _hWnd);
+
 private:
     std::vector<COLORREF> m_before;
 };

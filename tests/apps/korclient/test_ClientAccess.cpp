@@ -75,9 +75,21 @@ bool closeByKeys(HWND _hWnd, bool _bAsks) {
 // test's server, so that a search finds them and a retrieval has something to retrieve.
 class ClientAccess : public ::testing::Test {
 protected:
-    ClientAccess()
-        : scratch(L"access"), sFiles(scratch.path() + L"\\files"), sServer(scratch.path() + L"\\server"),
-          sRetrieved(scratch.path() + L"\\retrieved") {}
+    ClientAccess() : ClientAccess(std::wstring()) {}
+    // _sRoot: where the sample lies, instead of a scratch folder (the gallery's short path, so that the
+    // windows show whole paths); emptied before and removed after.
+    explicit ClientAccess(const std::wstring& _sRoot)
+        : scratch(L"access"), sRoot(_sRoot.empty() ? scratch.path() : _sRoot), sFiles(sRoot + L"\\files"),
+          sServer(sRoot + L"\\server"), sRetrieved(sRoot + L"\\retrieved") {
+        if (!_sRoot.empty()) {
+            UQClientSample::mf_removeTree(sRoot);
+            CreateDirectoryW(sRoot.c_str(), nullptr);
+        }
+    }
+    ~ClientAccess() override {
+        if (sRoot != scratch.path())
+            UQClientSample::mf_removeTree(sRoot);
+    }
 
     void SetUp() override {
         INITCOMMONCONTROLSEX controls{sizeof(controls),
@@ -179,6 +191,7 @@ protected:
 
     registrytest::RegistrySandbox registry;
     ScratchFolder scratch;
+    std::wstring sRoot;
     std::wstring sFiles;
     std::wstring sServer;
     std::wstring sRetrieved;
@@ -280,13 +293,17 @@ namespace {
 // Pictures of the three windows for docs/gallery/: <_sPrefix>korclient-<name>.png.
 class ClientGallery : public ClientAccess {
 protected:
-    void pictureEveryWindow(const std::wstring& _sPrefix) {
+    ClientGallery() : ClientAccess(L"C:\\korclient") {}
+
+    void pictureEveryWindow(const std::wstring& _sPrefix, bool _bHighContrast) {
         for (const ClientWindowCase& window : WINDOWS) {
             std::wstring sName = _sPrefix + L"korclient-";
             for (const char* p = window.pszName; *p != '\0'; ++p)
                 sName += static_cast<wchar_t>(*p);
             std::string sFailure = "not shown";
             open(window.which, [&](HWND _hWnd) {
+                if (_bHighContrast)
+                    gallery::HighContrast::dropTheme(_hWnd);
                 sFailure = gallery::savePicture(_hWnd, sName);
                 closeByKeys(_hWnd, window.bAsks);
             });
@@ -322,10 +339,10 @@ protected:
 } // namespace
 
 TEST_F(ClientGalleryDpi, HistorySearchResultListAndWizardFrameAt150Percent) {
-    pictureEveryWindow(L"dpi150-");
+    pictureEveryWindow(L"dpi150-", false);
 }
 
 TEST_F(ClientGalleryHighContrast, HistorySearchResultListAndWizardFrameWhiteOnBlack) {
     gallery::HighContrast colours;
-    pictureEveryWindow(L"hc-");
+    pictureEveryWindow(L"hc-", true);
 }
