@@ -193,12 +193,13 @@ INT_PTR UQClientWindow::mf_onInitDialog(HWND _hDlg) {
     SendDlgItemMessageW(_hDlg, IDC_MAIN_FROM, DTM_SETSYSTEMTIME, GDT_NONE, 0);
     SendDlgItemMessageW(_hDlg, IDC_MAIN_TO, DTM_SETSYSTEMTIME, GDT_NONE, 0);
     UQListPanel::mf_initFullRowSelect(m_hList);
-    // Paths are long, the other columns hold a word or a number.
-    UQListPanel::mf_insertColumn(m_hList, 0, L"File", 350, LVCFMT_LEFT);
+    // Paths are long, the other columns hold a word or a number; their headers need room for the wider
+    // margins of a header drawn without visual styles (high contrast).
+    UQListPanel::mf_insertColumn(m_hList, 0, L"File", 330, LVCFMT_LEFT);
     UQListPanel::mf_insertColumn(m_hList, 1, L"Versions", 65, LVCFMT_LEFT);
     UQListPanel::mf_insertColumn(m_hList, 2, L"Status", 95, LVCFMT_LEFT);
-    UQListPanel::mf_insertColumn(m_hList, 3, L"Security", 60, LVCFMT_LEFT);
-    UQListPanel::mf_insertColumn(m_hList, 4, L"Streams", 60, LVCFMT_LEFT);
+    UQListPanel::mf_insertColumn(m_hList, 3, L"Security", 70, LVCFMT_LEFT);
+    UQListPanel::mf_insertColumn(m_hList, 4, L"Streams", 70, LVCFMT_LEFT);
     UQListPanel::mf_adjustColumnWidths(m_hList, 1);
     UQListPanel::mf_setHeaderSortIcon(m_hList, 0, UQSortOrder(UQSortOrder::ASCENDING));
     m_pStatusBar.reset(new UQStatusBar());

@@ -3,6 +3,7 @@
 // docs_gallery target makes them); each test fails when its picture cannot be made.
 #include "DialogCatalogue.h"
 #include "DialogDriver.h"
+#include "GallerySupport.h"
 #include "Screenshot.h"
 #include "ToolkitTestSupport.h"
 #include "WizardTestSupport.h"
@@ -25,33 +26,16 @@
 #include "interfaces/korutil.h"
 #include <cstdlib>
 #include <functional>
-#include <iterator>
 #include <string>
-#include <uxtheme.h>
 #include <vector>
 
 using namespace toolkittest;
 
 namespace {
 
-std::wstring pictureDir() {
-    const wchar_t* pszDir = _wgetenv(L"KOR_GALLERY_DIR");
-    std::wstring dir = pszDir != nullptr && *pszDir != L'\0' ? pszDir : L"gallery";
-    CreateDirectoryW(dir.c_str(), nullptr);
-    return dir;
-}
-
-// A step that shows the keyboard cues (focus rectangle, access keys) as after a key press, saves the
-// picture, and then ends the dialog as _finish does.
+// A step that shows the keyboard cues, saves the picture, and then ends the dialog as _finish does.
 void savePicture(HWND _hDlg, const wchar_t* _pszName) {
-    // The first dialog of a process may not be active yet when the first tick comes: draw its title bar
-    // as the active window's, as the user sees it a moment later.
-    SetForegroundWindow(_hDlg);
-    SendMessageW(_hDlg, WM_NCACTIVATE, TRUE, 0);
-    SendMessageW(_hDlg, WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS | UISF_HIDEACCEL), 0);
-    const std::wstring path = pictureDir() + L"\\" + _pszName + L".png";
-    const std::string sFailure = screenshot::save(_hDlg, path);
-    EXPECT_EQ(sFailure, "") << utf8(_pszName);
+    EXPECT_EQ(gallery::savePicture(_hDlg, _pszName), "") << utf8(_pszName);
 }
 
 DialogDriver::Step picture(const wchar_t* _pszName, std::function<void(HWND)> _finish) {
@@ -184,7 +168,7 @@ TEST(GalleryStatusBar, ThreeParts) {
     initCommonControls();
     UQStatusBar bar;
     HWND hDlg = openStatusBarDialog(bar);
-    EXPECT_EQ(screenshot::save(hDlg, pictureDir() + L"\\status-bar.png"), "");
+    EXPECT_EQ(screenshot::save(hDlg, gallery::pictureDir() + L"\\status-bar.png"), "");
     DestroyWindow(hDlg);
 }
 
@@ -200,7 +184,7 @@ void CALLBACK photographMenu(HWND, UINT, UINT_PTR _uTimer, DWORD) {
     if (hMenu != nullptr && hDlg != nullptr) {
         RedrawWindow(hMenu, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
         g_sMenuPicture =
-            screenshot::saveTogether({hDlg, hMenu}, pictureDir() + L"\\status-bar-context-menu.png");
+            screenshot::saveTogether({hDlg, hMenu}, gallery::pictureDir() + L"\\status-bar-context-menu.png");
     }
     EndMenu();
 }
@@ -567,42 +551,12 @@ void pictureEveryDialog(const std::wstring& _sPrefix) {
     }
 }
 
-// A high-contrast colour set for the length of a test, and Windows' way of drawing in it: without visual
-// styles (Wine keeps its theme in any colours, so the test turns it off for the windows it makes).
-class HighContrast {
-public:
-    HighContrast() {
-        for (int nIndex : INDEXES)
-            m_before.push_back(GetSysColor(nIndex));
-        const COLORREF white = RGB(255, 255, 255);
-        const COLORREF black = RGB(0, 0, 0);
-        const COLORREF colours[] = {
-            black, white, black, white, white, black, RGB(0, 255, 0), RGB(0, 255, 255),
-            black, white, black, white, black};
-        SetSysColors(static_cast<int>(std::size(INDEXES)), INDEXES, colours);
-        SetThemeAppProperties(0);
-    }
-    ~HighContrast() {
-        SetThemeAppProperties(STAP_ALLOW_NONCLIENT | STAP_ALLOW_CONTROLS | STAP_ALLOW_WEBCONTENT);
-        SetSysColors(static_cast<int>(m_before.size()), INDEXES, m_before.data());
-    }
-    HighContrast(const HighContrast&) = delete;
-    HighContrast& operator=(const HighContrast&) = delete;
-
-private:
-    static constexpr int INDEXES[] = {
-        COLOR_WINDOW,     COLOR_WINDOWTEXT,  COLOR_BTNFACE,      COLOR_BTNTEXT,       COLOR_3DSHADOW,
-        COLOR_3DLIGHT,    COLOR_GRAYTEXT,    COLOR_HIGHLIGHT,    COLOR_HIGHLIGHTTEXT, COLOR_3DHILIGHT,
-        COLOR_3DDKSHADOW, COLOR_CAPTIONTEXT, COLOR_ACTIVECAPTION};
-    std::vector<COLORREF> m_before;
-};
-
 } // namespace
 
 // Every dialog in a white-on-black high-contrast set, next to its pictures in the usual colours.
 TEST(GalleryHighContrast, EveryDialogWhiteOnBlack) {
     initCommonControls();
-    HighContrast colours;
+    gallery::HighContrast colours;
     pictureEveryDialog(L"hc-");
 }
 
