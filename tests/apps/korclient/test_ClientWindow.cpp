@@ -20,6 +20,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <initializer_list>
 #include <map>
 
 namespace {
@@ -55,6 +56,31 @@ protected:
     static HWND ready(const UQClientWindow& _window) {
         HWND hMain = _window.mf_getHandle();
         return hMain != nullptr && IsWindowVisible(hMain) && IsWindowEnabled(hMain) ? hMain : nullptr;
+    }
+
+    // Clicks Search once the main window takes input and the tip is gone.
+    static void search(UQDialogScript& _script, const UQClientWindow& _window) {
+        _script.mf_then(L"search", [&_window] {
+            HWND hMain = ready(_window);
+            if (hMain == nullptr || UQDialogScript::mf_findDialog(L"Tip") != nullptr)
+                return false;
+            UQDialogScript::mf_click(hMain, IDC_MAIN_SEARCH);
+            return true;
+        });
+    }
+
+    // Files of these names, each holding "x", migrated to the test server. False when a file cannot be
+    // written or the migration fails, which the test then reports with its reason.
+    bool migrateFiles(std::initializer_list<const wchar_t*> _names) {
+        for (const wchar_t* pszName : _names)
+            if (!writeFile(sFiles + pszName, "x"))
+                return false;
+        UQServerDirectory server(sServer);
+        std::vector<UQFileOutcome> outcomes;
+        std::wstring sWhy;
+        const int nMigrated = UQMigration(server, sFiles).mf_run(nullptr, nullptr, outcomes, sWhy);
+        EXPECT_EQ(nMigrated, 1) << utf8(sWhy);
+        return nMigrated == 1;
     }
 
     // The migration wizard's frame when it takes input.
@@ -178,13 +204,7 @@ TEST_F(ClientWindowTest, CorruptHistoryStoreIsNamedWithFileAndLineAndTheWindowSt
     std::vector<int> shownCounts;
     closeTip(script);
     for (int nSearch = 0; nSearch < 2; ++nSearch) {
-        script.mf_then(L"search", [&] {
-            HWND hMain = ready(window);
-            if (hMain == nullptr || UQDialogScript::mf_findDialog(L"Tip") != nullptr)
-                return false;
-            UQDialogScript::mf_click(hMain, IDC_MAIN_SEARCH);
-            return true;
-        });
+        search(script, window);
         script.mf_then(L"damage reported", [&] {
             HWND hBox = box();
             if (hBox == nullptr)
@@ -386,25 +406,14 @@ std::vector<std::wstring> firstColumn(HWND _hList) {
 // The column headers take no focus: Ctrl+1 ... Ctrl+9 in the list sort by that column as a click on its
 // header does, a second press turning the order round; a digit past the last column does nothing.
 TEST_F(ClientWindowTest, CtrlAndAColumnsNumberSortTheListWithoutAMouse) {
-    for (const wchar_t* pszName : {L"\\b.txt", L"\\c.txt", L"\\a.txt"})
-        ASSERT_TRUE(writeFile(sFiles + pszName, "x"));
-    UQServerDirectory server(sServer);
-    std::vector<UQFileOutcome> outcomes;
-    std::wstring sWhy;
-    ASSERT_EQ(UQMigration(server, sFiles).mf_run(nullptr, nullptr, outcomes, sWhy), 1) << utf8(sWhy);
+    ASSERT_TRUE(migrateFiles({L"\\b.txt", L"\\c.txt", L"\\a.txt"}));
 
     UQClientWindow window(sServer, sFiles);
     UQDialogScript script(TIME_LIMIT_MS);
     std::vector<std::string> arrows;
     std::vector<std::vector<std::wstring>> orders;
     closeTip(script);
-    script.mf_then(L"search", [&] {
-        HWND hMain = ready(window);
-        if (hMain == nullptr || UQDialogScript::mf_findDialog(L"Tip") != nullptr)
-            return false;
-        UQDialogScript::mf_click(hMain, IDC_MAIN_SEARCH);
-        return true;
-    });
+    search(script, window);
     script.mf_then(L"sort by keys", [&] {
         HWND hMain = ready(window);
         if (hMain == nullptr || window.mf_getShownCount() != 3)
@@ -440,24 +449,13 @@ TEST_F(ClientWindowTest, CtrlAndAColumnsNumberSortTheListWithoutAMouse) {
 // The status bar's menus answer a right click only; what they offer has keys: "Select all" is Ctrl+A in the
 // list, "Retrieve..." Alt+R and "Search again" Enter.
 TEST_F(ClientWindowTest, CtrlASelectsEveryRowAsTheStatusBarsSelectAllDoes) {
-    for (const wchar_t* pszName : {L"\\b.txt", L"\\c.txt", L"\\a.txt"})
-        ASSERT_TRUE(writeFile(sFiles + pszName, "x"));
-    UQServerDirectory server(sServer);
-    std::vector<UQFileOutcome> outcomes;
-    std::wstring sWhy;
-    ASSERT_EQ(UQMigration(server, sFiles).mf_run(nullptr, nullptr, outcomes, sWhy), 1) << utf8(sWhy);
+    ASSERT_TRUE(migrateFiles({L"\\b.txt", L"\\c.txt", L"\\a.txt"}));
 
     UQClientWindow window(sServer, sFiles);
     UQDialogScript script(TIME_LIMIT_MS);
     std::vector<int> selected;
     closeTip(script);
-    script.mf_then(L"search", [&] {
-        HWND hMain = ready(window);
-        if (hMain == nullptr || UQDialogScript::mf_findDialog(L"Tip") != nullptr)
-            return false;
-        UQDialogScript::mf_click(hMain, IDC_MAIN_SEARCH);
-        return true;
-    });
+    search(script, window);
     script.mf_then(L"select all by keys", [&] {
         HWND hMain = ready(window);
         if (hMain == nullptr || window.mf_getShownCount() != 3)
