@@ -26,23 +26,6 @@ void showMessageBox(UQSeverity _severity, UQMessageBox::BUTTONS _buttons, unsign
     box.mf_show(nullptr, _ulDefault);
 }
 
-// A worker that ends when the dialog's Cancel has tripped its switch (or after the wait's limit).
-void runProgress(bool _bBar) {
-    progresstest::ScriptedWorker worker([](progresstest::ScriptedWorker& _worker) {
-        progresstest::publish(UQProgressEvent::ACTION_PROGRESS, L"Migrating C:\\R&D\\plan.txt", 1, 2, 50,
-                              100);
-        _worker.waitCancelled();
-        progresstest::publish(UQProgressEvent::ACTION_END);
-    });
-    if (_bBar) {
-        UQProgressBarDialog dialog(L"Retrieving files", worker);
-        dialog.mf_execute(UQLanguage::mf_getUserLanguageHandle(), nullptr, IDD_PROGRESS_BAR);
-    } else {
-        UQProgressDialog dialog(L"Migrating files", worker);
-        dialog.mf_execute(UQLanguage::mf_getUserLanguageHandle(), nullptr, IDD_PROGRESS);
-    }
-}
-
 void searchUsers() {
     registrytest::RegistrySandbox sandbox;
     ScratchFile directory("access-directory.txt", "controller\tDC01\tDC01\tprimary\n"
@@ -102,9 +85,9 @@ const std::vector<CatalogueEntry>& DialogCatalogue::entries() {
              editor.mf_show(nullptr);
          }},
         {IDD_PROGRESS, "progress dialog", DialogKind::Dialog, IDCANCEL, EscAnswer::Closes,
-         [] { runProgress(false); }},
+         [] { DialogCatalogue::runProgress(false); }},
         {IDD_PROGRESS_BAR, "progress bar dialog", DialogKind::Dialog, IDC_PROGRESS_CANCEL, EscAnswer::Closes,
-         [] { runProgress(true); }},
+         [] { DialogCatalogue::runProgress(true); }},
         {IDD_SEARCH_USER, "user search", DialogKind::Dialog, IDC_SEARCH_USER_AUTHORITY, EscAnswer::Closes,
          searchUsers},
         {IDD_WIZARD_PANEL_WELCOME, "wizard welcome panel", DialogKind::Panel, FRAME_NEXT, EscAnswer::Asks,
@@ -138,4 +121,21 @@ const std::vector<UINT>& DialogCatalogue::frameButtonTexts() {
     // < Back, Next >, Next > (after an execute panel), Finish, Execute.
     static const std::vector<UINT> texts = {3880, 3066, 933, 932, 3095};
     return texts;
+}
+
+// The worker ends when the dialog's Cancel has tripped its switch (or after the wait's limit).
+void DialogCatalogue::runProgress(bool _bBar) {
+    progresstest::ScriptedWorker worker([](progresstest::ScriptedWorker& _worker) {
+        progresstest::publish(UQProgressEvent::ACTION_PROGRESS, L"Migrating C:\\R&D\\plan.txt", 1, 2, 50,
+                              100);
+        _worker.waitCancelled();
+        progresstest::publish(UQProgressEvent::ACTION_END);
+    });
+    if (_bBar) {
+        UQProgressBarDialog dialog(L"Retrieving files", worker);
+        dialog.mf_execute(UQLanguage::mf_getUserLanguageHandle(), nullptr, IDD_PROGRESS_BAR);
+    } else {
+        UQProgressDialog dialog(L"Migrating files", worker);
+        dialog.mf_execute(UQLanguage::mf_getUserLanguageHandle(), nullptr, IDD_PROGRESS);
+    }
 }

@@ -35,6 +35,9 @@ struct CatalogueEntry {
 class DialogCatalogue {
 public:
     static const std::vector<CatalogueEntry>& entries();
+    // Runs the progress dialog (the bar dialog when _bBar) on this thread with a worker that reports one step
+    // and ends when Cancel is pressed; the caller's DialogDriver drives it.
+    static void runProgress(bool _bBar);
     // The entry of a template, or null.
     static const CatalogueEntry* find(WORD _wTemplate);
     // The string numbers of the wizard frame's buttons (Back, Next, Finish, Execute), whose access keys every

@@ -3,11 +3,10 @@
 // scaled likewise; back at the first DPI everything is as it was. Wine's dialog manager scales nothing and
 // Wine never sends WM_DPICHANGED, so the test sends it as Windows would. access_tests runs it at 96 DPI (to
 // 192 and back), the DPI suites at the DPI their prefix starts with (to twice that and back).
+#include "DialogCatalogue.h"
 #include "DialogDriver.h"
 #include "ProgressTestSupport.h"
 
-#include "guibase/wizard/UQProgressBarDialog.h"
-#include "guibase/wizard/UQProgressDialog.h"
 #include "korlang_ids.h"
 
 #include <commctrl.h>
@@ -201,23 +200,12 @@ void checkDoubling(HWND _hDlg, int _nBar, bool _bStayDoubled, HFONT& _rhDoubledF
 // Runs one of the two dialogs with a worker that reports progress and ends when Cancel is pressed.
 void runDialog(bool _bBar, bool _bStayDoubled, HFONT& _rhDoubledFont, std::vector<std::string>& _problems,
                bool& _bTimedOut) {
-    ScriptedWorker worker([](ScriptedWorker& _worker) {
-        publish(UQProgressEvent::ACTION_PROGRESS, L"Migrating C:\\R&D\\plan.txt", 1, 2, 50, 100);
-        _worker.waitCancelled();
-        publish(UQProgressEvent::ACTION_END);
-    });
     DialogDriver driver(LIMIT_MS);
     driver.then([&](HWND _hDlg) {
         checkDoubling(_hDlg, _bBar ? IDC_PROGRESS_BAR : 0, _bStayDoubled, _rhDoubledFont, _problems);
         DialogDriver::click(_hDlg, _bBar ? IDC_PROGRESS_CANCEL : IDCANCEL);
     });
-    if (_bBar) {
-        UQProgressBarDialog dialog(L"Retrieving files", worker);
-        dialog.mf_execute(UQLanguage::mf_getUserLanguageHandle(), nullptr, IDD_PROGRESS_BAR);
-    } else {
-        UQProgressDialog dialog(L"Migrating files", worker);
-        dialog.mf_execute(UQLanguage::mf_getUserLanguageHandle(), nullptr, IDD_PROGRESS);
-    }
+    DialogCatalogue::runProgress(_bBar);
     _bTimedOut = driver.timedOut();
 }
 
