@@ -209,6 +209,30 @@ TEST_F(MigrationTest, FullDiskWhileTheHistoryRecordIsAddedRemovesTheStoredVersio
     EXPECT_EQ(historyRecords(), 0);
 }
 
+TEST_F(MigrationTest, FileChangedWhileItIsStoredKeepsItsContentAndItsStoredVersion) {
+    const std::string sContent = contentOf(8, 4000);
+    makeFiles({{L"busy.txt", sContent}});
+    // The migration holds the file against writers; its time can still be set, and that is a change.
+    UQMigration::mf_setStepHook([&](int _nStep) {
+        if (_nStep != 2)
+            return;
+        const UQFileHandle file(CreateFileW(UQSafeFile::mf_long(sFiles + L"\\busy.txt").c_str(),
+                                            FILE_WRITE_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                            OPEN_EXISTING, 0, nullptr));
+        ASSERT_TRUE(file.mf_isValid()) << GetLastError();
+        const FILETIME later{0x12345678u, 0x01D00000u};
+        ASSERT_TRUE(SetFileTime(file.mf_get(), nullptr, nullptr, &later)) << GetLastError();
+    });
+    ASSERT_EQ(migrate(), 1) << utf8(reason);
+    ASSERT_EQ(outcomes.size(), 1u);
+    EXPECT_EQ(outcomes[0].eSeverity, UQFileOutcome::YELLOW);
+    EXPECT_EQ(utf8(outcomes[0].sResult),
+              "Stored, but the file changed meanwhile: it is kept and not replaced by a stub");
+    EXPECT_EQ(readFile(sFiles + L"\\busy.txt"), sContent);
+    EXPECT_EQ(historyRecords(), 1);
+    EXPECT_EQ(storedFiles(), (std::vector<std::wstring>{L"1\\1.ver"}));
+}
+
 TEST_F(MigrationTest, ReadOnlyFileIsSkippedWithAResultAndKept) {
     makeFiles({{L"locked.txt", "keep me"}, {L"free.txt", "move me"}});
     ASSERT_TRUE(
