@@ -22,6 +22,7 @@
 #include "korlang_ids.h"
 
 #include <commctrl.h>
+#include <cwchar>
 
 const wchar_t* const UQClientWindow::PATTERN_LIST_VALUE = L"HistorySearchPatterns";
 const wchar_t* const UQClientWindow::PATTERN_SELECTION_VALUE = L"HistorySearchPattern";
@@ -285,7 +286,16 @@ INT_PTR UQClientWindow::mf_onNotify(const NMHDR& _header) {
             return TRUE;
         }
     }
-    if (_header.idFrom == IDC_MAIN_LIST && _header.code == LVN_ITEMCHANGED)
+    if (_header.idFrom == IDC_MAIN_LIST && _header.code == LVN_GETDISPINFOW) {
+        mf_implGetRowText(*reinterpret_cast<NMLVDISPINFOW*>(const_cast<NMHDR*>(&_header)));
+        return TRUE;
+    }
+    if (_header.idFrom == IDC_MAIN_LIST && _header.code == LVN_ODFINDITEMW)
+        return UQDialogProcedure::mf_setMessageResult(
+            m_hDlg, mf_implFindRow(reinterpret_cast<const NMLVFINDITEMW&>(_header)));
+    // A range of rows selected at once (Shift+click) comes as one LVN_ODSTATECHANGED.
+    if (_header.idFrom == IDC_MAIN_LIST &&
+        (_header.code == LVN_ITEMCHANGED || _header.code == LVN_ODSTATECHANGED))
         mf_implUpdateStatus();
     if (_header.hwndFrom == m_pStatusBar->mf_getWindowHandle() && _header.code == NM_RCLICK) {
         POINT point{};
@@ -374,30 +384,71 @@ void UQClientWindow::mf_implShow() {
         checked(m_hDlg, IDC_MAIN_EXCLUDE_DELETED_PROTECTED));
     if (checked(m_hDlg, IDC_MAIN_LATEST))
         m_searchList.mf_selectLatest();
-    SendMessageW(m_hList, WM_SETREDRAW, FALSE, 0);
+    // The list holds no rows of its own: it asks for the texts of the rows it draws (LVN_GETDISPINFO), so
+    // a search of any size is shown at once.
     SendMessageW(m_hList, LVM_DELETEALLITEMS, 0, 0);
     SendMessageW(m_hList, LVM_SETITEMCOUNT, static_cast<WPARAM>(m_shown.GetSize()), 0);
-    for (INT_PTR i = 0; i < m_shown.GetSize(); ++i) {
-        const UQSearchFileItem& item = *m_shown[i];
-        const CString sPath = item.mf_getPathDisplayString();
-        LVITEMW row{};
-        row.mask = LVIF_TEXT | LVIF_PARAM;
-        row.iItem = static_cast<int>(i);
-        row.pszText = const_cast<wchar_t*>(sPath.GetString());
-        row.lParam = reinterpret_cast<LPARAM>(&item);
-        const int nRow =
-            static_cast<int>(SendMessageW(m_hList, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&row)));
+    InvalidateRect(m_hList, nullptr, TRUE);
+    mf_implUpdateStatus();
+}
+
+void UQClientWindow::mf_implGetRowText(NMLVDISPINFOW& _rInfo) const {
+    LVITEMW& row = _rInfo.item;
+    if (!(row.mask & LVIF_TEXT) || row.pszText == nullptr || row.cchTextMax <= 0)
+        return;
+    row.pszText[0] = L'\0';
+    if (row.iItem < 0 || row.iItem >= m_shown.GetSize())
+        return;
+    const UQSearchFileItem& item = *m_shown[row.iItem];
+    CString sText;
+    switch (row.iSubItem) {
+    case 0:
+        sText = item.mf_getPathDisplayString();
+        break;
+    case 1:
+        sText = item.mf_getRangesDisplayString();
+        break;
+    case 2: {
         const UQSearchFileVersion* pVersion = item.mf_getSelectedVersion() != nullptr
                                                   ? item.mf_getSelectedVersion()
                                                   : item.mf_getLatestVersion();
-        UQListPanel::mf_setText(item.mf_getRangesDisplayString(), m_hList, nRow, 1);
-        UQListPanel::mf_setText(pVersion != nullptr ? pVersion->mf_getStatusString() : CString(), m_hList,
-                                nRow, 2);
-        UQListPanel::mf_setText(item.mf_getSecurityDisplayString(), m_hList, nRow, 3);
-        UQListPanel::mf_setText(item.mf_getADStreamsDisplayString(), m_hList, nRow, 4);
+        if (pVersion != nullptr)
+            sText = pVersion->mf_getStatusString();
+        break;
     }
-    SendMessageW(m_hList, WM_SETREDRAW, TRUE, 0);
-    mf_implUpdateStatus();
+    case 3:
+        sText = item.mf_getSecurityDisplayString();
+        break;
+    case 4:
+        sText = item.mf_getADStreamsDisplayString();
+        break;
+    default:
+        break;
+    }
+    // As a list that holds its own texts answers: cut to the buffer the asker gave.
+    const int nCopy = sText.GetLength() < row.cchTextMax - 1 ? sText.GetLength() : row.cchTextMax - 1;
+    wmemcpy(row.pszText, sText.GetString(), static_cast<std::size_t>(nCopy));
+    row.pszText[nCopy] = L'\0';
+}
+
+int UQClientWindow::mf_implFindRow(const NMLVFINDITEMW& _find) const {
+    const LVFINDINFOW& what = _find.lvfi;
+    const int nRows = static_cast<int>(m_shown.GetSize());
+    if (!(what.flags & (LVFI_STRING | LVFI_PARTIAL)) || what.psz == nullptr || nRows == 0)
+        return -1;
+    const int nWanted = static_cast<int>(wcslen(what.psz));
+    const int nStart = _find.iStart >= 0 && _find.iStart < nRows ? _find.iStart : 0;
+    const int nSteps = (what.flags & LVFI_WRAP) ? nRows : nRows - nStart;
+    for (int i = 0; i < nSteps; ++i) {
+        const int nRow = (nStart + i) % nRows;
+        const CString sPath = m_shown[nRow]->mf_getPathDisplayString();
+        const int nCompared = (what.flags & LVFI_PARTIAL) ? nWanted : sPath.GetLength();
+        if (nCompared > sPath.GetLength() || (!(what.flags & LVFI_PARTIAL) && nWanted != sPath.GetLength()))
+            continue;
+        if (CompareStringOrdinal(sPath.GetString(), nCompared, what.psz, nWanted, TRUE) == CSTR_EQUAL)
+            return nRow;
+    }
+    return -1;
 }
 
 void UQClientWindow::mf_implSortBy(int _nColumn) {
@@ -429,23 +480,13 @@ void UQClientWindow::mf_implSortBy(int _nColumn) {
     }
     UQListPanel::mf_setHeaderSortIcon(m_hList, _nColumn,
                                       UQSortOrder(m_bSortAscending ? UQSortOrder::ASCENDING : 0));
-    SendMessageW(m_hList, WM_SETREDRAW, FALSE, 0);
-    for (INT_PTR i = 0; i < m_shown.GetSize(); ++i) {
-        const UQSearchFileItem& item = *m_shown[i];
-        const UQSearchFileVersion* pVersion = item.mf_getSelectedVersion() != nullptr
-                                                  ? item.mf_getSelectedVersion()
-                                                  : item.mf_getLatestVersion();
-        const int nRow = static_cast<int>(i);
-        UQListPanel::mf_setText(item.mf_getPathDisplayString(), m_hList, nRow, 0);
-        UQListPanel::mf_setData(&item, m_hList, nRow);
-        UQListPanel::mf_setText(item.mf_getRangesDisplayString(), m_hList, nRow, 1);
-        UQListPanel::mf_setText(pVersion != nullptr ? pVersion->mf_getStatusString() : CString(), m_hList,
-                                nRow, 2);
-        UQListPanel::mf_setText(item.mf_getSecurityDisplayString(), m_hList, nRow, 3);
-        UQListPanel::mf_setText(item.mf_getADStreamsDisplayString(), m_hList, nRow, 4);
-    }
-    SendMessageW(m_hList, WM_SETREDRAW, TRUE, 0);
     InvalidateRect(m_hList, nullptr, TRUE);
+}
+
+std::wstring UQClientWindow::mf_getStatusText(int _nPart) const {
+    if (_nPart < 0 || _nPart >= 3 || m_apItems[_nPart] == nullptr)
+        return std::wstring();
+    return m_apItems[_nPart]->mf_getText().GetString();
 }
 
 void UQClientWindow::mf_implUpdateStatus() {

@@ -474,6 +474,74 @@ TEST_F(ClientWindowTest, CtrlASelectsEveryRowAsTheStatusBarsSelectAllDoes) {
     EXPECT_EQ(selected, (std::vector<int>{0, 3}));
 }
 
+// The list holds no rows of its own: it asks the window for each text it shows or is asked for, finds rows
+// by their path through the window, and a range selected at once counts in the status bar.
+TEST_F(ClientWindowTest, TheListAsksTheWindowForItsRowsAndCountsARangeSelectedAtOnce) {
+    ASSERT_TRUE(migrateFiles({L"\\b.txt", L"\\c.txt", L"\\a.txt"}));
+
+    UQClientWindow window(sServer, sFiles);
+    UQDialogScript script(TIME_LIMIT_MS);
+    std::vector<std::wstring> cells;
+    std::wstring sCut;
+    std::vector<int> found;
+    std::wstring sStatusAfterRange;
+    int nSelectedAfterRange = -1;
+    closeTip(script);
+    search(script, window);
+    script.mf_then(L"ask the list", [&] {
+        HWND hMain = ready(window);
+        if (hMain == nullptr || window.mf_getShownCount() != 3)
+            return false;
+        HWND hList = GetDlgItem(hMain, IDC_MAIN_LIST);
+        for (int nColumn = 0; nColumn < 5; ++nColumn) {
+            wchar_t szText[MAX_PATH] = {0};
+            ListView_GetItemText(hList, 1, nColumn, szText, MAX_PATH);
+            cells.push_back(szText);
+        }
+        wchar_t szShort[6] = {L'x', L'x', L'x', L'x', L'x', L'x'};
+        ListView_GetItemText(hList, 1, 0, szShort, 6);
+        sCut.assign(szShort, wcsnlen(szShort, 6));
+        const std::wstring sFolder = sFiles + L"\\";
+        const std::wstring sB = sFolder + L"B";
+        const std::wstring sC = sFolder + L"c.txt";
+        LVFINDINFOW partial{LVFI_PARTIAL, sB.c_str(), 0, {}, 0};
+        LVFINDINFOW exact{LVFI_STRING, sC.c_str(), 0, {}, 0};
+        LVFINDINFOW missing{LVFI_PARTIAL, L"D:\\", 0, {}, 0};
+        const std::wstring sA = sFolder + L"a";
+        LVFINDINFOW wrapped{LVFI_PARTIAL | LVFI_WRAP, sA.c_str(), 0, {}, 0};
+        LVFINDINFOW unwrapped{LVFI_PARTIAL, sA.c_str(), 0, {}, 0};
+        found.push_back(ListView_FindItem(hList, -1, &partial));
+        found.push_back(ListView_FindItem(hList, -1, &exact));
+        found.push_back(ListView_FindItem(hList, -1, &missing));
+        found.push_back(ListView_FindItem(hList, 1, &wrapped));
+        found.push_back(ListView_FindItem(hList, 1, &unwrapped));
+        // Home, then Shift+End: the rows from the first to the last, selected in one go. Windows tells of
+        // the range with LVN_ODSTATECHANGED; Wine 8 sends LVN_ITEMCHANGED.
+        SetFocus(hList);
+        SendMessageW(hList, WM_KEYDOWN, VK_HOME, 1);
+        SendMessageW(hList, WM_KEYUP, VK_HOME, static_cast<LPARAM>(0xC0000001u));
+        BYTE keys[256];
+        GetKeyboardState(keys);
+        keys[VK_SHIFT] = 0x80;
+        SetKeyboardState(keys);
+        SendMessageW(hList, WM_KEYDOWN, VK_END, 1);
+        SendMessageW(hList, WM_KEYUP, VK_END, static_cast<LPARAM>(0xC0000001u));
+        keys[VK_SHIFT] = 0;
+        SetKeyboardState(keys);
+        nSelectedAfterRange = static_cast<int>(ListView_GetSelectedCount(hList));
+        sStatusAfterRange = window.mf_getStatusText(1);
+        return true;
+    });
+    close(script, window);
+    EXPECT_EQ(window.mf_show(), 0);
+    EXPECT_TRUE(script.mf_isFinished()) << failuresOf(script);
+    EXPECT_EQ(cells, (std::vector<std::wstring>{sFiles + L"\\b.txt", L"1", L"Available", L"No", L"No"}));
+    EXPECT_EQ(sCut, (sFiles + L"\\b.txt").substr(0, 5)) << "a short buffer gets the text cut to its size";
+    EXPECT_EQ(found, (std::vector<int>{1, 2, -1, 0, -1}));
+    EXPECT_EQ(nSelectedAfterRange, 3);
+    EXPECT_EQ(sStatusAfterRange, L"3 selected");
+}
+
 namespace {
 
 // The width of the green icon in the status bar's first part, as the bar is drawn: the columns of the part
