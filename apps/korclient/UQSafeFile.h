@@ -36,8 +36,8 @@ public:
     static DWORD mf_openRead(const std::wstring& _sAbsolute, UQFileHandle& _rHandle);
     // The folder as a handle, which keeps it from being renamed or replaced while it is held.
     static DWORD mf_openFolder(const std::wstring& _sAbsolute, UQFileHandle& _rHandle);
-    // The handle's attributes, size and last write time; 0, or the system error. Cheaper than
-    // GetFileInformationByHandle, which also asks the volume for its serial number.
+    // The handle's attributes, size and last write time; 0, or the system error. Far cheaper under Wine than
+    // GetFileInformationByHandle, which also fills in the volume's serial number.
     static DWORD mf_stamp(HANDLE _hFile, Stamp& _rStamp);
     // Reads up to _nMax bytes from the start of a file; the error, or 0.
     static DWORD mf_readStart(HANDLE _hFile, std::size_t _nMax, std::string& _rsText);
