@@ -2,6 +2,7 @@
 // modal loops: the whole tour, a corrupt history store, an invalid option file, and Cancel during a run.
 #include "ClientTestSupport.h"
 #include "KorClientIds.h"
+#include "ToolkitTestSupport.h"
 #include "UQClientSample.h"
 #include "UQClientTour.h"
 #include "UQClientWindow.h"
@@ -366,18 +367,6 @@ TEST_F(ClientWindowTest, CancelDuringTheRunLeavesEachFileMigratedWithItsStubOrUn
 
 namespace {
 
-// Ctrl+<key> pressed in the result list, as the list view hears it from the keyboard.
-void pressCtrlKey(HWND _hList, char _cKey) {
-    BYTE keys[256];
-    GetKeyboardState(keys);
-    keys[VK_CONTROL] = 0x80;
-    SetKeyboardState(keys);
-    SendMessageW(_hList, WM_KEYDOWN, static_cast<WPARAM>(_cKey), 1);
-    SendMessageW(_hList, WM_KEYUP, static_cast<WPARAM>(_cKey), static_cast<LPARAM>(0xC0000001u));
-    keys[VK_CONTROL] = 0;
-    SetKeyboardState(keys);
-}
-
 // The sort arrow of each column: 'u' up, 'd' down, '-' none.
 std::string sortArrows(HWND _hList) {
     HWND hHeader = ListView_GetHeader(_hList);
@@ -421,7 +410,7 @@ TEST_F(ClientWindowTest, CtrlAndAColumnsNumberSortTheListWithoutAMouse) {
         HWND hList = GetDlgItem(hMain, IDC_MAIN_LIST);
         SetFocus(hList);
         for (char cDigit : {'1', '1', '3', '9'}) {
-            pressCtrlKey(hList, cDigit);
+            toolkittest::pressInList(hList, static_cast<WPARAM>(cDigit), false, true);
             arrows.push_back(sortArrows(hList));
             orders.push_back(firstColumn(hList));
         }
@@ -464,7 +453,7 @@ TEST_F(ClientWindowTest, CtrlASelectsEveryRowAsTheStatusBarsSelectAllDoes) {
         SetFocus(hList);
         ListView_SetItemState(hList, -1, 0, LVIS_SELECTED);
         selected.push_back(static_cast<int>(ListView_GetSelectedCount(hList)));
-        pressCtrlKey(hList, 'A');
+        toolkittest::pressInList(hList, 'A', false, true);
         selected.push_back(static_cast<int>(ListView_GetSelectedCount(hList)));
         return true;
     });
@@ -518,16 +507,8 @@ TEST_F(ClientWindowTest, TheListAsksTheWindowForItsRowsAndCountsARangeSelectedAt
         // Home, then Shift+End: the rows from the first to the last, selected in one go. Windows tells of
         // the range with LVN_ODSTATECHANGED; Wine 8 sends LVN_ITEMCHANGED.
         SetFocus(hList);
-        SendMessageW(hList, WM_KEYDOWN, VK_HOME, 1);
-        SendMessageW(hList, WM_KEYUP, VK_HOME, static_cast<LPARAM>(0xC0000001u));
-        BYTE keys[256];
-        GetKeyboardState(keys);
-        keys[VK_SHIFT] = 0x80;
-        SetKeyboardState(keys);
-        SendMessageW(hList, WM_KEYDOWN, VK_END, 1);
-        SendMessageW(hList, WM_KEYUP, VK_END, static_cast<LPARAM>(0xC0000001u));
-        keys[VK_SHIFT] = 0;
-        SetKeyboardState(keys);
+        toolkittest::pressInList(hList, VK_HOME);
+        toolkittest::pressInList(hList, VK_END, true);
         nSelectedAfterRange = static_cast<int>(ListView_GetSelectedCount(hList));
         sStatusAfterRange = window.mf_getStatusText(1);
         return true;
