@@ -165,9 +165,10 @@ double searchLimit(const std::wstring& _sStore, bool _bRowByRow, std::uint64_t& 
     }
     SendMessageW(hList, WM_SETREDRAW, TRUE, 0);
     const double dSeconds = secondsSince(start);
+    // The texts' length is used, so that making them is not left out by the compiler.
     if (SendMessageW(hList, LVM_GETITEMCOUNT, 0, 0) != static_cast<LRESULT>(latest.size()) ||
         (!_bRowByRow && nTexts > 0 && nTextLength == 0))
-        std::printf("search limit: the list does not hold the rows\n");
+        std::printf("search limit: the list does not show the rows\n");
     DestroyWindow(hList);
     return dSeconds;
 }

@@ -23,6 +23,7 @@
 
 #include <commctrl.h>
 #include <cwchar>
+#include <unordered_map>
 
 const wchar_t* const UQClientWindow::PATTERN_LIST_VALUE = L"HistorySearchPatterns";
 const wchar_t* const UQClientWindow::PATTERN_SELECTION_VALUE = L"HistorySearchPattern";
@@ -290,9 +291,14 @@ INT_PTR UQClientWindow::mf_onNotify(const NMHDR& _header) {
         mf_implGetRowText(*reinterpret_cast<NMLVDISPINFOW*>(const_cast<NMHDR*>(&_header)));
         return TRUE;
     }
-    if (_header.idFrom == IDC_MAIN_LIST && _header.code == LVN_ODFINDITEMW)
-        return UQDialogProcedure::mf_setMessageResult(
-            m_hDlg, mf_implFindRow(reinterpret_cast<const NMLVFINDITEMW&>(_header)));
+    if (_header.idFrom == IDC_MAIN_LIST && _header.code == LVN_ODFINDITEMW) {
+        // The row plus one, so that the barrier's 0 after a failure answers "not found" rather than row 0.
+        const INT_PTR nFoundPlusOne = UQDialogProcedure::mf_barrier(
+            L"UQClientWindow::mf_onNotify", UQDialogProcedure::HANDLER_FAILURE,
+            [&] { return mf_implFindRow(reinterpret_cast<const NMLVFINDITEMW&>(_header)) + 1; },
+            static_cast<unsigned>(WM_NOTIFY));
+        return UQDialogProcedure::mf_setMessageResult(m_hDlg, nFoundPlusOne - 1);
+    }
     // A range of rows selected at once (Shift+click) comes as one LVN_ODSTATECHANGED.
     if (_header.idFrom == IDC_MAIN_LIST &&
         (_header.code == LVN_ITEMCHANGED || _header.code == LVN_ODSTATECHANGED))
@@ -436,9 +442,14 @@ int UQClientWindow::mf_implFindRow(const NMLVFINDITEMW& _find) const {
     const int nRows = static_cast<int>(m_shown.GetSize());
     if (!(what.flags & (LVFI_STRING | LVFI_PARTIAL)) || what.psz == nullptr || nRows == 0)
         return -1;
+    // iStart is the first row looked at (the list's type-ahead passes the row after the focused one); a
+    // search without LVFI_WRAP that starts past the last row finds nothing.
     const int nWanted = static_cast<int>(wcslen(what.psz));
+    const bool bWrap = (what.flags & LVFI_WRAP) != 0;
+    if (_find.iStart >= nRows && !bWrap)
+        return -1;
     const int nStart = _find.iStart >= 0 && _find.iStart < nRows ? _find.iStart : 0;
-    const int nSteps = (what.flags & LVFI_WRAP) ? nRows : nRows - nStart;
+    const int nSteps = bWrap ? nRows : nRows - nStart;
     for (int i = 0; i < nSteps; ++i) {
         const int nRow = (nStart + i) % nRows;
         const CString sPath = m_shown[nRow]->mf_getPathDisplayString();
@@ -452,6 +463,19 @@ int UQClientWindow::mf_implFindRow(const NMLVFINDITEMW& _find) const {
 }
 
 void UQClientWindow::mf_implSortBy(int _nColumn) {
+    // The list keeps its selection by row: the selected files and the focused one are taken now and
+    // found again in their new rows after the sort.
+    const int nRows = static_cast<int>(m_shown.GetSize());
+    const int nSelected = static_cast<int>(SendMessageW(m_hList, LVM_GETSELECTEDCOUNT, 0, 0));
+    std::vector<const UQSearchFileItem*> selected;
+    if (nSelected > 0 && nSelected < nRows) {
+        selected.reserve(static_cast<std::size_t>(nSelected));
+        for (int nRow = ListView_GetNextItem(m_hList, -1, LVNI_SELECTED); nRow >= 0 && nRow < nRows;
+             nRow = ListView_GetNextItem(m_hList, nRow, LVNI_SELECTED))
+            selected.push_back(m_shown[nRow]);
+    }
+    const int nFocused = ListView_GetNextItem(m_hList, -1, LVNI_FOCUSED);
+    const UQSearchFileItem* pFocused = nFocused >= 0 && nFocused < nRows ? m_shown[nFocused] : nullptr;
     m_bSortAscending = _nColumn == m_nSortColumn ? !m_bSortAscending : 1;
     m_nSortColumn = _nColumn;
     switch (_nColumn) {
@@ -480,6 +504,20 @@ void UQClientWindow::mf_implSortBy(int _nColumn) {
     }
     UQListPanel::mf_setHeaderSortIcon(m_hList, _nColumn,
                                       UQSortOrder(m_bSortAscending ? UQSortOrder::ASCENDING : 0));
+    // All rows or none selected stay so; otherwise each selected file is selected again where it went.
+    if (!selected.empty() || pFocused != nullptr) {
+        std::unordered_map<const UQSearchFileItem*, int> rowOf;
+        rowOf.reserve(static_cast<std::size_t>(nRows));
+        for (int nRow = 0; nRow < nRows; ++nRow)
+            rowOf.emplace(m_shown[nRow], nRow);
+        if (!selected.empty()) {
+            ListView_SetItemState(m_hList, -1, 0, LVIS_SELECTED);
+            for (const UQSearchFileItem* pItem : selected)
+                ListView_SetItemState(m_hList, rowOf[pItem], LVIS_SELECTED, LVIS_SELECTED);
+        }
+        if (pFocused != nullptr)
+            ListView_SetItemState(m_hList, rowOf[pFocused], LVIS_FOCUSED, LVIS_FOCUSED);
+    }
     InvalidateRect(m_hList, nullptr, TRUE);
 }
 

@@ -138,8 +138,10 @@ DWORD UQSafeFile::mf_stamp(HANDLE _hFile, Stamp& _rStamp) {
     FILE_STANDARD_INFO standard{};
     SetLastError(0);
     if (!GetFileInformationByHandleEx(_hFile, FileBasicInfo, &basic, sizeof(basic)) ||
-        !GetFileInformationByHandleEx(_hFile, FileStandardInfo, &standard, sizeof(standard)))
-        return GetLastError();
+        !GetFileInformationByHandleEx(_hFile, FileStandardInfo, &standard, sizeof(standard))) {
+        const DWORD dwError = GetLastError();
+        return dwError != 0 ? dwError : ERROR_GEN_FAILURE;
+    }
     _rStamp.dwAttributes = basic.FileAttributes;
     _rStamp.uSize = static_cast<std::uint64_t>(standard.EndOfFile.QuadPart);
     _rStamp.uLastWriteTime = static_cast<std::uint64_t>(basic.LastWriteTime.QuadPart);

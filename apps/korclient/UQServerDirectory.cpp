@@ -161,11 +161,21 @@ void UQServerDirectory::mf_implSkipOrphansIn(const std::wstring& _sFolder, State
 int UQServerDirectory::mf_storeVersion(HANDLE _hSource, UQVersionRecord& _rRecord, std::wstring& _rsReason) {
     const std::wstring sTarget = mf_getVersionFile(_rRecord.m_uVolume, _rRecord.m_uPosition);
     const std::wstring sTemporary = UQSafeFile::mf_temporaryName(sTarget);
-    SetLastError(0);
-    if (!CreateDirectoryW(UQSafeFile::mf_long(sTarget.substr(0, sTarget.rfind(L'\\'))).c_str(), nullptr) &&
-        GetLastError() != ERROR_ALREADY_EXISTS) {
-        _rsReason = L"cannot write to the server: " + UQSafeFile::mf_systemText(GetLastError());
-        return 0;
+    // The folder of the version's hundred, made by the first version that goes there, must be a real folder
+    // inside the server folder; once seen to be one, the next versions of the hundred trust it.
+    const std::wstring sFolder = sTarget.substr(0, sTarget.rfind(L'\\'));
+    if (sFolder != m_sCheckedFolder) {
+        UQFileHandle root;
+        const std::wstring sRealRoot = UQSafeFile::mf_openFolder(m_sRoot, root) == 0
+                                           ? UQSafeFile::mf_finalPath(root.mf_get(), m_sRoot)
+                                           : std::wstring();
+        std::wstring sWhy = L"cannot open the server folder '" + m_sRoot + L"'";
+        if (sRealRoot.empty() ||
+            UQSafeFile::mf_createFolders(sRealRoot, sFolder.substr(m_sRoot.size() + 1), sWhy) != 0) {
+            _rsReason = L"cannot write to the server: " + sWhy;
+            return 0;
+        }
+        m_sCheckedFolder = sFolder;
     }
     UQFileHandle file;
     DWORD dwError = UQSafeFile::mf_createNew(sTemporary, file);

@@ -71,4 +71,6 @@ private:
     void mf_implSkipOrphansIn(const std::wstring& _sFolder, State& _rState) const;
 
     std::wstring m_sRoot;
+    // The versions folder last seen to be a real folder inside the server folder.
+    std::wstring m_sCheckedFolder;
 };

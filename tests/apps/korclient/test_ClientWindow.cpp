@@ -464,8 +464,8 @@ TEST_F(ClientWindowTest, CtrlASelectsEveryRowAsTheStatusBarsSelectAllDoes) {
 }
 
 // The list holds no rows of its own: it asks the window for each text it shows or is asked for, finds rows
-// by their path through the window, and a range selected at once counts in the status bar.
-TEST_F(ClientWindowTest, TheListAsksTheWindowForItsRowsAndCountsARangeSelectedAtOnce) {
+// by their path through the window, and a range selected from the keyboard counts in the status bar.
+TEST_F(ClientWindowTest, TheListAsksTheWindowForItsRowsAndFindsThemByPath) {
     ASSERT_TRUE(migrateFiles({L"\\b.txt", L"\\c.txt", L"\\a.txt"}));
 
     UQClientWindow window(sServer, sFiles);
@@ -504,6 +504,10 @@ TEST_F(ClientWindowTest, TheListAsksTheWindowForItsRowsAndCountsARangeSelectedAt
         found.push_back(ListView_FindItem(hList, -1, &missing));
         found.push_back(ListView_FindItem(hList, 1, &wrapped));
         found.push_back(ListView_FindItem(hList, 1, &unwrapped));
+        // A start past the last row finds nothing, unless the search wraps.
+        LVFINDINFOW wrappedB{LVFI_PARTIAL | LVFI_WRAP, sB.c_str(), 0, {}, 0};
+        found.push_back(ListView_FindItem(hList, 3, &partial));
+        found.push_back(ListView_FindItem(hList, 3, &wrappedB));
         // Home, then Shift+End: the rows from the first to the last, selected in one go. Windows tells of
         // the range with LVN_ODSTATECHANGED; Wine 8 sends LVN_ITEMCHANGED.
         SetFocus(hList);
@@ -518,9 +522,55 @@ TEST_F(ClientWindowTest, TheListAsksTheWindowForItsRowsAndCountsARangeSelectedAt
     EXPECT_TRUE(script.mf_isFinished()) << failuresOf(script);
     EXPECT_EQ(cells, (std::vector<std::wstring>{sFiles + L"\\b.txt", L"1", L"Available", L"No", L"No"}));
     EXPECT_EQ(sCut, (sFiles + L"\\b.txt").substr(0, 5)) << "a short buffer gets the text cut to its size";
-    EXPECT_EQ(found, (std::vector<int>{1, 2, -1, 0, -1}));
+    EXPECT_EQ(found, (std::vector<int>{1, 2, -1, 0, -1, -1, 1}));
     EXPECT_EQ(nSelectedAfterRange, 3);
     EXPECT_EQ(sStatusAfterRange, L"3 selected");
+}
+
+// A sort moves the files, not the selection: the files selected before are selected in their new rows, the
+// focused file keeps the focus, and a list with every row selected stays so.
+TEST_F(ClientWindowTest, SortKeepsTheSelectedFilesSelectedInTheirNewRows) {
+    ASSERT_TRUE(migrateFiles({L"\\b.txt", L"\\c.txt", L"\\a.txt"}));
+
+    UQClientWindow window(sServer, sFiles);
+    UQDialogScript script(TIME_LIMIT_MS);
+    std::vector<int> rowsBefore;
+    std::vector<int> rowsAfter;
+    std::vector<std::wstring> order;
+    int nFocused = -1;
+    std::wstring sStatus;
+    std::vector<int> allAfter;
+    closeTip(script);
+    search(script, window);
+    script.mf_then(L"select, then sort", [&] {
+        HWND hMain = ready(window);
+        if (hMain == nullptr || window.mf_getShownCount() != 3)
+            return false;
+        HWND hList = GetDlgItem(hMain, IDC_MAIN_LIST);
+        SetFocus(hList);
+        ListView_SetItemState(hList, -1, 0, LVIS_SELECTED);
+        ListView_SetItemState(hList, 0, LVIS_SELECTED | LVIS_FOCUSED, LVIS_SELECTED | LVIS_FOCUSED);
+        rowsBefore = toolkittest::selectedRows(hList);
+        toolkittest::pressInList(hList, '1', false, true);
+        rowsAfter = toolkittest::selectedRows(hList);
+        order = firstColumn(hList);
+        nFocused = ListView_GetNextItem(hList, -1, LVNI_FOCUSED);
+        sStatus = window.mf_getStatusText(1);
+        toolkittest::pressInList(hList, 'A', false, true);
+        toolkittest::pressInList(hList, '1', false, true);
+        allAfter = toolkittest::selectedRows(hList);
+        return true;
+    });
+    close(script, window);
+    EXPECT_EQ(window.mf_show(), 0);
+    EXPECT_TRUE(script.mf_isFinished()) << failuresOf(script);
+    EXPECT_EQ(rowsBefore, std::vector<int>{0});
+    ASSERT_EQ(order.size(), 3u);
+    EXPECT_EQ(order[2], sFiles + L"\\a.txt") << "the first sort by path turns the order round";
+    EXPECT_EQ(rowsAfter, std::vector<int>{2});
+    EXPECT_EQ(nFocused, 2);
+    EXPECT_EQ(sStatus, L"1 selected");
+    EXPECT_EQ(allAfter, (std::vector<int>{0, 1, 2}));
 }
 
 namespace {

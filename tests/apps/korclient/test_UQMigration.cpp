@@ -336,6 +336,23 @@ TEST_F(MigrationTest, VersionsAreKeptInFoldersOfAHundredPositions) {
               (std::vector<std::wstring>{L"1\\1\\199.ver", L"1\\2\\200.ver", L"1\\2\\201.ver"}));
 }
 
+TEST_F(MigrationTest, VersionLeftAfterTheLastRecordInItsHundredIsPassed) {
+    std::wstring sWhy;
+    ASSERT_EQ(server.mf_prepare(sWhy), 1) << utf8(sWhy);
+    ASSERT_TRUE(
+        writeFile(server.mf_getHistoryFile(),
+                  "# object path\tfile path\tversion\tlast write\tsize\tflags\texpiry\tvolume:position\n"
+                  "C:\\old.txt\t=\t1\t2024-03-05 09:12:44.1234567\t3\t-\t-\t1:150\n"));
+    // Left by interrupted runs: one after the last record, in the same hundred; one long before it.
+    ASSERT_TRUE(writeFile(server.mf_getVersionFile(UQServerDirectory::VOLUME, 199), "KORDATA 1\n..."));
+    ASSERT_TRUE(writeFile(server.mf_getVersionFile(UQServerDirectory::VOLUME, 42), "KORDATA 1\n..."));
+    makeFiles({{L"a.txt", "a"}});
+    ASSERT_EQ(migrate(), 1) << utf8(reason);
+    EXPECT_TRUE(isVerifiedStub(L"a.txt"));
+    EXPECT_EQ(storedFiles(),
+              (std::vector<std::wstring>{L"1\\0\\42.ver", L"1\\1\\199.ver", L"1\\2\\200.ver"}));
+}
+
 TEST_F(MigrationTest, VersionLeftInTheOneFolderOfEarlierServersDoesNotBlockTheNextRun) {
     std::wstring sWhy;
     ASSERT_EQ(server.mf_prepare(sWhy), 1) << utf8(sWhy);
