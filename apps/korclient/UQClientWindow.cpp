@@ -22,6 +22,8 @@
 #include "korlang_ids.h"
 
 #include <commctrl.h>
+#include <cwchar>
+#include <unordered_map>
 
 const wchar_t* const UQClientWindow::PATTERN_LIST_VALUE = L"HistorySearchPatterns";
 const wchar_t* const UQClientWindow::PATTERN_SELECTION_VALUE = L"HistorySearchPattern";
@@ -285,7 +287,21 @@ INT_PTR UQClientWindow::mf_onNotify(const NMHDR& _header) {
             return TRUE;
         }
     }
-    if (_header.idFrom == IDC_MAIN_LIST && _header.code == LVN_ITEMCHANGED)
+    if (_header.idFrom == IDC_MAIN_LIST && _header.code == LVN_GETDISPINFOW) {
+        mf_implGetRowText(*reinterpret_cast<NMLVDISPINFOW*>(const_cast<NMHDR*>(&_header)));
+        return TRUE;
+    }
+    if (_header.idFrom == IDC_MAIN_LIST && _header.code == LVN_ODFINDITEMW) {
+        // The row plus one, so that the barrier's 0 after a failure answers "not found" rather than row 0.
+        const INT_PTR nFoundPlusOne = UQDialogProcedure::mf_barrier(
+            L"UQClientWindow::mf_onNotify", UQDialogProcedure::HANDLER_FAILURE,
+            [&] { return mf_implFindRow(reinterpret_cast<const NMLVFINDITEMW&>(_header)) + 1; },
+            static_cast<unsigned>(WM_NOTIFY));
+        return UQDialogProcedure::mf_setMessageResult(m_hDlg, nFoundPlusOne - 1);
+    }
+    // A range of rows selected at once (Shift+click) comes as one LVN_ODSTATECHANGED.
+    if (_header.idFrom == IDC_MAIN_LIST &&
+        (_header.code == LVN_ITEMCHANGED || _header.code == LVN_ODSTATECHANGED))
         mf_implUpdateStatus();
     if (_header.hwndFrom == m_pStatusBar->mf_getWindowHandle() && _header.code == NM_RCLICK) {
         POINT point{};
@@ -374,33 +390,92 @@ void UQClientWindow::mf_implShow() {
         checked(m_hDlg, IDC_MAIN_EXCLUDE_DELETED_PROTECTED));
     if (checked(m_hDlg, IDC_MAIN_LATEST))
         m_searchList.mf_selectLatest();
-    SendMessageW(m_hList, WM_SETREDRAW, FALSE, 0);
+    // The list holds no rows of its own: it asks for the texts of the rows it draws (LVN_GETDISPINFO), so
+    // a search of any size is shown at once.
     SendMessageW(m_hList, LVM_DELETEALLITEMS, 0, 0);
     SendMessageW(m_hList, LVM_SETITEMCOUNT, static_cast<WPARAM>(m_shown.GetSize()), 0);
-    for (INT_PTR i = 0; i < m_shown.GetSize(); ++i) {
-        const UQSearchFileItem& item = *m_shown[i];
-        const CString sPath = item.mf_getPathDisplayString();
-        LVITEMW row{};
-        row.mask = LVIF_TEXT | LVIF_PARAM;
-        row.iItem = static_cast<int>(i);
-        row.pszText = const_cast<wchar_t*>(sPath.GetString());
-        row.lParam = reinterpret_cast<LPARAM>(&item);
-        const int nRow =
-            static_cast<int>(SendMessageW(m_hList, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&row)));
-        const UQSearchFileVersion* pVersion = item.mf_getSelectedVersion() != nullptr
-                                                  ? item.mf_getSelectedVersion()
-                                                  : item.mf_getLatestVersion();
-        UQListPanel::mf_setText(item.mf_getRangesDisplayString(), m_hList, nRow, 1);
-        UQListPanel::mf_setText(pVersion != nullptr ? pVersion->mf_getStatusString() : CString(), m_hList,
-                                nRow, 2);
-        UQListPanel::mf_setText(item.mf_getSecurityDisplayString(), m_hList, nRow, 3);
-        UQListPanel::mf_setText(item.mf_getADStreamsDisplayString(), m_hList, nRow, 4);
-    }
-    SendMessageW(m_hList, WM_SETREDRAW, TRUE, 0);
+    InvalidateRect(m_hList, nullptr, TRUE);
     mf_implUpdateStatus();
 }
 
+void UQClientWindow::mf_implGetRowText(NMLVDISPINFOW& _rInfo) const {
+    LVITEMW& row = _rInfo.item;
+    if (!(row.mask & LVIF_TEXT) || row.pszText == nullptr || row.cchTextMax <= 0)
+        return;
+    row.pszText[0] = L'\0';
+    if (row.iItem < 0 || row.iItem >= m_shown.GetSize())
+        return;
+    const UQSearchFileItem& item = *m_shown[row.iItem];
+    CString sText;
+    switch (row.iSubItem) {
+    case 0:
+        sText = item.mf_getPathDisplayString();
+        break;
+    case 1:
+        sText = item.mf_getRangesDisplayString();
+        break;
+    case 2: {
+        const UQSearchFileVersion* pVersion = item.mf_getSelectedVersion() != nullptr
+                                                  ? item.mf_getSelectedVersion()
+                                                  : item.mf_getLatestVersion();
+        if (pVersion != nullptr)
+            sText = pVersion->mf_getStatusString();
+        break;
+    }
+    case 3:
+        sText = item.mf_getSecurityDisplayString();
+        break;
+    case 4:
+        sText = item.mf_getADStreamsDisplayString();
+        break;
+    default:
+        break;
+    }
+    // As a list that holds its own texts answers: cut to the buffer the asker gave.
+    const int nCopy = sText.GetLength() < row.cchTextMax - 1 ? sText.GetLength() : row.cchTextMax - 1;
+    wmemcpy(row.pszText, sText.GetString(), static_cast<std::size_t>(nCopy));
+    row.pszText[nCopy] = L'\0';
+}
+
+int UQClientWindow::mf_implFindRow(const NMLVFINDITEMW& _find) const {
+    const LVFINDINFOW& what = _find.lvfi;
+    const int nRows = static_cast<int>(m_shown.GetSize());
+    if (!(what.flags & (LVFI_STRING | LVFI_PARTIAL)) || what.psz == nullptr || nRows == 0)
+        return -1;
+    // iStart is the first row looked at (the list's type-ahead passes the row after the focused one); a
+    // search without LVFI_WRAP that starts past the last row finds nothing.
+    const int nWanted = static_cast<int>(wcslen(what.psz));
+    const bool bWrap = (what.flags & LVFI_WRAP) != 0;
+    if (_find.iStart >= nRows && !bWrap)
+        return -1;
+    const int nStart = _find.iStart >= 0 && _find.iStart < nRows ? _find.iStart : 0;
+    const int nSteps = bWrap ? nRows : nRows - nStart;
+    for (int i = 0; i < nSteps; ++i) {
+        const int nRow = (nStart + i) % nRows;
+        const CString sPath = m_shown[nRow]->mf_getPathDisplayString();
+        const int nCompared = (what.flags & LVFI_PARTIAL) ? nWanted : sPath.GetLength();
+        if (nCompared > sPath.GetLength() || (!(what.flags & LVFI_PARTIAL) && nWanted != sPath.GetLength()))
+            continue;
+        if (CompareStringOrdinal(sPath.GetString(), nCompared, what.psz, nWanted, TRUE) == CSTR_EQUAL)
+            return nRow;
+    }
+    return -1;
+}
+
 void UQClientWindow::mf_implSortBy(int _nColumn) {
+    // The list keeps its selection by row: the selected files and the focused one are taken now and
+    // found again in their new rows after the sort.
+    const int nRows = static_cast<int>(m_shown.GetSize());
+    const int nSelected = static_cast<int>(SendMessageW(m_hList, LVM_GETSELECTEDCOUNT, 0, 0));
+    std::vector<const UQSearchFileItem*> selected;
+    if (nSelected > 0 && nSelected < nRows) {
+        selected.reserve(static_cast<std::size_t>(nSelected));
+        for (int nRow = ListView_GetNextItem(m_hList, -1, LVNI_SELECTED); nRow >= 0 && nRow < nRows;
+             nRow = ListView_GetNextItem(m_hList, nRow, LVNI_SELECTED))
+            selected.push_back(m_shown[nRow]);
+    }
+    const int nFocused = ListView_GetNextItem(m_hList, -1, LVNI_FOCUSED);
+    const UQSearchFileItem* pFocused = nFocused >= 0 && nFocused < nRows ? m_shown[nFocused] : nullptr;
     m_bSortAscending = _nColumn == m_nSortColumn ? !m_bSortAscending : 1;
     m_nSortColumn = _nColumn;
     switch (_nColumn) {
@@ -429,23 +504,27 @@ void UQClientWindow::mf_implSortBy(int _nColumn) {
     }
     UQListPanel::mf_setHeaderSortIcon(m_hList, _nColumn,
                                       UQSortOrder(m_bSortAscending ? UQSortOrder::ASCENDING : 0));
-    SendMessageW(m_hList, WM_SETREDRAW, FALSE, 0);
-    for (INT_PTR i = 0; i < m_shown.GetSize(); ++i) {
-        const UQSearchFileItem& item = *m_shown[i];
-        const UQSearchFileVersion* pVersion = item.mf_getSelectedVersion() != nullptr
-                                                  ? item.mf_getSelectedVersion()
-                                                  : item.mf_getLatestVersion();
-        const int nRow = static_cast<int>(i);
-        UQListPanel::mf_setText(item.mf_getPathDisplayString(), m_hList, nRow, 0);
-        UQListPanel::mf_setData(&item, m_hList, nRow);
-        UQListPanel::mf_setText(item.mf_getRangesDisplayString(), m_hList, nRow, 1);
-        UQListPanel::mf_setText(pVersion != nullptr ? pVersion->mf_getStatusString() : CString(), m_hList,
-                                nRow, 2);
-        UQListPanel::mf_setText(item.mf_getSecurityDisplayString(), m_hList, nRow, 3);
-        UQListPanel::mf_setText(item.mf_getADStreamsDisplayString(), m_hList, nRow, 4);
+    // All rows or none selected stay so; otherwise each selected file is selected again where it went.
+    if (!selected.empty() || pFocused != nullptr) {
+        std::unordered_map<const UQSearchFileItem*, int> rowOf;
+        rowOf.reserve(static_cast<std::size_t>(nRows));
+        for (int nRow = 0; nRow < nRows; ++nRow)
+            rowOf.emplace(m_shown[nRow], nRow);
+        if (!selected.empty()) {
+            ListView_SetItemState(m_hList, -1, 0, LVIS_SELECTED);
+            for (const UQSearchFileItem* pItem : selected)
+                ListView_SetItemState(m_hList, rowOf[pItem], LVIS_SELECTED, LVIS_SELECTED);
+        }
+        if (pFocused != nullptr)
+            ListView_SetItemState(m_hList, rowOf[pFocused], LVIS_FOCUSED, LVIS_FOCUSED);
     }
-    SendMessageW(m_hList, WM_SETREDRAW, TRUE, 0);
     InvalidateRect(m_hList, nullptr, TRUE);
+}
+
+std::wstring UQClientWindow::mf_getStatusText(int _nPart) const {
+    if (_nPart < 0 || _nPart >= 3 || m_apItems[_nPart] == nullptr)
+        return std::wstring();
+    return m_apItems[_nPart]->mf_getText().GetString();
 }
 
 void UQClientWindow::mf_implUpdateStatus() {

@@ -46,6 +46,8 @@ public:
     const std::vector<UQFileOutcome>& mf_getRecallOutcomes() const noexcept { return m_recalled; }
     const std::wstring& mf_getLastError() const noexcept { return m_sLastError; }
     const std::wstring& mf_getSearchName() const noexcept { return m_sSearchName; }
+    // The text of the status bar's part _nPart (0 files, 1 selection, 2 store); empty for no such part.
+    std::wstring mf_getStatusText(int _nPart) const;
 
     INT_PTR mf_onInitDialog(HWND _hDlg);
     INT_PTR mf_onCommand(unsigned short _usCode, unsigned short _usId);
@@ -64,6 +66,8 @@ private:
     void mf_implMigrate();
     void mf_implRename();
     void mf_implSortBy(int _nColumn);
+    void mf_implGetRowText(NMLVDISPINFOW& _rInfo) const;
+    int mf_implFindRow(const NMLVFINDITEMW& _find) const;
     void mf_implUpdateStatus();
     void mf_implShowResults(const wchar_t* _pszCaption, const std::vector<UQFileOutcome>& _outcomes);
     void mf_implError(const std::wstring& _sText, int _bWarning);

@@ -19,10 +19,6 @@ std::wstring upper(std::wstring _sText) {
     return _sText;
 }
 
-std::uint64_t ticksOf(const FILETIME& _time) {
-    return (static_cast<std::uint64_t>(_time.dwHighDateTime) << 32) | _time.dwLowDateTime;
-}
-
 } // namespace
 
 UQMigration::UQMigration(UQServerDirectory& _rServer, const std::wstring& _sSourceFolder)
@@ -37,9 +33,9 @@ int UQMigration::mf_run(const UQCancelSwitch* _pCancel, const Progress& _progres
     static const wchar_t* const _sFunction_ = L"UQMigration::mf_run";
     UQFileHandle folder;
     const DWORD dwError = UQSafeFile::mf_openFolder(m_sSource, folder);
-    BY_HANDLE_FILE_INFORMATION info{};
-    if (dwError != 0 || !GetFileInformationByHandle(folder.mf_get(), &info) ||
-        !(info.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)) {
+    UQSafeFile::Stamp folderStamp;
+    if (dwError != 0 || UQSafeFile::mf_stamp(folder.mf_get(), folderStamp) != 0 ||
+        !(folderStamp.dwAttributes & FILE_ATTRIBUTE_DIRECTORY)) {
         _rsReason = L"The folder '" + m_sSource + L"' cannot be migrated: " +
                     (dwError != 0 ? UQSafeFile::mf_systemText(dwError) : std::wstring(L"it is no folder"));
         UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"%s", _rsReason.c_str());
@@ -132,16 +128,16 @@ UQFileOutcome UQMigration::mf_implMigrate(const std::wstring& _sFile, UQServerDi
         return UQFileOutcome::mf_of(_sFile, UQFileOutcome::RED,
                                     L"Not migrated: the file cannot be read: " +
                                         UQSafeFile::mf_systemText(dwError));
-    BY_HANDLE_FILE_INFORMATION before{};
-    if (!GetFileInformationByHandle(source.mf_get(), &before))
+    UQSafeFile::Stamp before;
+    dwError = UQSafeFile::mf_stamp(source.mf_get(), before);
+    if (dwError != 0)
         return UQFileOutcome::mf_of(_sFile, UQFileOutcome::RED,
                                     L"Not migrated: the file cannot be read: " +
-                                        UQSafeFile::mf_systemText(GetLastError()));
-    if ((before.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) ||
+                                        UQSafeFile::mf_systemText(dwError));
+    if ((before.dwAttributes & FILE_ATTRIBUTE_REPARSE_POINT) ||
         !UQSafeFile::mf_isWithin(UQSafeFile::mf_finalPath(source.mf_get(), _sFile), m_sRealSource))
         return UQFileOutcome::mf_of(_sFile, UQFileOutcome::YELLOW, L"Skipped: a link is not followed");
-    const std::uint64_t uSize =
-        (static_cast<std::uint64_t>(before.nFileSizeHigh) << 32) | before.nFileSizeLow;
+    const std::uint64_t uSize = before.uSize;
     if (uSize <= UQVersionRecord::MAX_STUB_BYTES) {
         std::string sStart;
         if (UQSafeFile::mf_readStart(source.mf_get(), UQVersionRecord::MAX_STUB_BYTES, sStart) == 0 &&
@@ -166,9 +162,8 @@ UQFileOutcome UQMigration::mf_implMigrate(const std::wstring& _sFile, UQServerDi
                                     L"Not migrated (the file is kept): " + sReason);
     step(1);
     const UQQueryData history(CString(_sFile.c_str()), CString(), record.m_uVersion,
-                              UQFileTime(before.ftLastWriteTime),
-                              UQFileSize(static_cast<std::int64_t>(uSize)), 0, UQExpiryTime{0},
-                              UQQueryData::AccessKey{record.m_uVolume, record.m_uPosition});
+                              UQFileTime(before.ftLastWrite), UQFileSize(static_cast<std::int64_t>(uSize)), 0,
+                              UQExpiryTime{0}, UQQueryData::AccessKey{record.m_uVolume, record.m_uPosition});
     if (!m_rServer.mf_appendHistory(history, sReason)) {
         DeleteFileW(
             UQSafeFile::mf_long(m_rServer.mf_getVersionFile(record.m_uVolume, record.m_uPosition)).c_str());
@@ -180,11 +175,10 @@ UQFileOutcome UQMigration::mf_implMigrate(const std::wstring& _sFile, UQServerDi
     UQFileOutcome result = UQFileOutcome::mf_of(_sFile, UQFileOutcome::GREEN, L"Migrated");
     result.uVersion = record.m_uVersion;
     result.uSize = uSize;
-    result.uLastWriteTime = ticksOf(before.ftLastWriteTime);
-    BY_HANDLE_FILE_INFORMATION after{};
-    if (!GetFileInformationByHandle(source.mf_get(), &after) || after.nFileSizeLow != before.nFileSizeLow ||
-        after.nFileSizeHigh != before.nFileSizeHigh ||
-        ticksOf(after.ftLastWriteTime) != ticksOf(before.ftLastWriteTime)) {
+    result.uLastWriteTime = before.uLastWriteTime;
+    UQSafeFile::Stamp after;
+    if (UQSafeFile::mf_stamp(source.mf_get(), after) != 0 || after.uSize != before.uSize ||
+        after.uLastWriteTime != before.uLastWriteTime) {
         result.eSeverity = UQFileOutcome::YELLOW;
         result.sResult = L"Stored, but the file changed meanwhile: it is kept and not replaced by a stub";
         return result;
@@ -199,7 +193,7 @@ UQFileOutcome UQMigration::mf_implMigrate(const std::wstring& _sFile, UQServerDi
         if (dwError == 0 && !FlushFileBuffers(stub.mf_get()))
             dwError = GetLastError();
         if (dwError == 0)
-            SetFileTime(stub.mf_get(), nullptr, nullptr, &before.ftLastWriteTime);
+            SetFileTime(stub.mf_get(), nullptr, nullptr, &before.ftLastWrite);
     }
     if (dwError != 0) {
         DeleteFileW(UQSafeFile::mf_long(sTemporary).c_str());

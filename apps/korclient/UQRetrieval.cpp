@@ -95,9 +95,9 @@ int UQRetrieval::mf_readStub(const std::wstring& _sPath, UQVersionRecord& _rReco
         _rsReason = L"cannot read the stub: " + UQSafeFile::mf_systemText(dwError);
         return 0;
     }
-    BY_HANDLE_FILE_INFORMATION info{};
-    if (!GetFileInformationByHandle(file.mf_get(), &info) ||
-        (info.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT)) {
+    UQSafeFile::Stamp stamp;
+    if (UQSafeFile::mf_stamp(file.mf_get(), stamp) != 0 ||
+        (stamp.dwAttributes & FILE_ATTRIBUTE_REPARSE_POINT)) {
         _rsReason = L"the stub is a link: not followed";
         return 0;
     }

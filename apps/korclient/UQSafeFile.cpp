@@ -133,6 +133,23 @@ DWORD UQSafeFile::mf_openFolder(const std::wstring& _sAbsolute, UQFileHandle& _r
     return 0;
 }
 
+DWORD UQSafeFile::mf_stamp(HANDLE _hFile, Stamp& _rStamp) {
+    FILE_BASIC_INFO basic{};
+    FILE_STANDARD_INFO standard{};
+    SetLastError(0);
+    if (!GetFileInformationByHandleEx(_hFile, FileBasicInfo, &basic, sizeof(basic)) ||
+        !GetFileInformationByHandleEx(_hFile, FileStandardInfo, &standard, sizeof(standard))) {
+        const DWORD dwError = GetLastError();
+        return dwError != 0 ? dwError : ERROR_GEN_FAILURE;
+    }
+    _rStamp.dwAttributes = basic.FileAttributes;
+    _rStamp.uSize = static_cast<std::uint64_t>(standard.EndOfFile.QuadPart);
+    _rStamp.uLastWriteTime = static_cast<std::uint64_t>(basic.LastWriteTime.QuadPart);
+    _rStamp.ftLastWrite.dwLowDateTime = static_cast<DWORD>(_rStamp.uLastWriteTime);
+    _rStamp.ftLastWrite.dwHighDateTime = static_cast<DWORD>(_rStamp.uLastWriteTime >> 32);
+    return 0;
+}
+
 DWORD UQSafeFile::mf_readStart(HANDLE _hFile, std::size_t _nMax, std::string& _rsText) {
     _rsText.assign(_nMax, '\0');
     std::size_t nRead = 0;
@@ -245,10 +262,10 @@ DWORD UQSafeFile::mf_createFolders(const std::wstring& _sRoot, const std::wstrin
             _rsReason = L"cannot open folder '" + sPath + L"': " + mf_systemText(dwError);
             return dwError;
         }
-        BY_HANDLE_FILE_INFORMATION info{};
+        Stamp stamp;
         const std::wstring sFinal = mf_finalPath(folder.mf_get(), sPath);
-        if (!GetFileInformationByHandle(folder.mf_get(), &info) ||
-            (info.dwFileAttributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT)) !=
+        if (mf_stamp(folder.mf_get(), stamp) != 0 ||
+            (stamp.dwAttributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT)) !=
                 FILE_ATTRIBUTE_DIRECTORY ||
             upper(sFinal) != upper(sPath)) {
             _rsReason = L"'" + sPath + L"' is a link or junction, or no folder: not followed (it leads to '" +

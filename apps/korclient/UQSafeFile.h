@@ -11,6 +11,14 @@
 
 class UQSafeFile {
 public:
+    // What a handle's file is now: enough to tell whether it changed between two looks.
+    struct Stamp {
+        DWORD dwAttributes = 0;
+        std::uint64_t uSize = 0;
+        std::uint64_t uLastWriteTime = 0; // FILETIME ticks
+        FILETIME ftLastWrite{};
+    };
+
     // The absolute form of a path the user gave ("C:\x", "\\host\share\x", relative to the current folder)
     // without a trailing '\'; empty when the system cannot make one.
     static std::wstring mf_absolute(const std::wstring& _sPath);
@@ -28,6 +36,9 @@ public:
     static DWORD mf_openRead(const std::wstring& _sAbsolute, UQFileHandle& _rHandle);
     // The folder as a handle, which keeps it from being renamed or replaced while it is held.
     static DWORD mf_openFolder(const std::wstring& _sAbsolute, UQFileHandle& _rHandle);
+    // The handle's attributes, size and last write time; 0, or the system error. Far cheaper under Wine than
+    // GetFileInformationByHandle, which also fills in the volume's serial number.
+    static DWORD mf_stamp(HANDLE _hFile, Stamp& _rStamp);
     // Reads up to _nMax bytes from the start of a file; the error, or 0.
     static DWORD mf_readStart(HANDLE _hFile, std::size_t _nMax, std::string& _rsText);
     static DWORD mf_writeAll(HANDLE _hFile, const void* _pData, std::size_t _nBytes);

@@ -16,6 +16,18 @@ std::wstring upper(std::wstring _sText) {
     return _sText;
 }
 
+// The number a name of decimal digits (at most 19) and then _pszEnd stands for; false for any other name.
+bool numberOf(const std::wstring& _sName, const wchar_t* _pszEnd, std::uint64_t& _ruNumber) {
+    std::uint64_t uNumber = 0;
+    std::size_t nDigits = 0;
+    while (nDigits < _sName.size() && _sName[nDigits] >= L'0' && _sName[nDigits] <= L'9' && nDigits < 19)
+        uNumber = uNumber * 10 + static_cast<std::uint64_t>(_sName[nDigits++] - L'0');
+    if (nDigits == 0 || _sName.compare(nDigits, std::wstring::npos, _pszEnd) != 0)
+        return false;
+    _ruNumber = uNumber;
+    return true;
+}
+
 // Collects what a writer needs from every record of the store.
 class StateSink : public UVQueryDataSink {
 public:
@@ -39,6 +51,12 @@ private:
 UQServerDirectory::UQServerDirectory(const std::wstring& _sRoot) : m_sRoot(_sRoot) {}
 
 std::wstring UQServerDirectory::mf_getVersionFile(std::uint32_t _uVolume, std::uint64_t _uPosition) const {
+    return m_sRoot + L"\\versions\\" + std::to_wstring(_uVolume) + L"\\" +
+           std::to_wstring(_uPosition / POSITIONS_PER_FOLDER) + L"\\" + std::to_wstring(_uPosition) + L".ver";
+}
+
+std::wstring UQServerDirectory::mf_getUngroupedVersionFile(std::uint32_t _uVolume,
+                                                           std::uint64_t _uPosition) const {
     return m_sRoot + L"\\versions\\" + std::to_wstring(_uVolume) + L"\\" + std::to_wstring(_uPosition) +
            L".ver";
 }
@@ -108,21 +126,34 @@ int UQServerDirectory::mf_readState(State& _rState, std::wstring& _rsReason) con
 
 void UQServerDirectory::mf_implSkipOrphans(State& _rState) const {
     // A migration interrupted after storing a version and before recording it leaves a version file that
-    // no record names. It is never read, but its place is taken: new versions go after it.
+    // no record names. It is never read, but its place is taken: new versions go after it. Only the folders
+    // of positions from the next one on can hold such a file.
+    const std::wstring sVolume = m_sRoot + L"\\versions\\" + std::to_wstring(VOLUME);
+    mf_implSkipOrphansIn(sVolume, _rState);
     WIN32_FIND_DATAW data{};
-    const UQFindHandle find(FindFirstFileW(
-        UQSafeFile::mf_long(m_sRoot + L"\\versions\\" + std::to_wstring(VOLUME) + L"\\*.ver").c_str(),
-        &data));
+    const UQFindHandle find(FindFirstFileExW(UQSafeFile::mf_long(sVolume + L"\\*").c_str(), FindExInfoBasic,
+                                             &data, FindExSearchLimitToDirectories, nullptr, 0));
+    if (!find)
+        return;
+    std::vector<std::uint64_t> folders;
+    do {
+        std::uint64_t uFolder = 0;
+        if ((data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) && numberOf(data.cFileName, L"", uFolder) &&
+            uFolder >= _rState.uNextPosition / POSITIONS_PER_FOLDER)
+            folders.push_back(uFolder);
+    } while (FindNextFileW(find.mf_get(), &data));
+    for (std::uint64_t uFolder : folders)
+        mf_implSkipOrphansIn(sVolume + L"\\" + std::to_wstring(uFolder), _rState);
+}
+
+void UQServerDirectory::mf_implSkipOrphansIn(const std::wstring& _sFolder, State& _rState) const {
+    WIN32_FIND_DATAW data{};
+    const UQFindHandle find(FindFirstFileW(UQSafeFile::mf_long(_sFolder + L"\\*.ver").c_str(), &data));
     if (!find)
         return;
     do {
-        const std::wstring sName = data.cFileName;
         std::uint64_t uPosition = 0;
-        std::size_t nDigits = 0;
-        while (nDigits < sName.size() && sName[nDigits] >= L'0' && sName[nDigits] <= L'9' && nDigits < 19)
-            uPosition = uPosition * 10 + static_cast<std::uint64_t>(sName[nDigits++] - L'0');
-        if (nDigits > 0 && sName.compare(nDigits, std::wstring::npos, L".ver") == 0 &&
-            uPosition >= _rState.uNextPosition)
+        if (numberOf(data.cFileName, L".ver", uPosition) && uPosition >= _rState.uNextPosition)
             _rState.uNextPosition = uPosition + 1;
     } while (FindNextFileW(find.mf_get(), &data));
 }
@@ -130,6 +161,22 @@ void UQServerDirectory::mf_implSkipOrphans(State& _rState) const {
 int UQServerDirectory::mf_storeVersion(HANDLE _hSource, UQVersionRecord& _rRecord, std::wstring& _rsReason) {
     const std::wstring sTarget = mf_getVersionFile(_rRecord.m_uVolume, _rRecord.m_uPosition);
     const std::wstring sTemporary = UQSafeFile::mf_temporaryName(sTarget);
+    // The folder of the version's hundred, made by the first version that goes there, must be a real folder
+    // inside the server folder; once seen to be one, the next versions of the hundred trust it.
+    const std::wstring sFolder = sTarget.substr(0, sTarget.rfind(L'\\'));
+    if (sFolder != m_sCheckedFolder) {
+        UQFileHandle root;
+        const std::wstring sRealRoot = UQSafeFile::mf_openFolder(m_sRoot, root) == 0
+                                           ? UQSafeFile::mf_finalPath(root.mf_get(), m_sRoot)
+                                           : std::wstring();
+        std::wstring sWhy = L"cannot open the server folder '" + m_sRoot + L"'";
+        if (sRealRoot.empty() ||
+            UQSafeFile::mf_createFolders(sRealRoot, sFolder.substr(m_sRoot.size() + 1), sWhy) != 0) {
+            _rsReason = L"cannot write to the server: " + sWhy;
+            return 0;
+        }
+        m_sCheckedFolder = sFolder;
+    }
     UQFileHandle file;
     DWORD dwError = UQSafeFile::mf_createNew(sTemporary, file);
     if (dwError != 0) {
@@ -222,8 +269,16 @@ int UQServerDirectory::mf_openVersion(std::uint32_t _uVolume, std::uint64_t _uPo
                                       const std::wstring& _sObjectPath, std::uint32_t _uVersion,
                                       const UQVersionRecord* _pExpected, UQFileHandle& _rFile,
                                       UQVersionRecord& _rHeader, std::wstring& _rsReason) const {
-    const std::wstring sFile = mf_getVersionFile(_uVolume, _uPosition);
-    const DWORD dwError = UQSafeFile::mf_openRead(sFile, _rFile);
+    std::wstring sFile = mf_getVersionFile(_uVolume, _uPosition);
+    DWORD dwError = UQSafeFile::mf_openRead(sFile, _rFile);
+    if (dwError == ERROR_FILE_NOT_FOUND || dwError == ERROR_PATH_NOT_FOUND) {
+        const std::wstring sUngrouped = mf_getUngroupedVersionFile(_uVolume, _uPosition);
+        const DWORD dwUngrouped = UQSafeFile::mf_openRead(sUngrouped, _rFile);
+        if (dwUngrouped != ERROR_FILE_NOT_FOUND && dwUngrouped != ERROR_PATH_NOT_FOUND) {
+            sFile = sUngrouped;
+            dwError = dwUngrouped;
+        }
+    }
     if (dwError == ERROR_FILE_NOT_FOUND || dwError == ERROR_PATH_NOT_FOUND) {
         _rsReason = L"the server holds no data for version " + std::to_wstring(_uVersion) + L" (" + sFile +
                     L" is missing)";

@@ -1,5 +1,6 @@
 // The storage server's stand-in: a folder that holds the history store ("history.txt") and one file per
-// stored version ("versions\<volume>\<position>.ver": a header naming the object, then the content).
+// stored version ("versions\<volume>\<position / 100>\<position>.ver": a header naming the object, then the
+// content).
 // docs/server-directory-format.md describes it. Whatever is read from it is checked before it is used.
 #pragma once
 
@@ -16,6 +17,9 @@ class UQServerDirectory {
 public:
     // The one volume the stand-in writes to.
     static const std::uint32_t VOLUME = 1;
+    // Versions are kept in folders of this many positions: a folder of every version would make each new
+    // name a search through all of them on a file system whose names are case-blind by a scan (Wine's).
+    static const std::uint64_t POSITIONS_PER_FOLDER = 100;
 
     // What a writer must know of the history before it adds to it.
     struct State {
@@ -34,6 +38,8 @@ public:
     const std::wstring& mf_getRoot() const noexcept { return m_sRoot; }
     std::wstring mf_getHistoryFile() const { return m_sRoot + L"\\history.txt"; }
     std::wstring mf_getVersionFile(std::uint32_t _uVolume, std::uint64_t _uPosition) const;
+    // Where the first servers kept every version of a volume, in one folder; still read.
+    std::wstring mf_getUngroupedVersionFile(std::uint32_t _uVolume, std::uint64_t _uPosition) const;
 
     // Creates the folder, its history store and its versions folder where they are missing.
     int mf_prepare(std::wstring& _rsReason);
@@ -62,6 +68,9 @@ public:
 
 private:
     void mf_implSkipOrphans(State& _rState) const;
+    void mf_implSkipOrphansIn(const std::wstring& _sFolder, State& _rState) const;
 
     std::wstring m_sRoot;
+    // The versions folder last seen to be a real folder inside the server folder.
+    std::wstring m_sCheckedFolder;
 };

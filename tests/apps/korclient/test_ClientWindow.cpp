@@ -2,6 +2,7 @@
 // modal loops: the whole tour, a corrupt history store, an invalid option file, and Cancel during a run.
 #include "ClientTestSupport.h"
 #include "KorClientIds.h"
+#include "ToolkitTestSupport.h"
 #include "UQClientSample.h"
 #include "UQClientTour.h"
 #include "UQClientWindow.h"
@@ -366,18 +367,6 @@ TEST_F(ClientWindowTest, CancelDuringTheRunLeavesEachFileMigratedWithItsStubOrUn
 
 namespace {
 
-// Ctrl+<key> pressed in the result list, as the list view hears it from the keyboard.
-void pressCtrlKey(HWND _hList, char _cKey) {
-    BYTE keys[256];
-    GetKeyboardState(keys);
-    keys[VK_CONTROL] = 0x80;
-    SetKeyboardState(keys);
-    SendMessageW(_hList, WM_KEYDOWN, static_cast<WPARAM>(_cKey), 1);
-    SendMessageW(_hList, WM_KEYUP, static_cast<WPARAM>(_cKey), static_cast<LPARAM>(0xC0000001u));
-    keys[VK_CONTROL] = 0;
-    SetKeyboardState(keys);
-}
-
 // The sort arrow of each column: 'u' up, 'd' down, '-' none.
 std::string sortArrows(HWND _hList) {
     HWND hHeader = ListView_GetHeader(_hList);
@@ -421,7 +410,7 @@ TEST_F(ClientWindowTest, CtrlAndAColumnsNumberSortTheListWithoutAMouse) {
         HWND hList = GetDlgItem(hMain, IDC_MAIN_LIST);
         SetFocus(hList);
         for (char cDigit : {'1', '1', '3', '9'}) {
-            pressCtrlKey(hList, cDigit);
+            toolkittest::pressInList(hList, static_cast<WPARAM>(cDigit), false, true);
             arrows.push_back(sortArrows(hList));
             orders.push_back(firstColumn(hList));
         }
@@ -464,7 +453,7 @@ TEST_F(ClientWindowTest, CtrlASelectsEveryRowAsTheStatusBarsSelectAllDoes) {
         SetFocus(hList);
         ListView_SetItemState(hList, -1, 0, LVIS_SELECTED);
         selected.push_back(static_cast<int>(ListView_GetSelectedCount(hList)));
-        pressCtrlKey(hList, 'A');
+        toolkittest::pressInList(hList, 'A', false, true);
         selected.push_back(static_cast<int>(ListView_GetSelectedCount(hList)));
         return true;
     });
@@ -472,6 +461,116 @@ TEST_F(ClientWindowTest, CtrlASelectsEveryRowAsTheStatusBarsSelectAllDoes) {
     EXPECT_EQ(window.mf_show(), 0);
     EXPECT_TRUE(script.mf_isFinished()) << failuresOf(script);
     EXPECT_EQ(selected, (std::vector<int>{0, 3}));
+}
+
+// The list holds no rows of its own: it asks the window for each text it shows or is asked for, finds rows
+// by their path through the window, and a range selected from the keyboard counts in the status bar.
+TEST_F(ClientWindowTest, TheListAsksTheWindowForItsRowsAndFindsThemByPath) {
+    ASSERT_TRUE(migrateFiles({L"\\b.txt", L"\\c.txt", L"\\a.txt"}));
+
+    UQClientWindow window(sServer, sFiles);
+    UQDialogScript script(TIME_LIMIT_MS);
+    std::vector<std::wstring> cells;
+    std::wstring sCut;
+    std::vector<int> found;
+    std::wstring sStatusAfterRange;
+    int nSelectedAfterRange = -1;
+    closeTip(script);
+    search(script, window);
+    script.mf_then(L"ask the list", [&] {
+        HWND hMain = ready(window);
+        if (hMain == nullptr || window.mf_getShownCount() != 3)
+            return false;
+        HWND hList = GetDlgItem(hMain, IDC_MAIN_LIST);
+        for (int nColumn = 0; nColumn < 5; ++nColumn) {
+            wchar_t szText[MAX_PATH] = {0};
+            ListView_GetItemText(hList, 1, nColumn, szText, MAX_PATH);
+            cells.push_back(szText);
+        }
+        wchar_t szShort[6] = {L'x', L'x', L'x', L'x', L'x', L'x'};
+        ListView_GetItemText(hList, 1, 0, szShort, 6);
+        sCut.assign(szShort, wcsnlen(szShort, 6));
+        const std::wstring sFolder = sFiles + L"\\";
+        const std::wstring sB = sFolder + L"B";
+        const std::wstring sC = sFolder + L"c.txt";
+        LVFINDINFOW partial{LVFI_PARTIAL, sB.c_str(), 0, {}, 0};
+        LVFINDINFOW exact{LVFI_STRING, sC.c_str(), 0, {}, 0};
+        LVFINDINFOW missing{LVFI_PARTIAL, L"D:\\", 0, {}, 0};
+        const std::wstring sA = sFolder + L"a";
+        LVFINDINFOW wrapped{LVFI_PARTIAL | LVFI_WRAP, sA.c_str(), 0, {}, 0};
+        LVFINDINFOW unwrapped{LVFI_PARTIAL, sA.c_str(), 0, {}, 0};
+        found.push_back(ListView_FindItem(hList, -1, &partial));
+        found.push_back(ListView_FindItem(hList, -1, &exact));
+        found.push_back(ListView_FindItem(hList, -1, &missing));
+        found.push_back(ListView_FindItem(hList, 1, &wrapped));
+        found.push_back(ListView_FindItem(hList, 1, &unwrapped));
+        // A start past the last row finds nothing, unless the search wraps.
+        LVFINDINFOW wrappedB{LVFI_PARTIAL | LVFI_WRAP, sB.c_str(), 0, {}, 0};
+        found.push_back(ListView_FindItem(hList, 3, &partial));
+        found.push_back(ListView_FindItem(hList, 3, &wrappedB));
+        // Home, then Shift+End: the rows from the first to the last, selected in one go. Windows tells of
+        // the range with LVN_ODSTATECHANGED; Wine 8 sends LVN_ITEMCHANGED.
+        SetFocus(hList);
+        toolkittest::pressInList(hList, VK_HOME);
+        toolkittest::pressInList(hList, VK_END, true);
+        nSelectedAfterRange = static_cast<int>(ListView_GetSelectedCount(hList));
+        sStatusAfterRange = window.mf_getStatusText(1);
+        return true;
+    });
+    close(script, window);
+    EXPECT_EQ(window.mf_show(), 0);
+    EXPECT_TRUE(script.mf_isFinished()) << failuresOf(script);
+    EXPECT_EQ(cells, (std::vector<std::wstring>{sFiles + L"\\b.txt", L"1", L"Available", L"No", L"No"}));
+    EXPECT_EQ(sCut, (sFiles + L"\\b.txt").substr(0, 5)) << "a short buffer gets the text cut to its size";
+    EXPECT_EQ(found, (std::vector<int>{1, 2, -1, 0, -1, -1, 1}));
+    EXPECT_EQ(nSelectedAfterRange, 3);
+    EXPECT_EQ(sStatusAfterRange, L"3 selected");
+}
+
+// A sort moves the files, not the selection: the files selected before are selected in their new rows, the
+// focused file keeps the focus, and a list with every row selected stays so.
+TEST_F(ClientWindowTest, SortKeepsTheSelectedFilesSelectedInTheirNewRows) {
+    ASSERT_TRUE(migrateFiles({L"\\b.txt", L"\\c.txt", L"\\a.txt"}));
+
+    UQClientWindow window(sServer, sFiles);
+    UQDialogScript script(TIME_LIMIT_MS);
+    std::vector<int> rowsBefore;
+    std::vector<int> rowsAfter;
+    std::vector<std::wstring> order;
+    int nFocused = -1;
+    std::wstring sStatus;
+    std::vector<int> allAfter;
+    closeTip(script);
+    search(script, window);
+    script.mf_then(L"select, then sort", [&] {
+        HWND hMain = ready(window);
+        if (hMain == nullptr || window.mf_getShownCount() != 3)
+            return false;
+        HWND hList = GetDlgItem(hMain, IDC_MAIN_LIST);
+        SetFocus(hList);
+        ListView_SetItemState(hList, -1, 0, LVIS_SELECTED);
+        ListView_SetItemState(hList, 0, LVIS_SELECTED | LVIS_FOCUSED, LVIS_SELECTED | LVIS_FOCUSED);
+        rowsBefore = toolkittest::selectedRows(hList);
+        toolkittest::pressInList(hList, '1', false, true);
+        rowsAfter = toolkittest::selectedRows(hList);
+        order = firstColumn(hList);
+        nFocused = ListView_GetNextItem(hList, -1, LVNI_FOCUSED);
+        sStatus = window.mf_getStatusText(1);
+        toolkittest::pressInList(hList, 'A', false, true);
+        toolkittest::pressInList(hList, '1', false, true);
+        allAfter = toolkittest::selectedRows(hList);
+        return true;
+    });
+    close(script, window);
+    EXPECT_EQ(window.mf_show(), 0);
+    EXPECT_TRUE(script.mf_isFinished()) << failuresOf(script);
+    EXPECT_EQ(rowsBefore, std::vector<int>{0});
+    ASSERT_EQ(order.size(), 3u);
+    EXPECT_EQ(order[2], sFiles + L"\\a.txt") << "the first sort by path turns the order round";
+    EXPECT_EQ(rowsAfter, std::vector<int>{2});
+    EXPECT_EQ(nFocused, 2);
+    EXPECT_EQ(sStatus, L"1 selected");
+    EXPECT_EQ(allAfter, (std::vector<int>{0, 1, 2}));
 }
 
 namespace {

@@ -122,6 +122,24 @@ TEST_F(SymbolicLinkTest, StoredVersionThatLinksOutOfTheServerFolderIsNotRead) {
     EXPECT_TRUE(filesBelow(sDestination).empty());
 }
 
+TEST_F(SymbolicLinkTest, FolderOfAHundredVersionsThatLinksOutOfTheServerIsNotWrittenThrough) {
+    std::wstring sWhy;
+    ASSERT_EQ(server.mf_prepare(sWhy), 1) << utf8(sWhy);
+    const std::wstring sHundred = sServer + L"\\versions\\1\\0";
+    ASSERT_TRUE(plant(sOutside, sHundred, true));
+    ASSERT_TRUE(writeFile(sFiles + L"\\a.txt", "keep me"));
+    ASSERT_EQ(migrate(), 1) << utf8(reason);
+    ASSERT_EQ(outcomes.size(), 1u);
+    EXPECT_EQ(outcomes[0].eSeverity, UQFileOutcome::RED);
+    const std::string sResult = utf8(outcomes[0].sResult);
+    EXPECT_EQ(sResult.rfind("Not migrated (the file is kept): cannot write to the server: '", 0), 0u)
+        << sResult;
+    EXPECT_NE(sResult.find("' is a link or junction, or no folder: not followed"), std::string::npos)
+        << sResult;
+    EXPECT_EQ(readFile(sFiles + L"\\a.txt"), "keep me");
+    expectOutsideUntouched();
+}
+
 TEST_F(SymbolicLinkTest, MigrationDoesNotFollowAFolderLinkOutOfTheSourceFolder) {
     ASSERT_TRUE(writeFile(sFiles + L"\\own.txt", "own"));
     ASSERT_TRUE(plant(sOutside, sFiles + L"\\elsewhere", true));

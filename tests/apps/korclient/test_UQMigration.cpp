@@ -89,7 +89,7 @@ TEST_F(MigrationTest, EveryFileBecomesAStubThatNamesItsVerifiedVersion) {
     for (const auto& file : originals)
         EXPECT_TRUE(isVerifiedStub(file.first)) << utf8(file.first);
     EXPECT_EQ(historyRecords(), 3);
-    EXPECT_EQ(storedFiles(), (std::vector<std::wstring>{L"1\\1.ver", L"1\\2.ver", L"1\\3.ver"}));
+    EXPECT_EQ(storedFiles(), (std::vector<std::wstring>{L"1\\0\\1.ver", L"1\\0\\2.ver", L"1\\0\\3.ver"}));
 }
 
 TEST_F(MigrationTest, PathOfMoreThan300CharactersIsMigratedAndRecalled) {
@@ -173,7 +173,7 @@ TEST_F(MigrationTest, FullDiskOnTheServerFailsTheFileWithAClearResultAndKeepsIt)
     EXPECT_EQ(readFile(sFiles + L"\\a.bin"), originals[L"a.bin"]);
     // The next file goes on; nothing of the failed one stays on the server.
     EXPECT_TRUE(isVerifiedStub(L"b.bin"));
-    EXPECT_EQ(storedFiles(), (std::vector<std::wstring>{L"1\\2.ver"}));
+    EXPECT_EQ(storedFiles(), (std::vector<std::wstring>{L"1\\0\\2.ver"}));
     EXPECT_EQ(historyRecords(), 1);
     const std::vector<LogLine> lines = log.lines();
     EXPECT_NE(std::find(lines.begin(), lines.end(),
@@ -207,6 +207,30 @@ TEST_F(MigrationTest, FullDiskWhileTheHistoryRecordIsAddedRemovesTheStoredVersio
     EXPECT_EQ(readFile(sFiles + L"\\a.bin"), sContent);
     EXPECT_TRUE(storedFiles().empty());
     EXPECT_EQ(historyRecords(), 0);
+}
+
+TEST_F(MigrationTest, FileChangedWhileItIsStoredKeepsItsContentAndItsStoredVersion) {
+    const std::string sContent = contentOf(8, 4000);
+    makeFiles({{L"busy.txt", sContent}});
+    // The migration holds the file against writers; its time can still be set, and that is a change.
+    UQMigration::mf_setStepHook([&](int _nStep) {
+        if (_nStep != 2)
+            return;
+        const UQFileHandle file(CreateFileW(UQSafeFile::mf_long(sFiles + L"\\busy.txt").c_str(),
+                                            FILE_WRITE_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                            nullptr, OPEN_EXISTING, 0, nullptr));
+        ASSERT_TRUE(file.mf_isValid()) << GetLastError();
+        const FILETIME later{0x12345678u, 0x01D00000u};
+        ASSERT_TRUE(SetFileTime(file.mf_get(), nullptr, nullptr, &later)) << GetLastError();
+    });
+    ASSERT_EQ(migrate(), 1) << utf8(reason);
+    ASSERT_EQ(outcomes.size(), 1u);
+    EXPECT_EQ(outcomes[0].eSeverity, UQFileOutcome::YELLOW);
+    EXPECT_EQ(utf8(outcomes[0].sResult),
+              "Stored, but the file changed meanwhile: it is kept and not replaced by a stub");
+    EXPECT_EQ(readFile(sFiles + L"\\busy.txt"), sContent);
+    EXPECT_EQ(historyRecords(), 1);
+    EXPECT_EQ(storedFiles(), (std::vector<std::wstring>{L"1\\0\\1.ver"}));
 }
 
 TEST_F(MigrationTest, ReadOnlyFileIsSkippedWithAResultAndKept) {
@@ -295,8 +319,51 @@ TEST_F(MigrationTest, VersionLeftByAnInterruptedMigrationDoesNotBlockTheNextRun)
     ASSERT_EQ(outcomes.size(), 1u);
     EXPECT_EQ(utf8(outcomes[0].sResult), "Migrated");
     EXPECT_TRUE(isVerifiedStub(L"a.txt"));
-    EXPECT_EQ(storedFiles(), (std::vector<std::wstring>{L"1\\1.ver", L"1\\2.ver"}));
+    EXPECT_EQ(storedFiles(), (std::vector<std::wstring>{L"1\\0\\1.ver", L"1\\0\\2.ver"}));
     EXPECT_EQ(readFile(server.mf_getVersionFile(UQServerDirectory::VOLUME, 1)), sOrphan);
+}
+
+TEST_F(MigrationTest, VersionsAreKeptInFoldersOfAHundredPositions) {
+    std::wstring sWhy;
+    ASSERT_EQ(server.mf_prepare(sWhy), 1) << utf8(sWhy);
+    // The last position of folder 1 is taken; the next versions begin folder 2.
+    ASSERT_TRUE(writeFile(server.mf_getVersionFile(UQServerDirectory::VOLUME, 199), "KORDATA 1\n..."));
+    makeFiles({{L"a.txt", "a"}, {L"b.txt", "b"}});
+    ASSERT_EQ(migrate(), 1) << utf8(reason);
+    EXPECT_TRUE(isVerifiedStub(L"a.txt"));
+    EXPECT_TRUE(isVerifiedStub(L"b.txt"));
+    EXPECT_EQ(storedFiles(),
+              (std::vector<std::wstring>{L"1\\1\\199.ver", L"1\\2\\200.ver", L"1\\2\\201.ver"}));
+}
+
+TEST_F(MigrationTest, VersionLeftAfterTheLastRecordInItsHundredIsPassed) {
+    std::wstring sWhy;
+    ASSERT_EQ(server.mf_prepare(sWhy), 1) << utf8(sWhy);
+    ASSERT_TRUE(
+        writeFile(server.mf_getHistoryFile(),
+                  "# object path\tfile path\tversion\tlast write\tsize\tflags\texpiry\tvolume:position\n"
+                  "C:\\old.txt\t=\t1\t2024-03-05 09:12:44.1234567\t3\t-\t-\t1:150\n"));
+    // Left by interrupted runs: one after the last record, in the same hundred; one long before it.
+    ASSERT_TRUE(writeFile(server.mf_getVersionFile(UQServerDirectory::VOLUME, 199), "KORDATA 1\n..."));
+    ASSERT_TRUE(writeFile(server.mf_getVersionFile(UQServerDirectory::VOLUME, 42), "KORDATA 1\n..."));
+    makeFiles({{L"a.txt", "a"}});
+    ASSERT_EQ(migrate(), 1) << utf8(reason);
+    EXPECT_TRUE(isVerifiedStub(L"a.txt"));
+    EXPECT_EQ(storedFiles(),
+              (std::vector<std::wstring>{L"1\\0\\42.ver", L"1\\1\\199.ver", L"1\\2\\200.ver"}));
+}
+
+TEST_F(MigrationTest, VersionLeftInTheOneFolderOfEarlierServersDoesNotBlockTheNextRun) {
+    std::wstring sWhy;
+    ASSERT_EQ(server.mf_prepare(sWhy), 1) << utf8(sWhy);
+    // Earlier servers kept every version of a volume in one folder.
+    ASSERT_TRUE(writeFile(server.mf_getUngroupedVersionFile(UQServerDirectory::VOLUME, 7), "KORDATA 1\n..."));
+    makeFiles({{L"a.txt", "a"}});
+    ASSERT_EQ(migrate(), 1) << utf8(reason);
+    ASSERT_EQ(outcomes.size(), 1u);
+    EXPECT_EQ(utf8(outcomes[0].sResult), "Migrated");
+    EXPECT_TRUE(isVerifiedStub(L"a.txt"));
+    EXPECT_EQ(storedFiles(), (std::vector<std::wstring>{L"1\\0\\8.ver", L"1\\7.ver"}));
 }
 
 TEST_F(MigrationTest, CorruptHistoryStoreNamesFileAndLineAndTheMigrationGoesOn) {

@@ -191,6 +191,32 @@ TEST_F(RetrievalTest, RetrievedVersionsEqualTheOriginalsInTheChosenFolder) {
               (std::vector<std::wstring>{L"retrieved\\a.bin", L"retrieved\\deep\\er\\b.bin"}));
 }
 
+TEST_F(RetrievalTest, VersionInTheOneFolderOfEarlierServersIsRetrievedAndRecalled) {
+    const std::string sContent = contentOf(12, 3000);
+    const std::wstring sStub = migrated(L"a.bin", sContent);
+    // The layout of earlier servers: every version of a volume in one folder.
+    const std::wstring sGrouped = versionFileOf(sStub);
+    UQVersionRecord stub;
+    std::wstring sWhy;
+    ASSERT_EQ(UQRetrieval::mf_readStub(sStub, stub, sWhy), 1) << utf8(sWhy);
+    const std::wstring sUngrouped = server.mf_getUngroupedVersionFile(stub.m_uVolume, stub.m_uPosition);
+    ASSERT_NE(sUngrouped, sGrouped);
+    ASSERT_TRUE(
+        MoveFileExW(UQSafeFile::mf_long(sGrouped).c_str(), UQSafeFile::mf_long(sUngrouped).c_str(), 0))
+        << GetLastError();
+    UQRetrieval::Request request;
+    request.sObjectPath = stub.m_sObjectPath;
+    request.uVersion = stub.m_uVersion;
+    request.uVolume = stub.m_uVolume;
+    request.uPosition = stub.m_uPosition;
+    ASSERT_EQ(retrieve({request}), 1) << utf8(reason);
+    ASSERT_EQ(outcomes.size(), 1u);
+    EXPECT_EQ(utf8(outcomes[0].sResult), "Retrieved");
+    EXPECT_EQ(readFile(sDestination + L"\\a.bin"), sContent);
+    EXPECT_EQ(utf8(UQRetrieval(server).mf_recall(sStub).sResult), "Recalled");
+    EXPECT_EQ(readFile(sStub), sContent);
+}
+
 TEST_F(RetrievalTest, ExistingFileIsNeverOverwritten) {
     ASSERT_TRUE(writeFile(sDestination + L"\\a.bin", "mine"));
     ASSERT_EQ(retrieve({craft(1, L"a.bin", "theirs")}), 1) << utf8(reason);
