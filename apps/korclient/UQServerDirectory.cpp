@@ -124,6 +124,12 @@ int UQServerDirectory::mf_readState(State& _rState, std::wstring& _rsReason) con
     }
 }
 
+std::wstring UQServerDirectory::mf_implRealRoot() const {
+    UQFileHandle root;
+    return UQSafeFile::mf_openFolder(m_sRoot, root) == 0 ? UQSafeFile::mf_finalPath(root.mf_get(), m_sRoot)
+                                                         : std::wstring();
+}
+
 void UQServerDirectory::mf_implSkipOrphans(State& _rState) const {
     // A migration interrupted after storing a version and before recording it leaves a version file that
     // no record names. It is never read, but its place is taken: new versions go after it. Only the folders
@@ -165,10 +171,7 @@ int UQServerDirectory::mf_storeVersion(HANDLE _hSource, UQVersionRecord& _rRecor
     // inside the server folder; once seen to be one, the next versions of the hundred trust it.
     const std::wstring sFolder = sTarget.substr(0, sTarget.rfind(L'\\'));
     if (sFolder != m_sCheckedFolder) {
-        UQFileHandle root;
-        const std::wstring sRealRoot = UQSafeFile::mf_openFolder(m_sRoot, root) == 0
-                                           ? UQSafeFile::mf_finalPath(root.mf_get(), m_sRoot)
-                                           : std::wstring();
+        const std::wstring sRealRoot = mf_implRealRoot();
         std::wstring sWhy = L"cannot open the server folder '" + m_sRoot + L"'";
         if (sRealRoot.empty() ||
             UQSafeFile::mf_createFolders(sRealRoot, sFolder.substr(m_sRoot.size() + 1), sWhy) != 0) {
@@ -289,12 +292,7 @@ int UQServerDirectory::mf_openVersion(std::uint32_t _uVolume, std::uint64_t _uPo
         return 0;
     }
     // A link planted in the server folder could hand out any file of the computer.
-    const std::wstring sRealRoot = [&] {
-        UQFileHandle root;
-        return UQSafeFile::mf_openFolder(m_sRoot, root) == 0
-                   ? UQSafeFile::mf_finalPath(root.mf_get(), m_sRoot)
-                   : std::wstring();
-    }();
+    const std::wstring sRealRoot = mf_implRealRoot();
     if (sRealRoot.empty() ||
         !UQSafeFile::mf_isWithin(UQSafeFile::mf_finalPath(_rFile.mf_get(), sFile), sRealRoot)) {
         _rsReason = L"'" + sFile + L"' leads out of the server folder: not read";

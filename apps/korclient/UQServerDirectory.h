@@ -67,6 +67,8 @@ public:
                               std::wstring& _rsReason);
 
 private:
+    // Where the server folder really is (links resolved); empty when it cannot be opened.
+    std::wstring mf_implRealRoot() const;
     void mf_implSkipOrphans(State& _rState) const;
     void mf_implSkipOrphansIn(const std::wstring& _sFolder, State& _rState) const;
 

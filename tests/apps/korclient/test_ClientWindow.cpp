@@ -59,6 +59,13 @@ protected:
         return hMain != nullptr && IsWindowVisible(hMain) && IsWindowEnabled(hMain) ? hMain : nullptr;
     }
 
+    // The result list once the main window takes input and shows _nFiles files; null before.
+    static HWND listShowing(const UQClientWindow& _window, int _nFiles) {
+        HWND hMain = ready(_window);
+        return hMain != nullptr && _window.mf_getShownCount() == _nFiles ? GetDlgItem(hMain, IDC_MAIN_LIST)
+                                                                         : nullptr;
+    }
+
     // Clicks Search once the main window takes input and the tip is gone.
     static void search(UQDialogScript& _script, const UQClientWindow& _window) {
         _script.mf_then(L"search", [&_window] {
@@ -404,10 +411,9 @@ TEST_F(ClientWindowTest, CtrlAndAColumnsNumberSortTheListWithoutAMouse) {
     closeTip(script);
     search(script, window);
     script.mf_then(L"sort by keys", [&] {
-        HWND hMain = ready(window);
-        if (hMain == nullptr || window.mf_getShownCount() != 3)
+        HWND hList = listShowing(window, 3);
+        if (hList == nullptr)
             return false;
-        HWND hList = GetDlgItem(hMain, IDC_MAIN_LIST);
         SetFocus(hList);
         for (char cDigit : {'1', '1', '3', '9'}) {
             toolkittest::pressInList(hList, static_cast<WPARAM>(cDigit), false, true);
@@ -446,10 +452,9 @@ TEST_F(ClientWindowTest, CtrlASelectsEveryRowAsTheStatusBarsSelectAllDoes) {
     closeTip(script);
     search(script, window);
     script.mf_then(L"select all by keys", [&] {
-        HWND hMain = ready(window);
-        if (hMain == nullptr || window.mf_getShownCount() != 3)
+        HWND hList = listShowing(window, 3);
+        if (hList == nullptr)
             return false;
-        HWND hList = GetDlgItem(hMain, IDC_MAIN_LIST);
         SetFocus(hList);
         ListView_SetItemState(hList, -1, 0, LVIS_SELECTED);
         selected.push_back(static_cast<int>(ListView_GetSelectedCount(hList)));
@@ -478,10 +483,9 @@ TEST_F(ClientWindowTest, TheListAsksTheWindowForItsRowsAndFindsThemByPath) {
     closeTip(script);
     search(script, window);
     script.mf_then(L"ask the list", [&] {
-        HWND hMain = ready(window);
-        if (hMain == nullptr || window.mf_getShownCount() != 3)
+        HWND hList = listShowing(window, 3);
+        if (hList == nullptr)
             return false;
-        HWND hList = GetDlgItem(hMain, IDC_MAIN_LIST);
         for (int nColumn = 0; nColumn < 5; ++nColumn) {
             wchar_t szText[MAX_PATH] = {0};
             ListView_GetItemText(hList, 1, nColumn, szText, MAX_PATH);
@@ -543,10 +547,9 @@ TEST_F(ClientWindowTest, SortKeepsTheSelectedFilesSelectedInTheirNewRows) {
     closeTip(script);
     search(script, window);
     script.mf_then(L"select, then sort", [&] {
-        HWND hMain = ready(window);
-        if (hMain == nullptr || window.mf_getShownCount() != 3)
+        HWND hList = listShowing(window, 3);
+        if (hList == nullptr)
             return false;
-        HWND hList = GetDlgItem(hMain, IDC_MAIN_LIST);
         SetFocus(hList);
         ListView_SetItemState(hList, -1, 0, LVIS_SELECTED);
         ListView_SetItemState(hList, 0, LVIS_SELECTED | LVIS_FOCUSED, LVIS_SELECTED | LVIS_FOCUSED);
