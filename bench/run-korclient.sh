@@ -1,7 +1,8 @@
 #!/bin/sh
 # Builds korclient's benchmark (Release, mingw-w64) and runs it under Wine with its null display driver:
 # migrate and retrieve of FILES files against CopyFileW of the same files, and the window's history search
-# over RECORDS records against the store's own read plus a bare list view insert, each pair in one run.
+# over RECORDS records against the store's own read plus a bare list view told of the rows (and, for reading,
+# the same list filled row by row), each pair in one run.
 # Prints files or records per second and the ratios; exits 1 when a goal is missed.
 #   BUILD_DIR  build directory     (default /tmp/korguibase-bench-windows)
 #   JOBS       parallel build jobs (default 2)
