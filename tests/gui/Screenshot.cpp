@@ -64,6 +64,15 @@ bool capture(HWND _hWnd, std::vector<std::uint8_t>& _rgb, int& _nWidth, int& _nH
     return bCopied;
 }
 
+bool captureClient(HWND _hWnd, const RECT& _rc, std::vector<std::uint8_t>& _rgb) {
+    RedrawWindow(_hWnd, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW);
+    HDC hClientDC = GetDC(_hWnd);
+    const bool bCopied =
+        copyDC(hClientDC, _rc.left, _rc.top, _rgb, _rc.right - _rc.left, _rc.bottom - _rc.top);
+    ReleaseDC(_hWnd, hClientDC);
+    return bCopied;
+}
+
 int colourCount(const std::vector<std::uint8_t>& _rgb) {
     std::set<std::uint32_t> colours;
     for (std::size_t i = 0; i + 2 < _rgb.size() && colours.size() < 64; i += 3)

@@ -13,6 +13,10 @@ namespace screenshot {
 // The window, title bar and menu included, as top-down RGB rows; false when it cannot be copied.
 bool capture(HWND _hWnd, std::vector<std::uint8_t>& _rgb, int& _nWidth, int& _nHeight);
 
+// The rectangle _rc of the window's client area as it shows on the screen, repainted first, as top-down RGB
+// rows; false when it cannot be copied.
+bool captureClient(HWND _hWnd, const RECT& _rc, std::vector<std::uint8_t>& _rgb);
+
 // How many colours a picture has (counted up to 64): one colour means nothing was drawn.
 int colourCount(const std::vector<std::uint8_t>& _rgb);
 

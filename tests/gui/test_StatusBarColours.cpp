@@ -3,6 +3,7 @@
 // system's button text colour. Wine answers SPI_SETHIGHCONTRAST with error 1439 and SPI_GETHIGHCONTRAST
 // always with "off", so the colours are switched with SetSysColors, which Wine follows as Windows does; the
 // colours are restored afterwards.
+#include "Screenshot.h"
 #include "ToolkitTestSupport.h"
 
 #include "guibase/toolkit/UQStatusBar.h"
@@ -47,33 +48,12 @@ private:
 
 // The bar as drawn on the screen, pixel by pixel (0x00BBGGRR), row after row.
 std::vector<COLORREF> pixelsOf(HWND _hBar, int _nWidth, int _nHeight) {
-    RedrawWindow(_hBar, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW);
-    HDC hBarDC = GetDC(_hBar);
-    HDC hMemoryDC = CreateCompatibleDC(hBarDC);
-    BITMAPINFO info{};
-    info.bmiHeader.biSize = sizeof(info.bmiHeader);
-    info.bmiHeader.biWidth = _nWidth;
-    info.bmiHeader.biHeight = -_nHeight;
-    info.bmiHeader.biPlanes = 1;
-    info.bmiHeader.biBitCount = 32;
-    info.bmiHeader.biCompression = BI_RGB;
-    void* pBits = nullptr;
-    HBITMAP hBitmap = CreateDIBSection(hMemoryDC, &info, DIB_RGB_COLORS, &pBits, nullptr, 0);
+    std::vector<std::uint8_t> rgb;
     std::vector<COLORREF> pixels;
-    if (hBitmap != nullptr && pBits != nullptr) {
-        HGDIOBJ hOld = SelectObject(hMemoryDC, hBitmap);
-        BitBlt(hMemoryDC, 0, 0, _nWidth, _nHeight, hBarDC, 0, 0, SRCCOPY);
-        GdiFlush();
-        const DWORD* pRow = static_cast<const DWORD*>(pBits);
-        for (int i = 0; i < _nWidth * _nHeight; ++i) {
-            const DWORD dwPixel = pRow[i];
-            pixels.push_back(RGB((dwPixel >> 16) & 0xFF, (dwPixel >> 8) & 0xFF, dwPixel & 0xFF));
-        }
-        SelectObject(hMemoryDC, hOld);
-        DeleteObject(hBitmap);
-    }
-    DeleteDC(hMemoryDC);
-    ReleaseDC(_hBar, hBarDC);
+    if (!screenshot::captureClient(_hBar, RECT{0, 0, _nWidth, _nHeight}, rgb))
+        return pixels;
+    for (std::size_t i = 0; i + 2 < rgb.size(); i += 3)
+        pixels.push_back(RGB(rgb[i], rgb[i + 1], rgb[i + 2]));
     return pixels;
 }
 

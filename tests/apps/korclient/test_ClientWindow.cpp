@@ -2,6 +2,7 @@
 // modal loops: the whole tour, a corrupt history store, an invalid option file, and Cancel during a run.
 #include "ClientTestSupport.h"
 #include "KorClientIds.h"
+#include "Screenshot.h"
 #include "ToolkitTestSupport.h"
 #include "UQClientSample.h"
 #include "UQClientTour.h"
@@ -582,47 +583,24 @@ namespace {
 // that hold a green pixel, from the first to the last. 0 when there is none.
 int greenIconWidth(HWND _hBar) {
     RECT rcPart{};
-    if (!SendMessageW(_hBar, SB_GETRECT, 0, reinterpret_cast<LPARAM>(&rcPart)))
+    std::vector<std::uint8_t> rgb;
+    if (!SendMessageW(_hBar, SB_GETRECT, 0, reinterpret_cast<LPARAM>(&rcPart)) ||
+        !screenshot::captureClient(_hBar, rcPart, rgb))
         return 0;
-    RedrawWindow(_hBar, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW);
     const int nWidth = rcPart.right - rcPart.left;
-    const int nHeight = rcPart.bottom - rcPart.top;
-    HDC hBarDC = GetDC(_hBar);
-    HDC hMemoryDC = CreateCompatibleDC(hBarDC);
-    BITMAPINFO info{};
-    info.bmiHeader.biSize = sizeof(info.bmiHeader);
-    info.bmiHeader.biWidth = nWidth;
-    info.bmiHeader.biHeight = -nHeight;
-    info.bmiHeader.biPlanes = 1;
-    info.bmiHeader.biBitCount = 32;
-    info.bmiHeader.biCompression = BI_RGB;
-    void* pBits = nullptr;
-    HBITMAP hBitmap = CreateDIBSection(hMemoryDC, &info, DIB_RGB_COLORS, &pBits, nullptr, 0);
     int nFirst = -1;
     int nLast = -1;
-    if (hBitmap != nullptr && pBits != nullptr) {
-        HGDIOBJ hOld = SelectObject(hMemoryDC, hBitmap);
-        BitBlt(hMemoryDC, 0, 0, nWidth, nHeight, hBarDC, rcPart.left, rcPart.top, SRCCOPY);
-        GdiFlush();
-        const DWORD* pPixels = static_cast<const DWORD*>(pBits);
-        for (int y = 0; y < nHeight; ++y) {
-            for (int x = 0; x < nWidth; ++x) {
-                const DWORD dwPixel = pPixels[y * nWidth + x];
-                const int nRed = (dwPixel >> 16) & 0xFF;
-                const int nGreen = (dwPixel >> 8) & 0xFF;
-                const int nBlue = dwPixel & 0xFF;
-                // The icon's disc is 0x1E8E3E; its anti-aliased rim is a lighter green.
-                if (nGreen > 100 && nGreen > nRed + 40 && nGreen > nBlue + 30) {
-                    nFirst = nFirst < 0 || x < nFirst ? x : nFirst;
-                    nLast = x > nLast ? x : nLast;
-                }
-            }
+    for (std::size_t i = 0; i + 2 < rgb.size(); i += 3) {
+        const int nRed = rgb[i];
+        const int nGreen = rgb[i + 1];
+        const int nBlue = rgb[i + 2];
+        // The icon's disc is 0x1E8E3E; its anti-aliased rim is a lighter green.
+        if (nGreen > 100 && nGreen > nRed + 40 && nGreen > nBlue + 30) {
+            const int x = static_cast<int>((i / 3) % static_cast<std::size_t>(nWidth));
+            nFirst = nFirst < 0 || x < nFirst ? x : nFirst;
+            nLast = x > nLast ? x : nLast;
         }
-        SelectObject(hMemoryDC, hOld);
-        DeleteObject(hBitmap);
     }
-    DeleteDC(hMemoryDC);
-    ReleaseDC(_hBar, hBarDC);
     return nFirst < 0 ? 0 : nLast - nFirst + 1;
 }
 
