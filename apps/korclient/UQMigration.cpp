@@ -2,8 +2,6 @@
 
 #include "guibase/foundation/UQReport.h"
 
-#include <cwctype>
-
 namespace {
 
 std::function<void(int)> g_stepHook;
@@ -11,12 +9,6 @@ std::function<void(int)> g_stepHook;
 void step(int _nStep) {
     if (g_stepHook)
         g_stepHook(_nStep);
-}
-
-std::wstring upper(std::wstring _sText) {
-    for (wchar_t& ch : _sText)
-        ch = static_cast<wchar_t>(std::towupper(ch));
-    return _sText;
 }
 
 } // namespace
@@ -44,8 +36,9 @@ int UQMigration::mf_run(const UQCancelSwitch* _pCancel, const Progress& _progres
     m_sRealSource = UQSafeFile::mf_finalPath(folder.mf_get(), m_sSource);
     UQFileHandle lock;
     UQServerDirectory::State state;
+    UQServerDirectory::HistoryAppender history;
     if (!m_rServer.mf_prepare(_rsReason) || !m_rServer.mf_lock(lock, 30000, _rsReason) ||
-        !m_rServer.mf_readState(state, _rsReason)) {
+        !m_rServer.mf_readState(state, _rsReason) || !m_rServer.mf_openHistory(history, _rsReason)) {
         UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"Migration of '%s' not begun: %s",
                          m_sSource.c_str(), _rsReason.c_str());
         return 0;
@@ -61,7 +54,7 @@ int UQMigration::mf_run(const UQCancelSwitch* _pCancel, const Progress& _progres
                              nTotal);
             break;
         }
-        UQFileOutcome result = mf_implMigrate(files[static_cast<std::size_t>(i)], state);
+        UQFileOutcome result = mf_implMigrate(files[static_cast<std::size_t>(i)], state, history);
         result.mf_log(_sFunction_);
         _rOutcomes.push_back(std::move(result));
         if (_progress)
@@ -100,8 +93,8 @@ void UQMigration::mf_implListFiles(const std::wstring& _sFolder, std::vector<std
         // A folder that is a link in disguise (one the system does not mark) leads elsewhere.
         UQFileHandle handle;
         if (UQSafeFile::mf_openFolder(sFolder, handle) == 0 &&
-            upper(UQSafeFile::mf_finalPath(handle.mf_get(), sFolder)) !=
-                upper(UQSafeFile::mf_absolute(sFolder)) &&
+            UQSafeFile::mf_upper(UQSafeFile::mf_finalPath(handle.mf_get(), sFolder)) !=
+                UQSafeFile::mf_upper(UQSafeFile::mf_absolute(sFolder)) &&
             !UQSafeFile::mf_isWithin(UQSafeFile::mf_finalPath(handle.mf_get(), sFolder), m_sRealSource)) {
             _rOutcomes.push_back(
                 UQFileOutcome::mf_of(sFolder, UQFileOutcome::YELLOW, L"Skipped: a link is not followed"));
@@ -111,14 +104,8 @@ void UQMigration::mf_implListFiles(const std::wstring& _sFolder, std::vector<std
     }
 }
 
-UQFileOutcome UQMigration::mf_implMigrate(const std::wstring& _sFile, UQServerDirectory::State& _rState) {
-    const DWORD dwAttributes = GetFileAttributesW(UQSafeFile::mf_long(_sFile).c_str());
-    if (dwAttributes == INVALID_FILE_ATTRIBUTES)
-        return UQFileOutcome::mf_of(_sFile, UQFileOutcome::YELLOW,
-                                    L"Skipped: the file vanished before it was migrated");
-    if (dwAttributes & FILE_ATTRIBUTE_READONLY)
-        return UQFileOutcome::mf_of(_sFile, UQFileOutcome::YELLOW,
-                                    L"Skipped: the file is read-only and cannot be replaced by a stub");
+UQFileOutcome UQMigration::mf_implMigrate(const std::wstring& _sFile, UQServerDirectory::State& _rState,
+                                          UQServerDirectory::HistoryAppender& _rHistory) {
     UQFileHandle source;
     DWORD dwError = UQSafeFile::mf_openRead(_sFile, source);
     if (dwError == ERROR_FILE_NOT_FOUND || dwError == ERROR_PATH_NOT_FOUND)
@@ -134,6 +121,9 @@ UQFileOutcome UQMigration::mf_implMigrate(const std::wstring& _sFile, UQServerDi
         return UQFileOutcome::mf_of(_sFile, UQFileOutcome::RED,
                                     L"Not migrated: the file cannot be read: " +
                                         UQSafeFile::mf_systemText(dwError));
+    if (before.dwAttributes & FILE_ATTRIBUTE_READONLY)
+        return UQFileOutcome::mf_of(_sFile, UQFileOutcome::YELLOW,
+                                    L"Skipped: the file is read-only and cannot be replaced by a stub");
     if ((before.dwAttributes & FILE_ATTRIBUTE_REPARSE_POINT) ||
         !UQSafeFile::mf_isWithin(UQSafeFile::mf_finalPath(source.mf_get(), _sFile), m_sRealSource))
         return UQFileOutcome::mf_of(_sFile, UQFileOutcome::YELLOW, L"Skipped: a link is not followed");
@@ -151,7 +141,7 @@ UQFileOutcome UQMigration::mf_implMigrate(const std::wstring& _sFile, UQServerDi
     UQVersionRecord record;
     record.m_sObjectPath = _sFile;
     record.m_sName = _sFile.size() > m_sSource.size() ? _sFile.substr(m_sSource.size() + 1) : _sFile;
-    std::uint32_t& ruLatest = _rState.latestVersions[upper(_sFile)];
+    std::uint32_t& ruLatest = _rState.latestVersions[UQSafeFile::mf_upper(_sFile)];
     record.m_uVersion = ruLatest + 1;
     record.m_uVolume = UQServerDirectory::VOLUME;
     record.m_uPosition = _rState.uNextPosition++;
@@ -161,10 +151,10 @@ UQFileOutcome UQMigration::mf_implMigrate(const std::wstring& _sFile, UQServerDi
         return UQFileOutcome::mf_of(_sFile, UQFileOutcome::RED,
                                     L"Not migrated (the file is kept): " + sReason);
     step(1);
-    const UQQueryData history(CString(_sFile.c_str()), CString(), record.m_uVersion,
-                              UQFileTime(before.ftLastWrite), UQFileSize(static_cast<std::int64_t>(uSize)), 0,
-                              UQExpiryTime{0}, UQQueryData::AccessKey{record.m_uVolume, record.m_uPosition});
-    if (!m_rServer.mf_appendHistory(history, sReason)) {
+    const UQQueryData entry(CString(_sFile.c_str()), CString(), record.m_uVersion,
+                            UQFileTime(before.ftLastWrite), UQFileSize(static_cast<std::int64_t>(uSize)), 0,
+                            UQExpiryTime{0}, UQQueryData::AccessKey{record.m_uVolume, record.m_uPosition});
+    if (!m_rServer.mf_appendHistory(_rHistory, entry, sReason)) {
         DeleteFileW(
             UQSafeFile::mf_long(m_rServer.mf_getVersionFile(record.m_uVolume, record.m_uPosition)).c_str());
         return UQFileOutcome::mf_of(_sFile, UQFileOutcome::RED,

@@ -34,7 +34,8 @@ public:
 private:
     void mf_implListFiles(const std::wstring& _sFolder, std::vector<std::wstring>& _rFiles,
                           std::vector<UQFileOutcome>& _rOutcomes);
-    UQFileOutcome mf_implMigrate(const std::wstring& _sFile, UQServerDirectory::State& _rState);
+    UQFileOutcome mf_implMigrate(const std::wstring& _sFile, UQServerDirectory::State& _rState,
+                                 UQServerDirectory::HistoryAppender& _rHistory);
 
     UQServerDirectory& m_rServer;
     std::wstring m_sSource;

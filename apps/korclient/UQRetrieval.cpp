@@ -29,6 +29,9 @@ int UQRetrieval::mf_retrieve(const std::vector<Request>& _requests, const std::w
         UQReport::mf_log(UQLogData::LEVEL_E, _sFunction_, L"%s", _rsReason.c_str());
         return 0;
     }
+    Run run;
+    run.sDestination = sReal;
+    run.sServerRoot = m_server.mf_getRealRoot();
     const int nTotal = static_cast<int>(_requests.size());
     for (int i = 0; i < nTotal; ++i) {
         if (_pCancel != nullptr && _pCancel->mf_isCancelled()) {
@@ -36,7 +39,7 @@ int UQRetrieval::mf_retrieve(const std::vector<Request>& _requests, const std::w
                              nTotal);
             break;
         }
-        UQFileOutcome result = mf_implRetrieve(_requests[static_cast<std::size_t>(i)], sReal);
+        UQFileOutcome result = mf_implRetrieve(_requests[static_cast<std::size_t>(i)], run);
         result.mf_log(_sFunction_);
         _rOutcomes.push_back(std::move(result));
         if (_progress)
@@ -45,22 +48,28 @@ int UQRetrieval::mf_retrieve(const std::vector<Request>& _requests, const std::w
     return 1;
 }
 
-UQFileOutcome UQRetrieval::mf_implRetrieve(const Request& _request, const std::wstring& _sDestination) {
+UQFileOutcome UQRetrieval::mf_implRetrieve(const Request& _request, Run& _rRun) {
     UQFileHandle version;
     UQVersionRecord header;
     std::wstring sReason;
     if (!m_server.mf_openVersion(_request.uVolume, _request.uPosition, _request.sObjectPath,
-                                 _request.uVersion, nullptr, version, header, sReason))
+                                 _request.uVersion, nullptr, version, header, sReason, &_rRun.sServerRoot))
         return UQFileOutcome::mf_of(_request.sObjectPath, UQFileOutcome::RED, L"Not retrieved: " + sReason);
     if (!UQServerName::mf_check(header.m_sName, sReason))
         return UQFileOutcome::mf_of(
             header.m_sName.empty() ? _request.sObjectPath : header.m_sName, UQFileOutcome::RED,
             L"Refused: the server names the file '" + header.m_sName + L"': " + sReason);
-    const std::wstring sTarget = _sDestination + L"\\" + header.m_sName;
+    const std::wstring sTarget = _rRun.sDestination + L"\\" + header.m_sName;
     const std::size_t nSlash = header.m_sName.rfind(L'\\');
-    if (nSlash != std::wstring::npos &&
-        UQSafeFile::mf_createFolders(_sDestination, header.m_sName.substr(0, nSlash), sReason) != 0)
-        return UQFileOutcome::mf_of(sTarget, UQFileOutcome::RED, L"Not retrieved: " + sReason);
+    if (nSlash != std::wstring::npos) {
+        const std::wstring sFolder = header.m_sName.substr(0, nSlash);
+        const std::wstring sKey = UQSafeFile::mf_upper(sFolder);
+        if (_rRun.checkedFolders.count(sKey) == 0) {
+            if (UQSafeFile::mf_createFolders(_rRun.sDestination, sFolder, sReason) != 0)
+                return UQFileOutcome::mf_of(sTarget, UQFileOutcome::RED, L"Not retrieved: " + sReason);
+            _rRun.checkedFolders.insert(sKey);
+        }
+    }
     const std::wstring sTemporary = UQSafeFile::mf_temporaryName(sTarget);
     UQFileHandle target;
     DWORD dwError = UQSafeFile::mf_createNew(sTemporary, target);

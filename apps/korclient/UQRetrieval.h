@@ -10,6 +10,8 @@
 #include "interfaces/korbase.h"
 
 #include <functional>
+#include <string>
+#include <unordered_set>
 #include <vector>
 
 class UQRetrieval {
@@ -38,7 +40,14 @@ public:
     static int mf_readStub(const std::wstring& _sPath, UQVersionRecord& _rRecord, std::wstring& _rsReason);
 
 private:
-    UQFileOutcome mf_implRetrieve(const Request& _request, const std::wstring& _sDestination);
+    // What a run of retrievals looks up once: where the destination and the server folder really are, and
+    // the folders below the destination already seen to be real folders (upper case, relative).
+    struct Run {
+        std::wstring sDestination;
+        std::wstring sServerRoot;
+        std::unordered_set<std::wstring> checkedFolders;
+    };
+    UQFileOutcome mf_implRetrieve(const Request& _request, Run& _rRun);
 
     const UQServerDirectory& m_server;
 };

@@ -10,12 +10,6 @@ std::atomic<std::uint64_t> g_uInjectedBytesLeft{0};
 std::atomic<DWORD> g_dwInjectedError{0};
 std::atomic<unsigned> g_uTemporaryCounter{0};
 
-std::wstring upper(std::wstring _sText) {
-    for (wchar_t& ch : _sText)
-        ch = static_cast<wchar_t>(std::towupper(ch));
-    return _sText;
-}
-
 std::wstring stripLongPrefix(const std::wstring& _sPath) {
     if (_sPath.compare(0, 8, L"\\\\?\\UNC\\") == 0)
         return L"\\\\" + _sPath.substr(8);
@@ -81,9 +75,15 @@ std::wstring UQSafeFile::mf_finalPath(HANDLE _hFile, const std::wstring& _sOpene
     return sPath;
 }
 
+std::wstring UQSafeFile::mf_upper(std::wstring _sPath) {
+    for (wchar_t& ch : _sPath)
+        ch = static_cast<wchar_t>(std::towupper(ch));
+    return _sPath;
+}
+
 bool UQSafeFile::mf_isWithin(const std::wstring& _sPath, const std::wstring& _sFolder) {
-    const std::wstring sPath = upper(_sPath);
-    std::wstring sFolder = upper(_sFolder);
+    const std::wstring sPath = mf_upper(_sPath);
+    std::wstring sFolder = mf_upper(_sFolder);
     if (sPath == sFolder)
         return true;
     if (sFolder.empty() || sFolder.back() != L'\\')
@@ -267,7 +267,7 @@ DWORD UQSafeFile::mf_createFolders(const std::wstring& _sRoot, const std::wstrin
         if (mf_stamp(folder.mf_get(), stamp) != 0 ||
             (stamp.dwAttributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT)) !=
                 FILE_ATTRIBUTE_DIRECTORY ||
-            upper(sFinal) != upper(sPath)) {
+            mf_upper(sFinal) != mf_upper(sPath)) {
             _rsReason = L"'" + sPath + L"' is a link or junction, or no folder: not followed (it leads to '" +
                         sFinal + L"')";
             return ERROR_CANT_ACCESS_FILE;

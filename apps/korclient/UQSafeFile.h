@@ -27,6 +27,8 @@ public:
     // Where the handle's file really is, as an absolute path without "\\?\"; empty when unknown.
     // _sOpened is the path the handle was opened by.
     static std::wstring mf_finalPath(HANDLE _hFile, const std::wstring& _sOpened);
+    // The case-blind form of a path, for comparing names as the file system does.
+    static std::wstring mf_upper(std::wstring _sPath);
     // Whether _sPath is _sFolder or lies below it (case-blind).
     static bool mf_isWithin(const std::wstring& _sPath, const std::wstring& _sFolder);
     // The system's text for an error number, one line.

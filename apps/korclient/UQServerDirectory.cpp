@@ -4,17 +4,9 @@
 
 #include "compat/utf8.h"
 
-#include <cwctype>
-
 namespace {
 
 const std::size_t COPY_BUFFER_BYTES = 256 * 1024;
-
-std::wstring upper(std::wstring _sText) {
-    for (wchar_t& ch : _sText)
-        ch = static_cast<wchar_t>(std::towupper(ch));
-    return _sText;
-}
 
 // The number a name of decimal digits (at most 19) and then _pszEnd stands for; false for any other name.
 bool numberOf(const std::wstring& _sName, const wchar_t* _pszEnd, std::uint64_t& _ruNumber) {
@@ -33,7 +25,8 @@ class StateSink : public UVQueryDataSink {
 public:
     explicit StateSink(UQServerDirectory::State& _rState) : m_rState(_rState) {}
     void mf_onQueryData(const UQQueryData& _data) override {
-        const std::wstring sKey = upper(std::wstring(_data.mf_getObjectPath().mf_getPath().GetString()));
+        const std::wstring sKey =
+            UQSafeFile::mf_upper(std::wstring(_data.mf_getObjectPath().mf_getPath().GetString()));
         std::uint32_t& ruLatest = m_rState.latestVersions[sKey];
         if (_data.mf_getVersion() > ruLatest)
             ruLatest = _data.mf_getVersion();
@@ -124,7 +117,7 @@ int UQServerDirectory::mf_readState(State& _rState, std::wstring& _rsReason) con
     }
 }
 
-std::wstring UQServerDirectory::mf_implRealRoot() const {
+std::wstring UQServerDirectory::mf_getRealRoot() const {
     UQFileHandle root;
     return UQSafeFile::mf_openFolder(m_sRoot, root) == 0 ? UQSafeFile::mf_finalPath(root.mf_get(), m_sRoot)
                                                          : std::wstring();
@@ -166,12 +159,11 @@ void UQServerDirectory::mf_implSkipOrphansIn(const std::wstring& _sFolder, State
 
 int UQServerDirectory::mf_storeVersion(HANDLE _hSource, UQVersionRecord& _rRecord, std::wstring& _rsReason) {
     const std::wstring sTarget = mf_getVersionFile(_rRecord.m_uVolume, _rRecord.m_uPosition);
-    const std::wstring sTemporary = UQSafeFile::mf_temporaryName(sTarget);
     // The folder of the version's hundred, made by the first version that goes there, must be a real folder
     // inside the server folder; once seen to be one, the next versions of the hundred trust it.
     const std::wstring sFolder = sTarget.substr(0, sTarget.rfind(L'\\'));
     if (sFolder != m_sCheckedFolder) {
-        const std::wstring sRealRoot = mf_implRealRoot();
+        const std::wstring sRealRoot = mf_getRealRoot();
         std::wstring sWhy = L"cannot open the server folder '" + m_sRoot + L"'";
         if (sRealRoot.empty() ||
             UQSafeFile::mf_createFolders(sRealRoot, sFolder.substr(m_sRoot.size() + 1), sWhy) != 0) {
@@ -180,15 +172,21 @@ int UQServerDirectory::mf_storeVersion(HANDLE _hSource, UQVersionRecord& _rRecor
         }
         m_sCheckedFolder = sFolder;
     }
+    // No temporary name: no record names the position yet, so nothing reads the file before it is whole,
+    // and one left half-written by a crash only takes its position (mf_readState passes it).
     UQFileHandle file;
-    DWORD dwError = UQSafeFile::mf_createNew(sTemporary, file);
+    DWORD dwError = UQSafeFile::mf_createNew(sTarget, file);
+    if (dwError == ERROR_FILE_EXISTS || dwError == ERROR_ALREADY_EXISTS) {
+        _rsReason = L"cannot store the version as '" + sTarget + L"': " + UQSafeFile::mf_systemText(dwError);
+        return 0;
+    }
     if (dwError != 0) {
         _rsReason = L"cannot write to the server: " + UQSafeFile::mf_systemText(dwError);
         return 0;
     }
     auto fail = [&](const std::wstring& _sReason) {
         file.mf_reset();
-        DeleteFileW(UQSafeFile::mf_long(sTemporary).c_str());
+        DeleteFileW(UQSafeFile::mf_long(sTarget).c_str());
         _rsReason = _sReason;
         return 0;
     };
@@ -227,14 +225,10 @@ int UQServerDirectory::mf_storeVersion(HANDLE _hSource, UQVersionRecord& _rRecor
         dwError = GetLastError();
     if (dwError != 0)
         return fail(L"cannot write to the server: " + UQSafeFile::mf_systemText(dwError));
-    file.mf_reset();
-    dwError = UQSafeFile::mf_commit(sTemporary, sTarget, 0);
-    if (dwError != 0)
-        return fail(L"cannot store the version as '" + sTarget + L"': " + UQSafeFile::mf_systemText(dwError));
     return 1;
 }
 
-int UQServerDirectory::mf_appendHistory(const UQQueryData& _record, std::wstring& _rsReason) {
+int UQServerDirectory::mf_openHistory(HistoryAppender& _rAppender, std::wstring& _rsReason) const {
     const std::wstring sHistory = mf_getHistoryFile();
     SetLastError(0);
     UQFileHandle file(CreateFileW(UQSafeFile::mf_long(sHistory).c_str(), GENERIC_READ | FILE_APPEND_DATA,
@@ -245,24 +239,35 @@ int UQServerDirectory::mf_appendHistory(const UQQueryData& _record, std::wstring
                     UQSafeFile::mf_systemText(GetLastError());
         return 0;
     }
+    _rAppender.file = std::move(file);
+    _rAppender.bEndsWithLineEnd = false;
+    return 1;
+}
+
+int UQServerDirectory::mf_appendHistory(HistoryAppender& _rAppender, const UQQueryData& _record,
+                                        std::wstring& _rsReason) const {
     std::string sLine = UQHistoryStore::mf_formatRecord(_record) + "\n";
-    // A store whose last line has no line end (written by hand) must not swallow the new record.
-    LARGE_INTEGER size{};
-    if (GetFileSizeEx(file.mf_get(), &size) && size.QuadPart > 0) {
-        LARGE_INTEGER last{};
-        last.QuadPart = size.QuadPart - 1;
-        char chLast = '\n';
-        DWORD dwRead = 0;
-        if (SetFilePointerEx(file.mf_get(), last, nullptr, FILE_BEGIN) &&
-            ReadFile(file.mf_get(), &chLast, 1, &dwRead, nullptr) && dwRead == 1 && chLast != '\n')
-            sLine.insert(sLine.begin(), '\n');
+    if (!_rAppender.bEndsWithLineEnd) {
+        LARGE_INTEGER size{};
+        if (GetFileSizeEx(_rAppender.file.mf_get(), &size) && size.QuadPart > 0) {
+            LARGE_INTEGER last{};
+            last.QuadPart = size.QuadPart - 1;
+            char chLast = '\n';
+            DWORD dwRead = 0;
+            if (SetFilePointerEx(_rAppender.file.mf_get(), last, nullptr, FILE_BEGIN) &&
+                ReadFile(_rAppender.file.mf_get(), &chLast, 1, &dwRead, nullptr) && dwRead == 1 &&
+                chLast != '\n')
+                sLine.insert(sLine.begin(), '\n');
+        }
     }
-    DWORD dwError = UQSafeFile::mf_writeAll(file.mf_get(), sLine.data(), sLine.size());
-    if (dwError == 0 && !FlushFileBuffers(file.mf_get()))
+    DWORD dwError = UQSafeFile::mf_writeAll(_rAppender.file.mf_get(), sLine.data(), sLine.size());
+    if (dwError == 0 && !FlushFileBuffers(_rAppender.file.mf_get()))
         dwError = GetLastError();
+    // Part of a failed line may have reached the store; the next append looks again.
+    _rAppender.bEndsWithLineEnd = dwError == 0;
     if (dwError != 0) {
-        _rsReason =
-            L"cannot add to the history store '" + sHistory + L"': " + UQSafeFile::mf_systemText(dwError);
+        _rsReason = L"cannot add to the history store '" + mf_getHistoryFile() + L"': " +
+                    UQSafeFile::mf_systemText(dwError);
         return 0;
     }
     return 1;
@@ -271,7 +276,8 @@ int UQServerDirectory::mf_appendHistory(const UQQueryData& _record, std::wstring
 int UQServerDirectory::mf_openVersion(std::uint32_t _uVolume, std::uint64_t _uPosition,
                                       const std::wstring& _sObjectPath, std::uint32_t _uVersion,
                                       const UQVersionRecord* _pExpected, UQFileHandle& _rFile,
-                                      UQVersionRecord& _rHeader, std::wstring& _rsReason) const {
+                                      UQVersionRecord& _rHeader, std::wstring& _rsReason,
+                                      const std::wstring* _psRealRoot) const {
     std::wstring sFile = mf_getVersionFile(_uVolume, _uPosition);
     DWORD dwError = UQSafeFile::mf_openRead(sFile, _rFile);
     if (dwError == ERROR_FILE_NOT_FOUND || dwError == ERROR_PATH_NOT_FOUND) {
@@ -292,7 +298,7 @@ int UQServerDirectory::mf_openVersion(std::uint32_t _uVolume, std::uint64_t _uPo
         return 0;
     }
     // A link planted in the server folder could hand out any file of the computer.
-    const std::wstring sRealRoot = mf_implRealRoot();
+    const std::wstring sRealRoot = _psRealRoot != nullptr ? *_psRealRoot : mf_getRealRoot();
     if (sRealRoot.empty() ||
         !UQSafeFile::mf_isWithin(UQSafeFile::mf_finalPath(_rFile.mf_get(), sFile), sRealRoot)) {
         _rsReason = L"'" + sFile + L"' leads out of the server folder: not read";
@@ -309,7 +315,8 @@ int UQServerDirectory::mf_openVersion(std::uint32_t _uVolume, std::uint64_t _uPo
         _rsReason = L"'" + sFile + L"' is damaged: " + sWhy;
         return 0;
     }
-    if (upper(_rHeader.m_sObjectPath) != upper(_sObjectPath) || _rHeader.m_uVersion != _uVersion) {
+    if (UQSafeFile::mf_upper(_rHeader.m_sObjectPath) != UQSafeFile::mf_upper(_sObjectPath) ||
+        _rHeader.m_uVersion != _uVersion) {
         _rsReason = L"'" + sFile + L"' holds version " + std::to_wstring(_rHeader.m_uVersion) + L" of '" +
                     _rHeader.m_sObjectPath + L"', not the version asked for";
         return 0;

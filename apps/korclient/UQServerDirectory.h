@@ -50,25 +50,36 @@ public:
     int mf_readState(State& _rState, std::wstring& _rsReason) const;
 
     // Stores the content of _hSource (read from its current position, _rRecord.m_uSize bytes expected) as
-    // the version _rRecord names, and fills in its hash. The file appears under its final name only when
-    // it is complete and on disk.
+    // the version _rRecord names, and fills in its hash. The file is complete and on disk when this
+    // answers 1; on a failure it is deleted.
     int mf_storeVersion(HANDLE _hSource, UQVersionRecord& _rRecord, std::wstring& _rsReason);
+    // The history store held open for the appends of one run of a writer (which holds server.lock).
+    struct HistoryAppender {
+        UQFileHandle file;
+        // Whether the store is known to end with a line end: a store whose last line has none (written by
+        // hand, or cut by a failed append) must not swallow the next record.
+        bool bEndsWithLineEnd = false;
+    };
+    int mf_openHistory(HistoryAppender& _rAppender, std::wstring& _rsReason) const;
     // Appends a record to the history store and flushes it to disk.
-    int mf_appendHistory(const UQQueryData& _record, std::wstring& _rsReason);
+    int mf_appendHistory(HistoryAppender& _rAppender, const UQQueryData& _record,
+                         std::wstring& _rsReason) const;
 
     // Opens the stored version at _uVolume:_uPosition and checks its header against what the caller
     // expects of it: the object path and version, and (when given) size and hash. Answers 1 with the header
-    // in _rHeader and the file positioned at the content.
+    // in _rHeader and the file positioned at the content. A reader of many versions passes the server
+    // folder as it really is (mf_getRealRoot) rather than have it looked up for each.
     int mf_openVersion(std::uint32_t _uVolume, std::uint64_t _uPosition, const std::wstring& _sObjectPath,
                        std::uint32_t _uVersion, const UQVersionRecord* _pExpected, UQFileHandle& _rFile,
-                       UQVersionRecord& _rHeader, std::wstring& _rsReason) const;
+                       UQVersionRecord& _rHeader, std::wstring& _rsReason,
+                       const std::wstring* _psRealRoot = nullptr) const;
+    // Where the server folder really is (links resolved); empty when it cannot be opened.
+    std::wstring mf_getRealRoot() const;
     // Copies the content of an opened version to _hTarget and checks its size and hash on the way.
     static int mf_copyContent(HANDLE _hVersion, const UQVersionRecord& _header, HANDLE _hTarget,
                               std::wstring& _rsReason);
 
 private:
-    // Where the server folder really is (links resolved); empty when it cannot be opened.
-    std::wstring mf_implRealRoot() const;
     void mf_implSkipOrphans(State& _rState) const;
     void mf_implSkipOrphansIn(const std::wstring& _sFolder, State& _rState) const;
 

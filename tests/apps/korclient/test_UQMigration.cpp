@@ -336,6 +336,50 @@ TEST_F(MigrationTest, VersionsAreKeptInFoldersOfAHundredPositions) {
               (std::vector<std::wstring>{L"1\\1\\199.ver", L"1\\2\\200.ver", L"1\\2\\201.ver"}));
 }
 
+TEST_F(MigrationTest, FileThatTakesAVersionsPlaceMeanwhileIsKeptAndItsFileIsNotMigrated) {
+    makeFiles({{L"1.txt", "one"}, {L"2.txt", "two"}});
+    // Something else writes where the second version goes while the first file is migrated.
+    const std::wstring sSecond = server.mf_getVersionFile(UQServerDirectory::VOLUME, 2);
+    bool bPlanted = false;
+    UQMigration::mf_setStepHook([&](int _nStep) {
+        if (_nStep == 4 && !bPlanted)
+            bPlanted = writeFile(sSecond, "not a version");
+    });
+    ASSERT_EQ(migrate(), 1) << utf8(reason);
+    ASSERT_TRUE(bPlanted);
+    ASSERT_EQ(outcomes.size(), 2u);
+    EXPECT_EQ(outcomes[0].eSeverity, UQFileOutcome::GREEN) << utf8(outcomes[0].sResult);
+    EXPECT_EQ(outcomes[1].eSeverity, UQFileOutcome::RED);
+    EXPECT_EQ(utf8(outcomes[1].sResult), "Not migrated (the file is kept): cannot store the version as '" +
+                                             utf8(sSecond) +
+                                             "': " + utf8(UQSafeFile::mf_systemText(ERROR_FILE_EXISTS)));
+    const std::wstring sKept = outcomes[1].sPath;
+    EXPECT_EQ(readFile(sKept), originals[sKept.substr(sFiles.size() + 1)]);
+    EXPECT_EQ(readFile(sSecond), "not a version");
+    EXPECT_EQ(historyRecords(), 1);
+}
+
+TEST_F(MigrationTest, RecordsAddedToAStoreWithoutAFinalLineEndEachGetALineOfTheirOwn) {
+    std::wstring sWhy;
+    ASSERT_EQ(server.mf_prepare(sWhy), 1) << utf8(sWhy);
+    // A record added by hand, its line not ended.
+    const UQQueryData byHand(CString(L"C:\\elsewhere\\old.txt"), CString(), 3, UQFileTime(0), UQFileSize(5),
+                             0, UQExpiryTime{0}, UQQueryData::AccessKey{UQServerDirectory::VOLUME, 40});
+    const std::string sByHand = UQHistoryStore::mf_formatRecord(byHand);
+    ASSERT_TRUE(writeFile(server.mf_getHistoryFile(), readFile(server.mf_getHistoryFile()) + sByHand));
+    makeFiles({{L"a.txt", "a"}, {L"b.txt", "b"}});
+    ASSERT_EQ(migrate(), 1) << utf8(reason);
+    EXPECT_TRUE(isVerifiedStub(L"a.txt"));
+    EXPECT_TRUE(isVerifiedStub(L"b.txt"));
+    UQServerDirectory::State state;
+    ASSERT_EQ(server.mf_readState(state, sWhy), 1) << utf8(sWhy);
+    EXPECT_TRUE(state.errors.empty()) << utf8(state.errors.front());
+    EXPECT_EQ(state.uRecords, 3u);
+    EXPECT_EQ(state.latestVersions[L"C:\\ELSEWHERE\\OLD.TXT"], 3u);
+    EXPECT_NE(readFile(server.mf_getHistoryFile()).find(sByHand + "\n"), std::string::npos);
+    EXPECT_EQ(storedFiles(), (std::vector<std::wstring>{L"1\\0\\41.ver", L"1\\0\\42.ver"}));
+}
+
 TEST_F(MigrationTest, VersionLeftAfterTheLastRecordInItsHundredIsPassed) {
     std::wstring sWhy;
     ASSERT_EQ(server.mf_prepare(sWhy), 1) << utf8(sWhy);
