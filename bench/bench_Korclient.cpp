@@ -186,7 +186,7 @@ double searchLimit(const std::wstring& _sStore, bool _bRowByRow, std::uint64_t& 
 // The window: from the click on Search to the filled list.
 double searchWindow(const std::wstring& _sServer, int& _rnShown) {
     UQClientWindow window(_sServer, std::wstring(ROOT) + L"\\files");
-    UQDialogScript script(3600000);
+    UQDialogScript script(600000);
     Clock::time_point clicked;
     double dSeconds = -1;
     script.mf_then(L"search", [&] {
@@ -197,6 +197,8 @@ double searchWindow(const std::wstring& _sServer, int& _rnShown) {
         HWND hMain = window.mf_getHandle();
         if (hMain == nullptr || !IsWindowVisible(hMain) || !IsWindowEnabled(hMain))
             return false;
+        // Every record, whatever pattern an earlier run of the program left remembered.
+        UQDialogScript::mf_type(GetDlgItem(hMain, IDC_MAIN_PATTERN), L"*");
         clicked = Clock::now();
         UQDialogScript::mf_click(hMain, IDC_MAIN_SEARCH);
         return true;

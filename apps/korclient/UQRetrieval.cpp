@@ -33,22 +33,40 @@ int UQRetrieval::mf_retrieve(const std::vector<Request>& _requests, const std::w
     run.sDestination = sReal;
     run.sServerRoot = m_server.mf_getRealRoot();
     const int nTotal = static_cast<int>(_requests.size());
-    for (int i = 0; i < nTotal; ++i) {
-        if (_pCancel != nullptr && _pCancel->mf_isCancelled()) {
-            UQReport::mf_log(UQLogData::LEVEL_W, _sFunction_, L"Retrieval canceled after %d of %d files", i,
-                             nTotal);
-            break;
+    // Files are read and checked here while the ones before them are flushed and named by the queue.
+    UQFinishQueue finishing;
+    int nDone = 0;
+    const auto report = [&](bool _bWait) {
+        UQFileOutcome result;
+        while (finishing.mf_take(result, _bWait)) {
+            result.mf_log(_sFunction_);
+            _rOutcomes.push_back(std::move(result));
+            ++nDone;
+            if (_progress)
+                _progress(nDone, nTotal, _requests[static_cast<std::size_t>(nDone - 1)].sObjectPath);
         }
-        UQFileOutcome result = mf_implRetrieve(_requests[static_cast<std::size_t>(i)], run);
-        result.mf_log(_sFunction_);
-        _rOutcomes.push_back(std::move(result));
-        if (_progress)
-            _progress(i + 1, nTotal, _requests[static_cast<std::size_t>(i)].sObjectPath);
+    };
+    int nStarted = 0;
+    for (; nStarted < nTotal; ++nStarted) {
+        if (_pCancel != nullptr && _pCancel->mf_isCancelled())
+            break;
+        finishing.mf_push(mf_implWrite(_requests[static_cast<std::size_t>(nStarted)], run));
+        report(false);
     }
+    report(true);
+    if (nStarted < nTotal)
+        UQReport::mf_log(UQLogData::LEVEL_W, _sFunction_, L"Retrieval canceled after %d of %d files",
+                         nStarted, nTotal);
     return 1;
 }
 
-UQFileOutcome UQRetrieval::mf_implRetrieve(const Request& _request, Run& _rRun) {
+UQFinishQueue::Item UQRetrieval::mf_implWrite(const Request& _request, Run& _rRun) {
+    UQFinishQueue::Item item;
+    item.outcome = mf_implWriteTo(_request, _rRun, item);
+    return item;
+}
+
+UQFileOutcome UQRetrieval::mf_implWriteTo(const Request& _request, Run& _rRun, UQFinishQueue::Item& _rItem) {
     UQFileHandle version;
     UQVersionRecord header;
     std::wstring sReason;
@@ -76,21 +94,14 @@ UQFileOutcome UQRetrieval::mf_implRetrieve(const Request& _request, Run& _rRun) 
     if (dwError != 0)
         return UQFileOutcome::mf_of(sTarget, UQFileOutcome::RED,
                                     L"Not retrieved: cannot write: " + UQSafeFile::mf_systemText(dwError));
-    const int bCopied = UQServerDirectory::mf_copyContent(version.mf_get(), header, target.mf_get(), sReason);
-    target.mf_reset();
-    if (!bCopied) {
+    if (!UQServerDirectory::mf_copyContent(version.mf_get(), header, target.mf_get(), sReason)) {
+        target.mf_reset();
         DeleteFileW(UQSafeFile::mf_long(sTemporary).c_str());
         return UQFileOutcome::mf_of(sTarget, UQFileOutcome::RED, L"Not retrieved: " + sReason);
     }
-    dwError = UQSafeFile::mf_commit(sTemporary, sTarget, 0);
-    if (dwError != 0) {
-        DeleteFileW(UQSafeFile::mf_long(sTemporary).c_str());
-        if (dwError == ERROR_ALREADY_EXISTS || dwError == ERROR_FILE_EXISTS)
-            return UQFileOutcome::mf_of(sTarget, UQFileOutcome::YELLOW,
-                                        L"Not retrieved: a file of this name exists already and is kept");
-        return UQFileOutcome::mf_of(sTarget, UQFileOutcome::RED,
-                                    L"Not retrieved: cannot write: " + UQSafeFile::mf_systemText(dwError));
-    }
+    _rItem.file = std::move(target);
+    _rItem.sTemporary = sTemporary;
+    _rItem.sTarget = sTarget;
     UQFileOutcome result = UQFileOutcome::mf_of(sTarget, UQFileOutcome::GREEN, L"Retrieved");
     result.uVersion = header.m_uVersion;
     result.uSize = header.m_uSize;
@@ -142,6 +153,11 @@ UQFileOutcome UQRetrieval::mf_recall(const std::wstring& _sStub) {
     DWORD dwError = UQSafeFile::mf_createNew(sTemporary, target);
     int bDone =
         dwError == 0 && UQServerDirectory::mf_copyContent(version.mf_get(), header, target.mf_get(), sReason);
+    SetLastError(0);
+    if (bDone && !FlushFileBuffers(target.mf_get())) {
+        dwError = GetLastError() != 0 ? GetLastError() : ERROR_WRITE_FAULT;
+        bDone = 0;
+    }
     if (dwError != 0)
         sReason = L"cannot write: " + UQSafeFile::mf_systemText(dwError);
     target.mf_reset();

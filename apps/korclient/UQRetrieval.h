@@ -5,6 +5,7 @@
 #pragma once
 
 #include "UQFileOutcome.h"
+#include "UQFinishQueue.h"
 #include "UQServerDirectory.h"
 
 #include "interfaces/korbase.h"
@@ -30,7 +31,8 @@ public:
 
     // Retrieves the versions in the order given (the backend's access order) into _sDestination, which
     // is created when missing. 0 with the reason when the folder cannot be used; else 1 with one outcome
-    // per request. A tripped cancel switch ends the run between two files.
+    // per request. A tripped cancel switch ends the run between two files, after the files already written
+    // (at most UQFinishQueue::DEPTH + 1) are finished.
     int mf_retrieve(const std::vector<Request>& _requests, const std::wstring& _sDestination,
                     const UQCancelSwitch* _pCancel, const Progress& _progress,
                     std::vector<UQFileOutcome>& _rOutcomes, std::wstring& _rsReason);
@@ -47,7 +49,9 @@ private:
         std::wstring sServerRoot;
         std::unordered_set<std::wstring> checkedFolders;
     };
-    UQFileOutcome mf_implRetrieve(const Request& _request, Run& _rRun);
+    // Writes and checks one version under a temporary name: the item to finish, or a decided outcome.
+    UQFinishQueue::Item mf_implWrite(const Request& _request, Run& _rRun);
+    UQFileOutcome mf_implWriteTo(const Request& _request, Run& _rRun, UQFinishQueue::Item& _rItem);
 
     const UQServerDirectory& m_server;
 };

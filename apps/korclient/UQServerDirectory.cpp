@@ -372,10 +372,5 @@ int UQServerDirectory::mf_copyContent(HANDLE _hVersion, const UQVersionRecord& _
         _rsReason = L"the stored data does not match its hash";
         return 0;
     }
-    SetLastError(0);
-    if (!FlushFileBuffers(_hTarget)) {
-        _rsReason = L"cannot write: " + UQSafeFile::mf_systemText(GetLastError());
-        return 0;
-    }
     return 1;
 }

@@ -75,7 +75,8 @@ public:
                        const std::wstring* _psRealRoot = nullptr) const;
     // Where the server folder really is (links resolved); empty when it cannot be opened.
     std::wstring mf_getRealRoot() const;
-    // Copies the content of an opened version to _hTarget and checks its size and hash on the way.
+    // Copies the content of an opened version to _hTarget and checks its size and hash on the way; the
+    // caller flushes the copy.
     static int mf_copyContent(HANDLE _hVersion, const UQVersionRecord& _header, HANDLE _hTarget,
                               std::wstring& _rsReason);
 

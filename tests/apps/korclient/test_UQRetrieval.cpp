@@ -281,12 +281,64 @@ TEST_F(RetrievalTest, FullDiskFailsTheFileAndLeavesNothingBehind) {
     EXPECT_EQ(filesBelow(sDestination), (std::vector<std::wstring>{L"b.bin"}));
 }
 
-TEST_F(RetrievalTest, CancelMidwayLeavesWholeFilesOnly) {
+// Files are flushed and named behind the reading of the next ones; outcomes and progress still come in the
+// order of the requests, whether a file failed while read or while named.
+TEST_F(RetrievalTest, OutcomesAndProgressKeepTheOrderOfTheRequestsWhateverHappensToEach) {
+    ASSERT_TRUE(writeFile(sDestination + L"\\taken.bin", "mine"));
     std::vector<UQRetrieval::Request> requests;
-    for (int i = 1; i <= 6; ++i)
+    std::vector<std::string> expected;
+    for (int i = 1; i <= 15; ++i) {
+        std::wstring sName = L"f" + std::to_wstring(i) + L".bin";
+        std::string sResult = "Retrieved";
+        if (i % 5 == 2) {
+            sName = L"taken.bin";
+            sResult = "Not retrieved: a file of this name exists already and is kept";
+        }
+        UQRetrieval::Request request = craft(static_cast<std::uint64_t>(i), sName, contentOf(i, 3000));
+        if (i % 5 == 4) {
+            // No data for this one: it fails while read, before anything is written.
+            request.uPosition = 1000 + static_cast<std::uint64_t>(i);
+            sResult = "Not retrieved: the server holds no data for version 1 (" +
+                      utf8(server.mf_getVersionFile(UQServerDirectory::VOLUME, request.uPosition)) +
+                      " is missing)";
+        }
+        requests.push_back(request);
+        expected.push_back(sResult);
+    }
+    std::vector<int> progress;
+    std::vector<std::wstring> progressPaths;
+    ASSERT_EQ(retrieve(requests, nullptr,
+                       [&](int _nDone, int _nTotal, const std::wstring& _sPath) {
+                           EXPECT_EQ(_nTotal, 15);
+                           progress.push_back(_nDone);
+                           progressPaths.push_back(_sPath);
+                       }),
+              1)
+        << utf8(reason);
+    ASSERT_EQ(outcomes.size(), 15u);
+    ASSERT_EQ(progress.size(), 15u);
+    for (std::size_t i = 0; i < outcomes.size(); ++i) {
+        EXPECT_EQ(utf8(outcomes[i].sResult), expected[i]) << "request " << i + 1;
+        EXPECT_EQ(progress[i], static_cast<int>(i + 1));
+        EXPECT_EQ(utf8(progressPaths[i]), utf8(requests[i].sObjectPath));
+        if (expected[i] == "Retrieved") {
+            EXPECT_EQ(readFile(outcomes[i].sPath), contentOf(static_cast<int>(i + 1), 3000))
+                << "request " << i + 1;
+        }
+    }
+    EXPECT_EQ(readFile(sDestination + L"\\taken.bin"), "mine");
+    for (const std::wstring& sFile : filesBelow(scratch.path()))
+        EXPECT_EQ(sFile.find(L".kortmp-"), std::wstring::npos) << "left behind: " << utf8(sFile);
+}
+
+TEST_F(RetrievalTest, CancelMidwayStopsTheRunAndLeavesWholeFilesOnly) {
+    const int FILES = 20;
+    std::vector<UQRetrieval::Request> requests;
+    for (int i = 1; i <= FILES; ++i)
         requests.push_back(
             craft(static_cast<std::uint64_t>(i), L"f" + std::to_wstring(i) + L".bin", contentOf(i, 9000)));
     UQCancelSwitch cancel;
+    LogCheck log;
     ASSERT_EQ(retrieve(requests, &cancel,
                        [&](int _nDone, int, const std::wstring&) {
                            if (_nDone == 2)
@@ -294,9 +346,25 @@ TEST_F(RetrievalTest, CancelMidwayLeavesWholeFilesOnly) {
                        }),
               1)
         << utf8(reason);
-    EXPECT_EQ(outcomes.size(), 2u);
-    EXPECT_EQ(filesBelow(sDestination), (std::vector<std::wstring>{L"f1.bin", L"f2.bin"}));
-    EXPECT_EQ(readFile(sDestination + L"\\f2.bin"), contentOf(2, 9000));
+    // The files already written when Cancel came are finished too, at most the queue's depth of them.
+    ASSERT_GE(outcomes.size(), 2u);
+    EXPECT_LE(outcomes.size(), 2u + UQFinishQueue::DEPTH + 1);
+    std::vector<std::wstring> retrieved;
+    for (std::size_t i = 0; i < outcomes.size(); ++i) {
+        const std::wstring sName = L"f" + std::to_wstring(i + 1) + L".bin";
+        EXPECT_EQ(utf8(outcomes[i].sPath), utf8(sDestination + L"\\" + sName));
+        EXPECT_EQ(utf8(outcomes[i].sResult), "Retrieved");
+        EXPECT_EQ(readFile(sDestination + L"\\" + sName), contentOf(static_cast<int>(i + 1), 9000));
+        retrieved.push_back(sName);
+    }
+    std::sort(retrieved.begin(), retrieved.end());
+    EXPECT_EQ(filesBelow(sDestination), retrieved);
+    const std::vector<LogLine> lines = log.lines();
+    EXPECT_NE(
+        std::find(lines.begin(), lines.end(),
+                  LogLine{'W', "UQRetrieval::mf_retrieve",
+                          "Retrieval canceled after " + std::to_string(outcomes.size()) + " of 20 files"}),
+        lines.end());
 }
 
 // Every crafted name is refused on its own file; the good files of the same retrieval are retrieved, and
