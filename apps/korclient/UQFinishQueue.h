@@ -16,8 +16,8 @@
 class UQFinishQueue {
 public:
     struct Item {
-        UQFileOutcome outcome; // the outcome when the file is finished, or the one decided before; once
-                               // finished, the outcome
+        UQFileOutcome outcome; // what the file gets once named, or an outcome decided before; finishing
+                               // replaces it by what happened
         UQFileHandle file;     // the written file, open; none when the outcome is decided
         std::wstring sTemporary;
         std::wstring sTarget;
