@@ -11,6 +11,13 @@ void step(int _nStep) {
         g_stepHook(_nStep);
 }
 
+// A stored file's outcome (its version, size and time kept) with what became of the file itself.
+UQFileOutcome storedBut(UQFileOutcome& _rOutcome, UQFileOutcome::SEVERITY _eSeverity, std::wstring _sResult) {
+    _rOutcome.eSeverity = _eSeverity;
+    _rOutcome.sResult = std::move(_sResult);
+    return std::move(_rOutcome);
+}
+
 } // namespace
 
 UQMigration::UQMigration(UQServerDirectory& _rServer, const std::wstring& _sSourceFolder)
@@ -48,18 +55,21 @@ int UQMigration::mf_run(const UQCancelSwitch* _pCancel, const Progress& _progres
     std::vector<std::wstring> files;
     mf_implListFiles(m_sSource, files, _rOutcomes);
     const int nTotal = static_cast<int>(files.size());
-    for (int i = 0; i < nTotal; ++i) {
-        if (_pCancel != nullptr && _pCancel->mf_isCancelled()) {
-            UQReport::mf_log(UQLogData::LEVEL_W, _sFunction_, L"Migration canceled after %d of %d files", i,
-                             nTotal);
-            break;
-        }
-        UQFileOutcome result = mf_implMigrate(files[static_cast<std::size_t>(i)], state, history);
-        result.mf_log(_sFunction_);
-        _rOutcomes.push_back(std::move(result));
-        if (_progress)
-            _progress(i + 1, nTotal, files[static_cast<std::size_t>(i)]);
-    }
+    // Versions and records are written here while the stubs of the files before are put in place.
+    UQFinishQueue finishing(&UQMigration::mf_implFinish,
+                            L"Stored, but no stub could be written (the file is kept): out of memory");
+    const int nStarted = finishing.mf_runAll(
+        nTotal, _pCancel,
+        [&](int _nIndex) { return mf_implMigrate(files[static_cast<std::size_t>(_nIndex)], state, history); },
+        [&](int _nIndex, UQFileOutcome& _rOutcome) {
+            _rOutcome.mf_log(_sFunction_);
+            _rOutcomes.push_back(std::move(_rOutcome));
+            if (_progress)
+                _progress(_nIndex + 1, nTotal, files[static_cast<std::size_t>(_nIndex)]);
+        });
+    if (nStarted < nTotal)
+        UQReport::mf_log(UQLogData::LEVEL_W, _sFunction_, L"Migration canceled after %d of %d files",
+                         nStarted, nTotal);
     return 1;
 }
 
@@ -104,8 +114,16 @@ void UQMigration::mf_implListFiles(const std::wstring& _sFolder, std::vector<std
     }
 }
 
-UQFileOutcome UQMigration::mf_implMigrate(const std::wstring& _sFile, UQServerDirectory::State& _rState,
-                                          UQServerDirectory::HistoryAppender& _rHistory) {
+UQFinishQueue::Item UQMigration::mf_implMigrate(const std::wstring& _sFile, UQServerDirectory::State& _rState,
+                                                UQServerDirectory::HistoryAppender& _rHistory) {
+    UQFinishQueue::Item item;
+    item.outcome = mf_implStore(_sFile, _rState, _rHistory, item);
+    return item;
+}
+
+UQFileOutcome UQMigration::mf_implStore(const std::wstring& _sFile, UQServerDirectory::State& _rState,
+                                        UQServerDirectory::HistoryAppender& _rHistory,
+                                        UQFinishQueue::Item& _rItem) {
     UQFileHandle source;
     DWORD dwError = UQSafeFile::mf_openRead(_sFile, source);
     if (dwError == ERROR_FILE_NOT_FOUND || dwError == ERROR_PATH_NOT_FOUND)
@@ -169,45 +187,61 @@ UQFileOutcome UQMigration::mf_implMigrate(const std::wstring& _sFile, UQServerDi
     UQSafeFile::Stamp after;
     if (UQSafeFile::mf_stamp(source.mf_get(), after) != 0 || after.uSize != before.uSize ||
         after.uLastWriteTime != before.uLastWriteTime) {
-        result.eSeverity = UQFileOutcome::YELLOW;
-        result.sResult = L"Stored, but the file changed meanwhile: it is kept and not replaced by a stub";
-        return result;
+        return storedBut(result, UQFileOutcome::YELLOW,
+                         L"Stored, but the file changed meanwhile: it is kept and not replaced by a stub");
     }
     const std::string sStub = record.mf_formatStub();
     const std::wstring sTemporary = UQSafeFile::mf_temporaryName(_sFile);
-    {
-        UQFileHandle stub;
-        dwError = UQSafeFile::mf_createNew(sTemporary, stub);
-        if (dwError == 0)
-            dwError = UQSafeFile::mf_writeAll(stub.mf_get(), sStub.data(), sStub.size());
-        if (dwError == 0 && !FlushFileBuffers(stub.mf_get()))
-            dwError = GetLastError();
-        if (dwError == 0)
-            SetFileTime(stub.mf_get(), nullptr, nullptr, &before.ftLastWrite);
-    }
+    UQFileHandle stub;
+    dwError = UQSafeFile::mf_createNew(sTemporary, stub);
+    if (dwError == 0)
+        dwError = UQSafeFile::mf_writeAll(stub.mf_get(), sStub.data(), sStub.size());
     if (dwError != 0) {
+        stub.mf_reset();
         DeleteFileW(UQSafeFile::mf_long(sTemporary).c_str());
-        result.eSeverity = UQFileOutcome::RED;
-        result.sResult =
-            L"Stored, but no stub could be written (the file is kept): " + UQSafeFile::mf_systemText(dwError);
-        return result;
+        return storedBut(result, UQFileOutcome::RED,
+                         L"Stored, but no stub could be written (the file is kept): " +
+                             UQSafeFile::mf_systemText(dwError));
+    }
+    // The stub keeps the file's time, so that it sorts and shows as the file did.
+    SetFileTime(stub.mf_get(), nullptr, nullptr, &before.ftLastWrite);
+    _rItem.file = std::move(stub);
+    _rItem.original = std::move(source);
+    _rItem.sTemporary = sTemporary;
+    _rItem.sTarget = _sFile;
+    return result;
+}
+
+UQFileOutcome UQMigration::mf_implFinish(UQFinishQueue::Item& _rItem) {
+    if (!_rItem.file.mf_isValid())
+        return std::move(_rItem.outcome);
+    SetLastError(0);
+    DWORD dwError = 0;
+    if (!FlushFileBuffers(_rItem.file.mf_get()))
+        dwError = GetLastError() != 0 ? GetLastError() : ERROR_WRITE_FAULT;
+    if (dwError != 0) {
+        _rItem.file.mf_reset();
+        DeleteFileW(UQSafeFile::mf_long(_rItem.sTemporary).c_str());
+        return storedBut(_rItem.outcome, UQFileOutcome::RED,
+                         L"Stored, but no stub could be written (the file is kept): " +
+                             UQSafeFile::mf_systemText(dwError));
     }
     step(3);
-    source.mf_reset();
-    if (GetFileAttributesW(UQSafeFile::mf_long(_sFile).c_str()) == INVALID_FILE_ATTRIBUTES) {
-        DeleteFileW(UQSafeFile::mf_long(sTemporary).c_str());
-        result.eSeverity = UQFileOutcome::YELLOW;
-        result.sResult = L"The file vanished during migration; its stored version is kept";
-        return result;
+    _rItem.original.mf_reset();
+    if (GetFileAttributesW(UQSafeFile::mf_long(_rItem.sTarget).c_str()) == INVALID_FILE_ATTRIBUTES) {
+        _rItem.file.mf_reset();
+        DeleteFileW(UQSafeFile::mf_long(_rItem.sTemporary).c_str());
+        return storedBut(_rItem.outcome, UQFileOutcome::YELLOW,
+                         L"The file vanished during migration; its stored version is kept");
     }
-    dwError = UQSafeFile::mf_commit(sTemporary, _sFile, 1);
+    dwError = UQSafeFile::mf_commit(_rItem.file.mf_get(), _rItem.sTarget, 1);
+    _rItem.file.mf_reset();
     if (dwError != 0) {
-        DeleteFileW(UQSafeFile::mf_long(sTemporary).c_str());
-        result.eSeverity = UQFileOutcome::RED;
-        result.sResult = L"Stored, but the file could not be replaced by its stub (the file is kept): " +
-                         UQSafeFile::mf_systemText(dwError);
-        return result;
+        DeleteFileW(UQSafeFile::mf_long(_rItem.sTemporary).c_str());
+        return storedBut(_rItem.outcome, UQFileOutcome::RED,
+                         L"Stored, but the file could not be replaced by its stub (the file is kept): " +
+                             UQSafeFile::mf_systemText(dwError));
     }
     step(4);
-    return result;
+    return std::move(_rItem.outcome);
 }

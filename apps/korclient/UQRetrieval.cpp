@@ -34,26 +34,16 @@ int UQRetrieval::mf_retrieve(const std::vector<Request>& _requests, const std::w
     run.sServerRoot = m_server.mf_getRealRoot();
     const int nTotal = static_cast<int>(_requests.size());
     // Files are read and checked here while the ones before them are flushed and named by the queue.
-    UQFinishQueue finishing;
-    int nDone = 0;
-    const auto report = [&](bool _bWait) {
-        UQFileOutcome result;
-        while (finishing.mf_take(result, _bWait)) {
-            result.mf_log(_sFunction_);
-            _rOutcomes.push_back(std::move(result));
-            ++nDone;
+    UQFinishQueue finishing(&UQRetrieval::mf_implFinish, L"Not retrieved: out of memory");
+    const int nStarted = finishing.mf_runAll(
+        nTotal, _pCancel,
+        [&](int _nIndex) { return mf_implWrite(_requests[static_cast<std::size_t>(_nIndex)], run); },
+        [&](int _nIndex, UQFileOutcome& _rOutcome) {
+            _rOutcome.mf_log(_sFunction_);
+            _rOutcomes.push_back(std::move(_rOutcome));
             if (_progress)
-                _progress(nDone, nTotal, _requests[static_cast<std::size_t>(nDone - 1)].sObjectPath);
-        }
-    };
-    int nStarted = 0;
-    for (; nStarted < nTotal; ++nStarted) {
-        if (_pCancel != nullptr && _pCancel->mf_isCancelled())
-            break;
-        finishing.mf_push(mf_implWrite(_requests[static_cast<std::size_t>(nStarted)], run));
-        report(false);
-    }
-    report(true);
+                _progress(_nIndex + 1, nTotal, _requests[static_cast<std::size_t>(_nIndex)].sObjectPath);
+        });
     if (nStarted < nTotal)
         UQReport::mf_log(UQLogData::LEVEL_W, _sFunction_, L"Retrieval canceled after %d of %d files",
                          nStarted, nTotal);
@@ -108,6 +98,26 @@ UQFileOutcome UQRetrieval::mf_implWriteTo(const Request& _request, Run& _rRun, U
     return result;
 }
 
+UQFileOutcome UQRetrieval::mf_implFinish(UQFinishQueue::Item& _rItem) {
+    if (!_rItem.file.mf_isValid())
+        return std::move(_rItem.outcome);
+    SetLastError(0);
+    DWORD dwError = 0;
+    if (!FlushFileBuffers(_rItem.file.mf_get()))
+        dwError = GetLastError() != 0 ? GetLastError() : ERROR_WRITE_FAULT;
+    if (dwError == 0)
+        dwError = UQSafeFile::mf_commit(_rItem.file.mf_get(), _rItem.sTarget, 0);
+    _rItem.file.mf_reset();
+    if (dwError == 0)
+        return std::move(_rItem.outcome);
+    DeleteFileW(UQSafeFile::mf_long(_rItem.sTemporary).c_str());
+    if (dwError == ERROR_ALREADY_EXISTS || dwError == ERROR_FILE_EXISTS)
+        return UQFileOutcome::mf_of(_rItem.sTarget, UQFileOutcome::YELLOW,
+                                    L"Not retrieved: a file of this name exists already and is kept");
+    return UQFileOutcome::mf_of(_rItem.sTarget, UQFileOutcome::RED,
+                                L"Not retrieved: cannot write: " + UQSafeFile::mf_systemText(dwError));
+}
+
 int UQRetrieval::mf_readStub(const std::wstring& _sPath, UQVersionRecord& _rRecord, std::wstring& _rsReason) {
     UQFileHandle file;
     const DWORD dwError = UQSafeFile::mf_openRead(_sPath, file);
@@ -160,7 +170,6 @@ UQFileOutcome UQRetrieval::mf_recall(const std::wstring& _sStub) {
     }
     if (dwError != 0)
         sReason = L"cannot write: " + UQSafeFile::mf_systemText(dwError);
-    target.mf_reset();
     // The stub must still be the one that was read: a file written there meanwhile is not overwritten.
     UQVersionRecord again;
     std::wstring sWhy;
@@ -169,12 +178,13 @@ UQFileOutcome UQRetrieval::mf_recall(const std::wstring& _sStub) {
         sReason = L"the stub changed while its data was read";
     }
     if (bDone) {
-        dwError = UQSafeFile::mf_commit(sTemporary, _sStub, 1);
+        dwError = UQSafeFile::mf_commit(target.mf_get(), _sStub, 1);
         if (dwError != 0) {
             bDone = 0;
             sReason = L"cannot replace the stub: " + UQSafeFile::mf_systemText(dwError);
         }
     }
+    target.mf_reset();
     if (!bDone) {
         DeleteFileW(UQSafeFile::mf_long(sTemporary).c_str());
         result =
