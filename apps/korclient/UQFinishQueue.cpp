@@ -2,8 +2,7 @@
 
 #include <exception>
 
-UQFinishQueue::UQFinishQueue(Finish _finish, const wchar_t* _pszOutOfMemory)
-    : m_finish(_finish), m_pszOutOfMemory(_pszOutOfMemory) {
+UQFinishQueue::UQFinishQueue(const wchar_t* _pszOutOfMemory) : m_pszOutOfMemory(_pszOutOfMemory) {
     try {
         m_thread = std::thread([this] { mf_implRun(); });
     } catch (const std::exception&) {
@@ -71,20 +70,21 @@ bool UQFinishQueue::mf_take(UQFileOutcome& _rOutcome, bool _bWait) {
 }
 
 void UQFinishQueue::mf_implFinish(Item& _rItem) noexcept {
+    if (!_rItem.job)
+        return;
     try {
-        _rItem.outcome = m_finish(_rItem);
+        _rItem.job->mf_finish(_rItem.outcome);
     } catch (...) {
-        // Out of memory for a path or a text: the file is not given its name.
-        _rItem.file.mf_reset();
-        _rItem.original.mf_reset();
+        // Out of memory for a path or a text: the file is not finished, and what it wrote goes.
+        _rItem.job.reset();
         _rItem.outcome.eSeverity = UQFileOutcome::RED;
         try {
-            DeleteFileW(UQSafeFile::mf_long(_rItem.sTemporary).c_str());
             _rItem.outcome.sResult = m_pszOutOfMemory;
         } catch (...) {
             _rItem.outcome.sResult.clear();
         }
     }
+    _rItem.job.reset();
 }
 
 void UQFinishQueue::mf_implRun() noexcept {

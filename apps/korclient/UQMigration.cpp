@@ -1,5 +1,7 @@
 #include "UQMigration.h"
 
+#include "UQTemporaryFile.h"
+
 #include "guibase/foundation/UQReport.h"
 
 namespace {
@@ -11,12 +13,79 @@ void step(int _nStep) {
         g_stepHook(_nStep);
 }
 
-// A stored file's outcome (its version, size and time kept) with what became of the file itself.
-UQFileOutcome storedBut(UQFileOutcome& _rOutcome, UQFileOutcome::SEVERITY _eSeverity, std::wstring _sResult) {
+// A stored file's outcome (its version, size and time kept) told what became of the file itself.
+void storedBut(UQFileOutcome& _rOutcome, UQFileOutcome::SEVERITY _eSeverity, std::wstring _sResult) {
     _rOutcome.eSeverity = _eSeverity;
     _rOutcome.sResult = std::move(_sResult);
-    return std::move(_rOutcome);
 }
+
+// A file whose version is stored and durable: its record is added to the history store, then its stub is
+// written beside it and put in its place. The file is held against writers until then.
+struct StubJob : UQFinishQueue::Job {
+    StubJob(UQServerDirectory& _rServer, UQServerDirectory::HistoryAppender& _rHistory)
+        : rServer(_rServer), rHistory(_rHistory) {}
+
+    void mf_finish(UQFileOutcome& _rOutcome) override {
+        std::wstring sReason;
+        const UQQueryData entry(CString(sFile.c_str()), CString(), record.m_uVersion,
+                                UQFileTime(before.ftLastWrite),
+                                UQFileSize(static_cast<std::int64_t>(record.m_uSize)), 0, UQExpiryTime{0},
+                                UQQueryData::AccessKey{record.m_uVolume, record.m_uPosition});
+        if (!rServer.mf_appendHistory(rHistory, entry, sReason)) {
+            DeleteFileW(
+                UQSafeFile::mf_long(rServer.mf_getVersionFile(record.m_uVolume, record.m_uPosition)).c_str());
+            _rOutcome = UQFileOutcome::mf_of(sFile, UQFileOutcome::RED,
+                                             L"Not migrated (the file is kept): " + sReason);
+            return;
+        }
+        step(2);
+        UQSafeFile::Stamp after;
+        if (UQSafeFile::mf_stamp(original.mf_get(), after) != 0 || after.uSize != before.uSize ||
+            after.uLastWriteTime != before.uLastWriteTime) {
+            storedBut(_rOutcome, UQFileOutcome::YELLOW,
+                      L"Stored, but the file changed meanwhile: it is kept and not replaced by a stub");
+            return;
+        }
+        const std::string sStub = record.mf_formatStub();
+        UQTemporaryFile stub;
+        DWORD dwError = stub.mf_create(sFile);
+        if (dwError == 0)
+            dwError = UQSafeFile::mf_writeAll(stub.mf_get(), sStub.data(), sStub.size());
+        // The stub keeps the file's time, so that it sorts and shows as the file did.
+        if (dwError == 0)
+            SetFileTime(stub.mf_get(), nullptr, nullptr, &before.ftLastWrite);
+        if (dwError == 0)
+            dwError = stub.mf_flush();
+        if (dwError != 0) {
+            storedBut(_rOutcome, UQFileOutcome::RED,
+                      L"Stored, but no stub could be written (the file is kept): " +
+                          UQSafeFile::mf_systemText(dwError));
+            return;
+        }
+        step(3);
+        original.mf_reset();
+        if (GetFileAttributesW(UQSafeFile::mf_long(sFile).c_str()) == INVALID_FILE_ATTRIBUTES) {
+            storedBut(_rOutcome, UQFileOutcome::YELLOW,
+                      L"The file vanished during migration; its stored version is kept");
+            return;
+        }
+        dwError = stub.mf_commit(1);
+        if (dwError != 0) {
+            storedBut(_rOutcome, UQFileOutcome::RED,
+                      L"Stored, but the file could not be replaced by its stub (the file is kept): " +
+                          UQSafeFile::mf_systemText(dwError));
+            return;
+        }
+        step(4);
+    }
+
+    UQServerDirectory& rServer;
+    UQServerDirectory::HistoryAppender& rHistory;
+    std::wstring sFile;
+    UQFileHandle original;
+    UQSafeFile::Stamp before;
+    UQVersionRecord record;
+};
 
 } // namespace
 
@@ -55,9 +124,8 @@ int UQMigration::mf_run(const UQCancelSwitch* _pCancel, const Progress& _progres
     std::vector<std::wstring> files;
     mf_implListFiles(m_sSource, files, _rOutcomes);
     const int nTotal = static_cast<int>(files.size());
-    // Versions and records are written here while the stubs of the files before are put in place.
-    UQFinishQueue finishing(&UQMigration::mf_implFinish,
-                            L"Stored, but no stub could be written (the file is kept): out of memory");
+    // Versions are stored here while the files before are recorded and replaced by their stubs.
+    UQFinishQueue finishing(L"Stored, but no stub could be written (the file is kept): out of memory");
     const int nStarted = finishing.mf_runAll(
         nTotal, _pCancel,
         [&](int _nIndex) { return mf_implMigrate(files[static_cast<std::size_t>(_nIndex)], state, history); },
@@ -169,79 +237,16 @@ UQFileOutcome UQMigration::mf_implStore(const std::wstring& _sFile, UQServerDire
         return UQFileOutcome::mf_of(_sFile, UQFileOutcome::RED,
                                     L"Not migrated (the file is kept): " + sReason);
     step(1);
-    const UQQueryData entry(CString(_sFile.c_str()), CString(), record.m_uVersion,
-                            UQFileTime(before.ftLastWrite), UQFileSize(static_cast<std::int64_t>(uSize)), 0,
-                            UQExpiryTime{0}, UQQueryData::AccessKey{record.m_uVolume, record.m_uPosition});
-    if (!m_rServer.mf_appendHistory(_rHistory, entry, sReason)) {
-        DeleteFileW(
-            UQSafeFile::mf_long(m_rServer.mf_getVersionFile(record.m_uVolume, record.m_uPosition)).c_str());
-        return UQFileOutcome::mf_of(_sFile, UQFileOutcome::RED,
-                                    L"Not migrated (the file is kept): " + sReason);
-    }
     ruLatest = record.m_uVersion;
-    step(2);
+    auto job = std::make_unique<StubJob>(m_rServer, _rHistory);
+    job->sFile = _sFile;
+    job->original = std::move(source);
+    job->before = before;
+    job->record = std::move(record);
+    _rItem.job = std::move(job);
     UQFileOutcome result = UQFileOutcome::mf_of(_sFile, UQFileOutcome::GREEN, L"Migrated");
-    result.uVersion = record.m_uVersion;
+    result.uVersion = ruLatest;
     result.uSize = uSize;
     result.uLastWriteTime = before.uLastWriteTime;
-    UQSafeFile::Stamp after;
-    if (UQSafeFile::mf_stamp(source.mf_get(), after) != 0 || after.uSize != before.uSize ||
-        after.uLastWriteTime != before.uLastWriteTime) {
-        return storedBut(result, UQFileOutcome::YELLOW,
-                         L"Stored, but the file changed meanwhile: it is kept and not replaced by a stub");
-    }
-    const std::string sStub = record.mf_formatStub();
-    const std::wstring sTemporary = UQSafeFile::mf_temporaryName(_sFile);
-    UQFileHandle stub;
-    dwError = UQSafeFile::mf_createNew(sTemporary, stub);
-    if (dwError == 0)
-        dwError = UQSafeFile::mf_writeAll(stub.mf_get(), sStub.data(), sStub.size());
-    if (dwError != 0) {
-        stub.mf_reset();
-        DeleteFileW(UQSafeFile::mf_long(sTemporary).c_str());
-        return storedBut(result, UQFileOutcome::RED,
-                         L"Stored, but no stub could be written (the file is kept): " +
-                             UQSafeFile::mf_systemText(dwError));
-    }
-    // The stub keeps the file's time, so that it sorts and shows as the file did.
-    SetFileTime(stub.mf_get(), nullptr, nullptr, &before.ftLastWrite);
-    _rItem.file = std::move(stub);
-    _rItem.original = std::move(source);
-    _rItem.sTemporary = sTemporary;
-    _rItem.sTarget = _sFile;
     return result;
-}
-
-UQFileOutcome UQMigration::mf_implFinish(UQFinishQueue::Item& _rItem) {
-    if (!_rItem.file.mf_isValid())
-        return std::move(_rItem.outcome);
-    SetLastError(0);
-    DWORD dwError = 0;
-    if (!FlushFileBuffers(_rItem.file.mf_get()))
-        dwError = GetLastError() != 0 ? GetLastError() : ERROR_WRITE_FAULT;
-    if (dwError != 0) {
-        _rItem.file.mf_reset();
-        DeleteFileW(UQSafeFile::mf_long(_rItem.sTemporary).c_str());
-        return storedBut(_rItem.outcome, UQFileOutcome::RED,
-                         L"Stored, but no stub could be written (the file is kept): " +
-                             UQSafeFile::mf_systemText(dwError));
-    }
-    step(3);
-    _rItem.original.mf_reset();
-    if (GetFileAttributesW(UQSafeFile::mf_long(_rItem.sTarget).c_str()) == INVALID_FILE_ATTRIBUTES) {
-        _rItem.file.mf_reset();
-        DeleteFileW(UQSafeFile::mf_long(_rItem.sTemporary).c_str());
-        return storedBut(_rItem.outcome, UQFileOutcome::YELLOW,
-                         L"The file vanished during migration; its stored version is kept");
-    }
-    dwError = UQSafeFile::mf_commit(_rItem.file.mf_get(), _rItem.sTarget, 1);
-    _rItem.file.mf_reset();
-    if (dwError != 0) {
-        DeleteFileW(UQSafeFile::mf_long(_rItem.sTemporary).c_str());
-        return storedBut(_rItem.outcome, UQFileOutcome::RED,
-                         L"Stored, but the file could not be replaced by its stub (the file is kept): " +
-                             UQSafeFile::mf_systemText(dwError));
-    }
-    step(4);
-    return std::move(_rItem.outcome);
 }

@@ -52,8 +52,6 @@ private:
     // Writes and checks one version under a temporary name: the item to finish, or a decided outcome.
     UQFinishQueue::Item mf_implWrite(const Request& _request, Run& _rRun);
     UQFileOutcome mf_implWriteTo(const Request& _request, Run& _rRun, UQFinishQueue::Item& _rItem);
-    // Flushes a written file and names it (never replacing); on a failure deletes it.
-    static UQFileOutcome mf_implFinish(UQFinishQueue::Item& _rItem);
 
     const UQServerDirectory& m_server;
 };

@@ -1,5 +1,7 @@
 #include "UQSafeFile.h"
 
+#include "UQTemporaryFile.h"
+
 #include <atomic>
 #include <cstddef>
 #include <cstring>
@@ -229,21 +231,14 @@ DWORD UQSafeFile::mf_commit(HANDLE _hTemporary, const std::wstring& _sTarget, in
 
 DWORD UQSafeFile::mf_writeFileAtomically(const std::wstring& _sTarget, const std::string& _sContent,
                                          int _bReplace) {
-    const std::wstring sTemporary = mf_temporaryName(_sTarget);
-    DWORD dwError = 0;
-    {
-        UQFileHandle file;
-        dwError = mf_createNew(sTemporary, file);
-        if (dwError != 0)
-            return dwError;
+    UQTemporaryFile file;
+    DWORD dwError = file.mf_create(_sTarget);
+    if (dwError == 0)
         dwError = mf_writeAll(file.mf_get(), _sContent.data(), _sContent.size());
-        if (dwError == 0 && !FlushFileBuffers(file.mf_get()))
-            dwError = GetLastError();
-        if (dwError == 0)
-            dwError = mf_commit(file.mf_get(), _sTarget, _bReplace);
-    }
-    if (dwError != 0)
-        DeleteFileW(mf_long(sTemporary).c_str());
+    if (dwError == 0)
+        dwError = file.mf_flush();
+    if (dwError == 0)
+        dwError = file.mf_commit(_bReplace);
     return dwError;
 }
 
