@@ -30,11 +30,21 @@ int UQFinishQueue::mf_runAll(int _nTotal, const UQCancelSwitch* _pCancel,
             _taken(nTaken++, outcome);
     };
     int nStarted = 0;
-    for (; nStarted < _nTotal; ++nStarted) {
-        if (_pCancel != nullptr && _pCancel->mf_isCancelled())
-            break;
-        mf_push(_start(nStarted));
-        takeFinished(false);
+    try {
+        for (; nStarted < _nTotal; ++nStarted) {
+            if (_pCancel != nullptr && _pCancel->mf_isCancelled())
+                break;
+            mf_push(_start(nStarted));
+            takeFinished(false);
+        }
+    } catch (...) {
+        // The files started are finished whatever stopped the starting; their outcomes are still told.
+        try {
+            takeFinished(true);
+        } catch (...) {
+            // The first failure is the one the caller hears of.
+        }
+        throw;
     }
     takeFinished(true);
     return nStarted;

@@ -45,7 +45,8 @@ public:
     // Starts files 0 to _nTotal - 1 in turn (_start does the first part of one and answers its item) while
     // the files before it are finished, and hands each outcome to _taken in the order of the files, on the
     // calling thread. A tripped cancel switch stops the starting between two files; the files started are
-    // still finished. Answers the number of files started.
+    // still finished, and so they are when _start or _taken throws, which then goes on to the caller.
+    // Answers the number of files started.
     int mf_runAll(int _nTotal, const UQCancelSwitch* _pCancel, const std::function<Item(int _nIndex)>& _start,
                   const std::function<void(int _nIndex, UQFileOutcome& _rOutcome)>& _taken);
 

@@ -20,10 +20,22 @@ void storedBut(UQFileOutcome& _rOutcome, UQFileOutcome::SEVERITY _eSeverity, std
 }
 
 // A file whose version is stored and durable: its record is added to the history store, then its stub is
-// written beside it and put in its place. The file is held against writers until then.
+// written beside it and put in its place. The file is held against writers until its stub is written.
 struct StubJob : UQFinishQueue::Job {
     StubJob(UQServerDirectory& _rServer, UQServerDirectory::HistoryAppender& _rHistory)
         : rServer(_rServer), rHistory(_rHistory) {}
+
+    // A version that no record names is not left behind.
+    ~StubJob() override {
+        if (bRecorded)
+            return;
+        try {
+            DeleteFileW(
+                UQSafeFile::mf_long(rServer.mf_getVersionFile(record.m_uVolume, record.m_uPosition)).c_str());
+        } catch (...) {
+            // Out of memory for the name: the version stays, and the next run passes over it.
+        }
+    }
 
     void mf_finish(UQFileOutcome& _rOutcome) override {
         std::wstring sReason;
@@ -32,12 +44,11 @@ struct StubJob : UQFinishQueue::Job {
                                 UQFileSize(static_cast<std::int64_t>(record.m_uSize)), 0, UQExpiryTime{0},
                                 UQQueryData::AccessKey{record.m_uVolume, record.m_uPosition});
         if (!rServer.mf_appendHistory(rHistory, entry, sReason)) {
-            DeleteFileW(
-                UQSafeFile::mf_long(rServer.mf_getVersionFile(record.m_uVolume, record.m_uPosition)).c_str());
             _rOutcome = UQFileOutcome::mf_of(sFile, UQFileOutcome::RED,
                                              L"Not migrated (the file is kept): " + sReason);
             return;
         }
+        bRecorded = true;
         step(2);
         UQSafeFile::Stamp after;
         if (UQSafeFile::mf_stamp(original.mf_get(), after) != 0 || after.uSize != before.uSize ||
@@ -85,6 +96,7 @@ struct StubJob : UQFinishQueue::Job {
     UQFileHandle original;
     UQSafeFile::Stamp before;
     UQVersionRecord record;
+    bool bRecorded = false;
 };
 
 } // namespace
@@ -124,7 +136,8 @@ int UQMigration::mf_run(const UQCancelSwitch* _pCancel, const Progress& _progres
     std::vector<std::wstring> files;
     mf_implListFiles(m_sSource, files, _rOutcomes);
     const int nTotal = static_cast<int>(files.size());
-    // Versions are stored here while the files before are recorded and replaced by their stubs.
+    // Versions are stored here while the files before are recorded and replaced by their stubs. Declared
+    // after the lock and the history it writes to: its thread ends before they go.
     UQFinishQueue finishing(L"Stored, but no stub could be written (the file is kept): out of memory");
     const int nStarted = finishing.mf_runAll(
         nTotal, _pCancel,

@@ -31,7 +31,7 @@ public:
 
     // Test seam: called after each durable step of a file (1 version stored, 2 history record added,
     // 3 stub written beside the file, 4 file replaced by the stub). Steps 2 to 4 come from the second
-    // thread.
+    // thread, when one could be started.
     static void mf_setStepHook(std::function<void(int _nStep)> _hook);
 
 private:

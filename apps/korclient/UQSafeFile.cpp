@@ -175,14 +175,13 @@ DWORD UQSafeFile::mf_writeAll(HANDLE _hFile, const void* _pData, std::size_t _nB
     const char* p = static_cast<const char*>(_pData);
     while (_nBytes > 0) {
         DWORD dwChunk = static_cast<DWORD>(_nBytes < (1u << 20) ? _nBytes : (1u << 20));
-        const std::uint64_t uLeft = g_uInjectedBytesLeft.load();
-        if (uLeft > 0) {
-            if (uLeft <= dwChunk) {
-                g_uInjectedBytesLeft.store(0);
-                return g_dwInjectedError.load();
-            }
-            g_uInjectedBytesLeft.store(uLeft - dwChunk);
+        // One step, so that two threads writing at once count every byte and only one of them fails.
+        std::uint64_t uLeft = g_uInjectedBytesLeft.load();
+        while (uLeft > 0 &&
+               !g_uInjectedBytesLeft.compare_exchange_weak(uLeft, uLeft <= dwChunk ? 0 : uLeft - dwChunk)) {
         }
+        if (uLeft > 0 && uLeft <= dwChunk)
+            return g_dwInjectedError.load();
         DWORD dwWritten = 0;
         SetLastError(0);
         if (!WriteFile(_hFile, p, dwChunk, &dwWritten, nullptr))

@@ -255,7 +255,14 @@ int UQServerDirectory::mf_openHistory(HistoryAppender& _rAppender, std::wstring&
 
 int UQServerDirectory::mf_appendHistory(HistoryAppender& _rAppender, const UQQueryData& _record,
                                         std::wstring& _rsReason) const {
-    std::string sLine = UQHistoryStore::mf_formatRecord(_record) + "\n";
+    std::string sLine;
+    try {
+        sLine = UQHistoryStore::mf_formatRecord(_record) + "\n";
+    } catch (const UQErrno& e) {
+        // A path the store cannot hold (a control character, half of a surrogate pair).
+        _rsReason = e.mf_getDetail().GetString();
+        return 0;
+    }
     if (!_rAppender.bEndsWithLineEnd) {
         LARGE_INTEGER size{};
         if (GetFileSizeEx(_rAppender.file.mf_get(), &size) && size.QuadPart > 0) {

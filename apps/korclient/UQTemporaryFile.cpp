@@ -23,8 +23,14 @@ UQTemporaryFile& UQTemporaryFile::operator=(UQTemporaryFile&& _other) noexcept {
 DWORD UQTemporaryFile::mf_create(const std::wstring& _sTarget) {
     mf_discard();
     m_sTarget = _sTarget;
-    m_sTemporary = UQSafeFile::mf_temporaryName(_sTarget);
-    return UQSafeFile::mf_createNew(m_sTemporary, m_file);
+    // A name left by a killed run of a process whose number came again is passed over.
+    DWORD dwError = ERROR_FILE_EXISTS;
+    for (int nTry = 0; nTry < 100 && (dwError == ERROR_FILE_EXISTS || dwError == ERROR_ALREADY_EXISTS);
+         ++nTry) {
+        m_sTemporary = UQSafeFile::mf_temporaryName(_sTarget);
+        dwError = UQSafeFile::mf_createNew(m_sTemporary, m_file);
+    }
+    return dwError;
 }
 
 DWORD UQTemporaryFile::mf_flush() {
@@ -44,7 +50,14 @@ DWORD UQTemporaryFile::mf_commit(int _bReplace) {
 void UQTemporaryFile::mf_discard() noexcept {
     if (!m_file.mf_isValid())
         return;
+    // Deleted through its own handle: no name to make, and nothing can open it between closing and deleting.
+    FILE_DISPOSITION_INFO disposition{};
+    disposition.DeleteFile = TRUE;
+    const BOOL bMarked =
+        SetFileInformationByHandle(m_file.mf_get(), FileDispositionInfo, &disposition, sizeof(disposition));
     m_file.mf_reset();
+    if (bMarked)
+        return;
     try {
         DeleteFileW(UQSafeFile::mf_long(m_sTemporary).c_str());
     } catch (...) {

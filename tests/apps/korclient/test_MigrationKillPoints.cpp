@@ -72,10 +72,14 @@ protected:
                 contentOf(i, static_cast<std::size_t>(100 + (i * 7919) % 6000));
     }
 
-    // Every file is intact or a stub whose stored version verifies; answers the number of stubs.
+    // Every file is intact or a stub whose stored version verifies and is recorded; answers the number of
+    // stubs.
     int checkEveryFile(const std::wstring& _sFolder, const std::wstring& _sServer,
                        const std::string& _sWhen) {
         UQServerDirectory server(_sServer);
+        UQServerDirectory::State state;
+        std::wstring sStateWhy;
+        const bool bState = server.mf_readState(state, sStateWhy) != 0;
         int nStubs = 0;
         for (const auto& file : originals) {
             const std::wstring sPath = _sFolder + L"\\" + file.first;
@@ -95,6 +99,12 @@ protected:
             EXPECT_TRUE(bStub && sStored == file.second)
                 << _sWhen << ": " << utf8(file.first)
                 << " is neither intact nor a verified stub: " << utf8(sWhy);
+            // Versions of a file are recorded one after the other: the latest recorded is at least the
+            // stub's.
+            EXPECT_TRUE(bState &&
+                        state.latestVersions[UQSafeFile::mf_upper(stub.m_sObjectPath)] >= stub.m_uVersion)
+                << _sWhen << ": the stub of " << utf8(file.first) << " names version " << stub.m_uVersion
+                << ", which the history store does not record " << utf8(sStateWhy);
             ++nStubs;
         }
         return nStubs;

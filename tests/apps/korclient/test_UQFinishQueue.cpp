@@ -64,6 +64,7 @@ TEST(FinishQueue, OutcomesLeaveInTheOrderOfTheFilesOnTheCallersThread) {
     Counts counts;
     std::vector<std::wstring> results;
     std::vector<int> indexes;
+    const DWORD dwCaller = GetCurrentThreadId();
     bool bOnCaller = true;
     int nStarted = 0;
     {
@@ -71,7 +72,7 @@ TEST(FinishQueue, OutcomesLeaveInTheOrderOfTheFilesOnTheCallersThread) {
         nStarted = queue.mf_runAll(
             FILES, nullptr, [&](int _nIndex) { return item(counts, _nIndex, _nIndex % 5 == 3); },
             [&](int _nIndex, UQFileOutcome& _rOutcome) {
-                bOnCaller = bOnCaller && GetCurrentThreadId() != counts.dwJobThread;
+                bOnCaller = bOnCaller && GetCurrentThreadId() == dwCaller;
                 indexes.push_back(_nIndex);
                 results.push_back(_rOutcome.sResult);
             });
@@ -84,7 +85,7 @@ TEST(FinishQueue, OutcomesLeaveInTheOrderOfTheFilesOnTheCallersThread) {
                   (i % 5 == 3 ? L"decided " : L"finished ") + std::to_wstring(i));
     }
     EXPECT_TRUE(bOnCaller) << "an outcome was handed over on the queue's thread";
-    EXPECT_NE(counts.dwJobThread.load(), GetCurrentThreadId());
+    EXPECT_NE(counts.dwJobThread.load(), dwCaller);
     EXPECT_EQ(counts.nDestroyed, FILES - FILES / 5);
 }
 
@@ -136,6 +137,30 @@ TEST(FinishQueue, CancelStopsTheStartingAndTheFilesStartedAreFinished) {
     EXPECT_EQ(nTaken, nStarted);
     EXPECT_EQ(counts.nStarted, nStarted);
     EXPECT_EQ(counts.nFinished, nStarted);
+}
+
+TEST(FinishQueue, StartThatThrowsReachesTheCallerAfterTheFilesStartedAreFinishedAndTold) {
+    Counts counts;
+    std::vector<int> taken;
+    bool bThrown = false;
+    {
+        UQFinishQueue queue(L"out of memory");
+        try {
+            queue.mf_runAll(
+                10, nullptr,
+                [&](int _nIndex) {
+                    if (_nIndex == 3)
+                        throw std::bad_alloc();
+                    return item(counts, _nIndex, false);
+                },
+                [&](int _nIndex, UQFileOutcome&) { taken.push_back(_nIndex); });
+        } catch (const std::bad_alloc&) {
+            bThrown = true;
+        }
+    }
+    EXPECT_TRUE(bThrown);
+    EXPECT_EQ(taken, (std::vector<int>{0, 1, 2}));
+    EXPECT_EQ(counts.nFinished, 3);
 }
 
 TEST(FinishQueue, NothingToStartHandsNothingOver) {

@@ -368,6 +368,25 @@ TEST_F(MigrationTest, FileThatTakesAVersionsPlaceMeanwhileIsKeptAndItsFileIsNotM
     EXPECT_EQ(historyRecords(), 1);
 }
 
+TEST_F(MigrationTest, RecordWhosePathTheStoreCannotHoldIsRefusedWithTheReasonAndNothingIsWritten) {
+    std::wstring sWhy;
+    ASSERT_EQ(server.mf_prepare(sWhy), 1) << utf8(sWhy);
+    const std::string sBefore = readFile(server.mf_getHistoryFile());
+    UQServerDirectory::HistoryAppender history;
+    ASSERT_EQ(server.mf_openHistory(history, sWhy), 1) << utf8(sWhy);
+    const UQQueryData record(CString(L"C:\\data\\bell\x0007.txt"), CString(), 1, UQFileTime(0), UQFileSize(5),
+                             0, UQExpiryTime{0}, UQQueryData::AccessKey{UQServerDirectory::VOLUME, 1});
+    LogCheck log;
+    EXPECT_EQ(server.mf_appendHistory(history, record, sWhy), 0);
+    EXPECT_EQ(
+        utf8(sWhy),
+        "The object path 'C:\\data\\bell\\u0007.txt' cannot be stored: control character U+0007 at unit 13");
+    // The store says why in its own log record; the caller decides what becomes of the file.
+    EXPECT_EQ(log.lines(), (std::vector<LogLine>{{'E', "UQHistoryStore::mf_formatRecord", utf8(sWhy)}}));
+    history = UQServerDirectory::HistoryAppender();
+    EXPECT_EQ(readFile(server.mf_getHistoryFile()), sBefore);
+}
+
 TEST_F(MigrationTest, RecordsAddedToAStoreWithoutAFinalLineEndEachGetALineOfTheirOwn) {
     std::wstring sWhy;
     ASSERT_EQ(server.mf_prepare(sWhy), 1) << utf8(sWhy);

@@ -118,6 +118,26 @@ TEST_F(TemporaryFileTest, CreatingAgainDeletesTheFirstFile) {
     EXPECT_FALSE(exists(sTarget));
 }
 
+TEST_F(TemporaryFileTest, NamesLeftBehindByAnEarlierRunArePassedOver) {
+    // The names the next two temporary files would get, as a killed run of a process of the same number
+    // leaves them.
+    const std::wstring sProbe = UQSafeFile::mf_temporaryName(sTarget);
+    const std::size_t nDash = sProbe.rfind(L'-');
+    const unsigned long uNext = std::stoul(sProbe.substr(nDash + 1)) + 1;
+    const std::wstring sLeft1 = sProbe.substr(0, nDash + 1) + std::to_wstring(uNext);
+    const std::wstring sLeft2 = sProbe.substr(0, nDash + 1) + std::to_wstring(uNext + 1);
+    ASSERT_TRUE(writeFile(sLeft1, "left 1"));
+    ASSERT_TRUE(writeFile(sLeft2, "left 2"));
+    UQTemporaryFile file;
+    ASSERT_EQ(file.mf_create(sTarget), 0u);
+    write(file, "new");
+    ASSERT_EQ(file.mf_commit(0), 0u);
+    EXPECT_EQ(readFile(sTarget), "new");
+    EXPECT_EQ(readFile(sLeft1), "left 1");
+    EXPECT_EQ(readFile(sLeft2), "left 2");
+    EXPECT_EQ(filesBelow(scratch.path()).size(), 3u);
+}
+
 TEST_F(TemporaryFileTest, FolderThatDoesNotExistIsReportedAndNothingIsMade) {
     UQTemporaryFile file;
     EXPECT_EQ(file.mf_create(scratch.path() + L"\\missing\\target.txt"),
