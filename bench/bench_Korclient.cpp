@@ -1,7 +1,7 @@
 // korclient's throughput against the platform's own limits, each pair in one run (windows, under Wine):
 //   migrate   N files into the server folder (stored, recorded, stub in place; every step flushed)
-//             against CopyFileW of the same N files;
-//   retrieve  the N versions into a new folder (each written under a temporary name, hash checked, moved)
+//             against CopyFileW of the same N files (the faster of a copy before and one after migrating);
+//   retrieve  the N versions into a new folder (each written under a temporary name, hash checked, named)
 //             against the same CopyFileW;
 //   search    from pressing Search in the window to its filled list, over a generated history of R records,
 //             against the store's own read of those records plus a bare list view told of the same rows
@@ -262,6 +262,12 @@ int wmain(int _nArgs, wchar_t** _ppArgs) {
         nMigrated += outcome.eSeverity == UQFileOutcome::GREEN ? 1 : 0;
     std::printf("migrate     %8.2f s  %8.0f files/s  (%d migrated)\n", dMigrate, nFiles / dMigrate,
                 nMigrated);
+    // The copy again, of the first copy (the files are stubs now): the disk's pace drifts from minute to
+    // minute, and the faster of the two copies is the limit.
+    const double dCopyAgain = copyFiles(sRoot + L"\\copy", sRoot + L"\\copy-again", false, files);
+    std::printf("CopyFileW again %4.2f s  %8.0f files/s  (the limit: the faster of the two, %.2f s)\n",
+                dCopyAgain, nFiles / dCopyAgain, std::min(dCopy, dCopyAgain));
+    const double dCopyLimit = std::min(dCopy, dCopyAgain);
 
     // The versions to retrieve, as the window takes them from the history.
     class RequestSink : public UVQueryDataSink {
@@ -311,8 +317,8 @@ int wmain(int _nArgs, wchar_t** _ppArgs) {
                 "%.2fx (not judged)\n",
                 dMigrate / dCopyFlushed, dRetrieve / dCopyFlushed, dWindow / dRowByRow);
     bool bMet = nMigrated == nFiles && nRetrieved == nFiles && dWindow > 0;
-    bMet = judge("migrate", dMigrate, dCopy, FILE_GOAL) && bMet;
-    bMet = judge("retrieve", dRetrieve, dCopy, FILE_GOAL) && bMet;
+    bMet = judge("migrate", dMigrate, dCopyLimit, FILE_GOAL) && bMet;
+    bMet = judge("retrieve", dRetrieve, dCopyLimit, FILE_GOAL) && bMet;
     bMet = judge("search", dWindow, dLimit, SEARCH_GOAL) && bMet;
     UQClientSample::mf_removeTree(sRoot);
     return bMet ? 0 : 1;

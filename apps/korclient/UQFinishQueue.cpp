@@ -2,7 +2,7 @@
 
 #include <exception>
 
-UQFinishQueue::UQFinishQueue() {
+UQFinishQueue::UQFinishQueue(const wchar_t* _pszOutOfMemory) : m_pszOutOfMemory(_pszOutOfMemory) {
     try {
         m_thread = std::thread([this] { mf_implRun(); });
     } catch (const std::exception&) {
@@ -20,9 +20,39 @@ UQFinishQueue::~UQFinishQueue() {
         m_thread.join();
 }
 
+int UQFinishQueue::mf_runAll(int _nTotal, const UQCancelSwitch* _pCancel,
+                             const std::function<Item(int)>& _start,
+                             const std::function<void(int, UQFileOutcome&)>& _taken) {
+    int nTaken = 0;
+    const auto takeFinished = [&](bool _bWait) {
+        UQFileOutcome outcome;
+        while (mf_take(outcome, _bWait))
+            _taken(nTaken++, outcome);
+    };
+    int nStarted = 0;
+    try {
+        for (; nStarted < _nTotal; ++nStarted) {
+            if (_pCancel != nullptr && _pCancel->mf_isCancelled())
+                break;
+            mf_push(_start(nStarted));
+            takeFinished(false);
+        }
+    } catch (...) {
+        // The files started are finished whatever stopped the starting; their outcomes are still told.
+        try {
+            takeFinished(true);
+        } catch (...) {
+            // The first failure is the one the caller hears of.
+        }
+        throw;
+    }
+    takeFinished(true);
+    return nStarted;
+}
+
 void UQFinishQueue::mf_push(Item _item) {
     if (!m_thread.joinable()) {
-        _item.outcome = mf_finish(_item);
+        mf_implFinish(_item);
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_items.push_back(std::move(_item));
         ++m_nFinished;
@@ -49,24 +79,22 @@ bool UQFinishQueue::mf_take(UQFileOutcome& _rOutcome, bool _bWait) {
     return true;
 }
 
-UQFileOutcome UQFinishQueue::mf_finish(Item& _rItem) {
-    if (!_rItem.file.mf_isValid())
-        return std::move(_rItem.outcome);
-    SetLastError(0);
-    DWORD dwError = 0;
-    if (!FlushFileBuffers(_rItem.file.mf_get()))
-        dwError = GetLastError() != 0 ? GetLastError() : ERROR_WRITE_FAULT;
-    _rItem.file.mf_reset();
-    if (dwError == 0)
-        dwError = UQSafeFile::mf_commit(_rItem.sTemporary, _rItem.sTarget, 0);
-    if (dwError == 0)
-        return std::move(_rItem.outcome);
-    DeleteFileW(UQSafeFile::mf_long(_rItem.sTemporary).c_str());
-    if (dwError == ERROR_ALREADY_EXISTS || dwError == ERROR_FILE_EXISTS)
-        return UQFileOutcome::mf_of(_rItem.sTarget, UQFileOutcome::YELLOW,
-                                    L"Not retrieved: a file of this name exists already and is kept");
-    return UQFileOutcome::mf_of(_rItem.sTarget, UQFileOutcome::RED,
-                                L"Not retrieved: cannot write: " + UQSafeFile::mf_systemText(dwError));
+void UQFinishQueue::mf_implFinish(Item& _rItem) noexcept {
+    if (!_rItem.job)
+        return;
+    try {
+        _rItem.job->mf_finish(_rItem.outcome);
+    } catch (...) {
+        // Out of memory for a path or a text: the file is not finished, and what it wrote goes.
+        _rItem.job.reset();
+        _rItem.outcome.eSeverity = UQFileOutcome::RED;
+        try {
+            _rItem.outcome.sResult = m_pszOutOfMemory;
+        } catch (...) {
+            _rItem.outcome.sResult.clear();
+        }
+    }
+    _rItem.job.reset();
 }
 
 void UQFinishQueue::mf_implRun() noexcept {
@@ -77,19 +105,7 @@ void UQFinishQueue::mf_implRun() noexcept {
             return;
         Item& item = m_items[m_nFinished];
         lock.unlock();
-        try {
-            item.outcome = mf_finish(item);
-        } catch (...) {
-            // Out of memory for a path or a text: the file is not given its name.
-            item.file.mf_reset();
-            item.outcome.eSeverity = UQFileOutcome::RED;
-            try {
-                DeleteFileW(UQSafeFile::mf_long(item.sTemporary).c_str());
-                item.outcome.sResult = L"Not retrieved: out of memory";
-            } catch (...) {
-                item.outcome.sResult.clear();
-            }
-        }
+        mf_implFinish(item);
         lock.lock();
         ++m_nFinished;
         m_changed.notify_all();

@@ -1,5 +1,7 @@
 #include "UQMigration.h"
 
+#include "UQTemporaryFile.h"
+
 #include "guibase/foundation/UQReport.h"
 
 namespace {
@@ -10,6 +12,92 @@ void step(int _nStep) {
     if (g_stepHook)
         g_stepHook(_nStep);
 }
+
+// A stored file's outcome (its version, size and time kept) told what became of the file itself.
+void storedBut(UQFileOutcome& _rOutcome, UQFileOutcome::SEVERITY _eSeverity, std::wstring _sResult) {
+    _rOutcome.eSeverity = _eSeverity;
+    _rOutcome.sResult = std::move(_sResult);
+}
+
+// A file whose version is stored and durable: its record is added to the history store, then its stub is
+// written beside it and put in its place. The file is held against writers until its stub is written.
+struct StubJob : UQFinishQueue::Job {
+    StubJob(UQServerDirectory& _rServer, UQServerDirectory::HistoryAppender& _rHistory)
+        : rServer(_rServer), rHistory(_rHistory) {}
+
+    // A version that no record names is not left behind.
+    ~StubJob() override {
+        if (bRecorded)
+            return;
+        try {
+            DeleteFileW(
+                UQSafeFile::mf_long(rServer.mf_getVersionFile(record.m_uVolume, record.m_uPosition)).c_str());
+        } catch (...) {
+            // Out of memory for the name: the version stays, and the next run passes over it.
+        }
+    }
+
+    void mf_finish(UQFileOutcome& _rOutcome) override {
+        std::wstring sReason;
+        const UQQueryData entry(CString(sFile.c_str()), CString(), record.m_uVersion,
+                                UQFileTime(before.ftLastWrite),
+                                UQFileSize(static_cast<std::int64_t>(record.m_uSize)), 0, UQExpiryTime{0},
+                                UQQueryData::AccessKey{record.m_uVolume, record.m_uPosition});
+        if (!rServer.mf_appendHistory(rHistory, entry, sReason)) {
+            _rOutcome = UQFileOutcome::mf_of(sFile, UQFileOutcome::RED,
+                                             L"Not migrated (the file is kept): " + sReason);
+            return;
+        }
+        bRecorded = true;
+        step(2);
+        UQSafeFile::Stamp after;
+        if (UQSafeFile::mf_stamp(original.mf_get(), after) != 0 || after.uSize != before.uSize ||
+            after.uLastWriteTime != before.uLastWriteTime) {
+            storedBut(_rOutcome, UQFileOutcome::YELLOW,
+                      L"Stored, but the file changed meanwhile: it is kept and not replaced by a stub");
+            return;
+        }
+        const std::string sStub = record.mf_formatStub();
+        UQTemporaryFile stub;
+        DWORD dwError = stub.mf_create(sFile);
+        if (dwError == 0)
+            dwError = UQSafeFile::mf_writeAll(stub.mf_get(), sStub.data(), sStub.size());
+        // The stub keeps the file's time, so that it sorts and shows as the file did.
+        if (dwError == 0)
+            SetFileTime(stub.mf_get(), nullptr, nullptr, &before.ftLastWrite);
+        if (dwError == 0)
+            dwError = stub.mf_flush();
+        if (dwError != 0) {
+            storedBut(_rOutcome, UQFileOutcome::RED,
+                      L"Stored, but no stub could be written (the file is kept): " +
+                          UQSafeFile::mf_systemText(dwError));
+            return;
+        }
+        step(3);
+        original.mf_reset();
+        if (GetFileAttributesW(UQSafeFile::mf_long(sFile).c_str()) == INVALID_FILE_ATTRIBUTES) {
+            storedBut(_rOutcome, UQFileOutcome::YELLOW,
+                      L"The file vanished during migration; its stored version is kept");
+            return;
+        }
+        dwError = stub.mf_commit(1);
+        if (dwError != 0) {
+            storedBut(_rOutcome, UQFileOutcome::RED,
+                      L"Stored, but the file could not be replaced by its stub (the file is kept): " +
+                          UQSafeFile::mf_systemText(dwError));
+            return;
+        }
+        step(4);
+    }
+
+    UQServerDirectory& rServer;
+    UQServerDirectory::HistoryAppender& rHistory;
+    std::wstring sFile;
+    UQFileHandle original;
+    UQSafeFile::Stamp before;
+    UQVersionRecord record;
+    bool bRecorded = false;
+};
 
 } // namespace
 
@@ -48,18 +136,21 @@ int UQMigration::mf_run(const UQCancelSwitch* _pCancel, const Progress& _progres
     std::vector<std::wstring> files;
     mf_implListFiles(m_sSource, files, _rOutcomes);
     const int nTotal = static_cast<int>(files.size());
-    for (int i = 0; i < nTotal; ++i) {
-        if (_pCancel != nullptr && _pCancel->mf_isCancelled()) {
-            UQReport::mf_log(UQLogData::LEVEL_W, _sFunction_, L"Migration canceled after %d of %d files", i,
-                             nTotal);
-            break;
-        }
-        UQFileOutcome result = mf_implMigrate(files[static_cast<std::size_t>(i)], state, history);
-        result.mf_log(_sFunction_);
-        _rOutcomes.push_back(std::move(result));
-        if (_progress)
-            _progress(i + 1, nTotal, files[static_cast<std::size_t>(i)]);
-    }
+    // Versions are stored here while the files before are recorded and replaced by their stubs. Declared
+    // after the lock and the history it writes to: its thread ends before they go.
+    UQFinishQueue finishing(L"Stored, but no stub could be written (the file is kept): out of memory");
+    const int nStarted = finishing.mf_runAll(
+        nTotal, _pCancel,
+        [&](int _nIndex) { return mf_implMigrate(files[static_cast<std::size_t>(_nIndex)], state, history); },
+        [&](int _nIndex, UQFileOutcome& _rOutcome) {
+            _rOutcome.mf_log(_sFunction_);
+            _rOutcomes.push_back(std::move(_rOutcome));
+            if (_progress)
+                _progress(_nIndex + 1, nTotal, files[static_cast<std::size_t>(_nIndex)]);
+        });
+    if (nStarted < nTotal)
+        UQReport::mf_log(UQLogData::LEVEL_W, _sFunction_, L"Migration canceled after %d of %d files",
+                         nStarted, nTotal);
     return 1;
 }
 
@@ -104,8 +195,16 @@ void UQMigration::mf_implListFiles(const std::wstring& _sFolder, std::vector<std
     }
 }
 
-UQFileOutcome UQMigration::mf_implMigrate(const std::wstring& _sFile, UQServerDirectory::State& _rState,
-                                          UQServerDirectory::HistoryAppender& _rHistory) {
+UQFinishQueue::Item UQMigration::mf_implMigrate(const std::wstring& _sFile, UQServerDirectory::State& _rState,
+                                                UQServerDirectory::HistoryAppender& _rHistory) {
+    UQFinishQueue::Item item;
+    item.outcome = mf_implStore(_sFile, _rState, _rHistory, item);
+    return item;
+}
+
+UQFileOutcome UQMigration::mf_implStore(const std::wstring& _sFile, UQServerDirectory::State& _rState,
+                                        UQServerDirectory::HistoryAppender& _rHistory,
+                                        UQFinishQueue::Item& _rItem) {
     UQFileHandle source;
     DWORD dwError = UQSafeFile::mf_openRead(_sFile, source);
     if (dwError == ERROR_FILE_NOT_FOUND || dwError == ERROR_PATH_NOT_FOUND)
@@ -151,63 +250,16 @@ UQFileOutcome UQMigration::mf_implMigrate(const std::wstring& _sFile, UQServerDi
         return UQFileOutcome::mf_of(_sFile, UQFileOutcome::RED,
                                     L"Not migrated (the file is kept): " + sReason);
     step(1);
-    const UQQueryData entry(CString(_sFile.c_str()), CString(), record.m_uVersion,
-                            UQFileTime(before.ftLastWrite), UQFileSize(static_cast<std::int64_t>(uSize)), 0,
-                            UQExpiryTime{0}, UQQueryData::AccessKey{record.m_uVolume, record.m_uPosition});
-    if (!m_rServer.mf_appendHistory(_rHistory, entry, sReason)) {
-        DeleteFileW(
-            UQSafeFile::mf_long(m_rServer.mf_getVersionFile(record.m_uVolume, record.m_uPosition)).c_str());
-        return UQFileOutcome::mf_of(_sFile, UQFileOutcome::RED,
-                                    L"Not migrated (the file is kept): " + sReason);
-    }
     ruLatest = record.m_uVersion;
-    step(2);
+    auto job = std::make_unique<StubJob>(m_rServer, _rHistory);
+    job->sFile = _sFile;
+    job->original = std::move(source);
+    job->before = before;
+    job->record = std::move(record);
+    _rItem.job = std::move(job);
     UQFileOutcome result = UQFileOutcome::mf_of(_sFile, UQFileOutcome::GREEN, L"Migrated");
-    result.uVersion = record.m_uVersion;
+    result.uVersion = ruLatest;
     result.uSize = uSize;
     result.uLastWriteTime = before.uLastWriteTime;
-    UQSafeFile::Stamp after;
-    if (UQSafeFile::mf_stamp(source.mf_get(), after) != 0 || after.uSize != before.uSize ||
-        after.uLastWriteTime != before.uLastWriteTime) {
-        result.eSeverity = UQFileOutcome::YELLOW;
-        result.sResult = L"Stored, but the file changed meanwhile: it is kept and not replaced by a stub";
-        return result;
-    }
-    const std::string sStub = record.mf_formatStub();
-    const std::wstring sTemporary = UQSafeFile::mf_temporaryName(_sFile);
-    {
-        UQFileHandle stub;
-        dwError = UQSafeFile::mf_createNew(sTemporary, stub);
-        if (dwError == 0)
-            dwError = UQSafeFile::mf_writeAll(stub.mf_get(), sStub.data(), sStub.size());
-        if (dwError == 0 && !FlushFileBuffers(stub.mf_get()))
-            dwError = GetLastError();
-        if (dwError == 0)
-            SetFileTime(stub.mf_get(), nullptr, nullptr, &before.ftLastWrite);
-    }
-    if (dwError != 0) {
-        DeleteFileW(UQSafeFile::mf_long(sTemporary).c_str());
-        result.eSeverity = UQFileOutcome::RED;
-        result.sResult =
-            L"Stored, but no stub could be written (the file is kept): " + UQSafeFile::mf_systemText(dwError);
-        return result;
-    }
-    step(3);
-    source.mf_reset();
-    if (GetFileAttributesW(UQSafeFile::mf_long(_sFile).c_str()) == INVALID_FILE_ATTRIBUTES) {
-        DeleteFileW(UQSafeFile::mf_long(sTemporary).c_str());
-        result.eSeverity = UQFileOutcome::YELLOW;
-        result.sResult = L"The file vanished during migration; its stored version is kept";
-        return result;
-    }
-    dwError = UQSafeFile::mf_commit(sTemporary, _sFile, 1);
-    if (dwError != 0) {
-        DeleteFileW(UQSafeFile::mf_long(sTemporary).c_str());
-        result.eSeverity = UQFileOutcome::RED;
-        result.sResult = L"Stored, but the file could not be replaced by its stub (the file is kept): " +
-                         UQSafeFile::mf_systemText(dwError);
-        return result;
-    }
-    step(4);
     return result;
 }

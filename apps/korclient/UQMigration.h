@@ -1,10 +1,12 @@
 // Migrates the files of a folder to the server: each file's content becomes a stored version, then a
 // record of the history store, and only then is the file replaced by a stub that names the version. Every
-// step is on disk before the next begins, so that an interruption at any moment leaves each file either
-// whole or a stub whose version is stored.
+// step of a file is on disk before its next begins, so that an interruption at any moment leaves each file
+// either whole or a stub whose version is stored. Records and stubs are written on a second thread while
+// the next files are stored.
 #pragma once
 
 #include "UQFileOutcome.h"
+#include "UQFinishQueue.h"
 #include "UQServerDirectory.h"
 
 #include "interfaces/korbase.h"
@@ -28,14 +30,18 @@ public:
                std::vector<UQFileOutcome>& _rOutcomes, std::wstring& _rsReason);
 
     // Test seam: called after each durable step of a file (1 version stored, 2 history record added,
-    // 3 stub written beside the file, 4 file replaced by the stub).
+    // 3 stub written beside the file, 4 file replaced by the stub). Steps 2 to 4 come from the second
+    // thread, when one could be started.
     static void mf_setStepHook(std::function<void(int _nStep)> _hook);
 
 private:
     void mf_implListFiles(const std::wstring& _sFolder, std::vector<std::wstring>& _rFiles,
                           std::vector<UQFileOutcome>& _rOutcomes);
-    UQFileOutcome mf_implMigrate(const std::wstring& _sFile, UQServerDirectory::State& _rState,
-                                 UQServerDirectory::HistoryAppender& _rHistory);
+    // Stores one file's version: the item that records it and puts its stub in place, or a decided outcome.
+    UQFinishQueue::Item mf_implMigrate(const std::wstring& _sFile, UQServerDirectory::State& _rState,
+                                       UQServerDirectory::HistoryAppender& _rHistory);
+    UQFileOutcome mf_implStore(const std::wstring& _sFile, UQServerDirectory::State& _rState,
+                               UQServerDirectory::HistoryAppender& _rHistory, UQFinishQueue::Item& _rItem);
 
     UQServerDirectory& m_rServer;
     std::wstring m_sSource;

@@ -1,8 +1,37 @@
 #include "UQRetrieval.h"
 
 #include "UQServerName.h"
+#include "UQTemporaryFile.h"
 
 #include "guibase/foundation/UQReport.h"
+
+namespace {
+
+// A retrieved file written under its temporary name and checked: flushed, then given its name (never
+// replacing one), or deleted.
+struct NamingJob : UQFinishQueue::Job {
+    UQTemporaryFile file;
+    std::wstring sTarget;
+
+    void mf_finish(UQFileOutcome& _rOutcome) override {
+        DWORD dwError = file.mf_flush();
+        if (dwError == 0)
+            dwError = file.mf_commit(0);
+        if (dwError == 0)
+            return;
+        file.mf_discard();
+        if (dwError == ERROR_ALREADY_EXISTS || dwError == ERROR_FILE_EXISTS)
+            _rOutcome =
+                UQFileOutcome::mf_of(sTarget, UQFileOutcome::YELLOW,
+                                     L"Not retrieved: a file of this name exists already and is kept");
+        else
+            _rOutcome =
+                UQFileOutcome::mf_of(sTarget, UQFileOutcome::RED,
+                                     L"Not retrieved: cannot write: " + UQSafeFile::mf_systemText(dwError));
+    }
+};
+
+} // namespace
 
 UQRetrieval::UQRetrieval(const UQServerDirectory& _server) : m_server(_server) {}
 
@@ -34,26 +63,16 @@ int UQRetrieval::mf_retrieve(const std::vector<Request>& _requests, const std::w
     run.sServerRoot = m_server.mf_getRealRoot();
     const int nTotal = static_cast<int>(_requests.size());
     // Files are read and checked here while the ones before them are flushed and named by the queue.
-    UQFinishQueue finishing;
-    int nDone = 0;
-    const auto report = [&](bool _bWait) {
-        UQFileOutcome result;
-        while (finishing.mf_take(result, _bWait)) {
-            result.mf_log(_sFunction_);
-            _rOutcomes.push_back(std::move(result));
-            ++nDone;
+    UQFinishQueue finishing(L"Not retrieved: out of memory");
+    const int nStarted = finishing.mf_runAll(
+        nTotal, _pCancel,
+        [&](int _nIndex) { return mf_implWrite(_requests[static_cast<std::size_t>(_nIndex)], run); },
+        [&](int _nIndex, UQFileOutcome& _rOutcome) {
+            _rOutcome.mf_log(_sFunction_);
+            _rOutcomes.push_back(std::move(_rOutcome));
             if (_progress)
-                _progress(nDone, nTotal, _requests[static_cast<std::size_t>(nDone - 1)].sObjectPath);
-        }
-    };
-    int nStarted = 0;
-    for (; nStarted < nTotal; ++nStarted) {
-        if (_pCancel != nullptr && _pCancel->mf_isCancelled())
-            break;
-        finishing.mf_push(mf_implWrite(_requests[static_cast<std::size_t>(nStarted)], run));
-        report(false);
-    }
-    report(true);
+                _progress(_nIndex + 1, nTotal, _requests[static_cast<std::size_t>(_nIndex)].sObjectPath);
+        });
     if (nStarted < nTotal)
         UQReport::mf_log(UQLogData::LEVEL_W, _sFunction_, L"Retrieval canceled after %d of %d files",
                          nStarted, nTotal);
@@ -88,20 +107,15 @@ UQFileOutcome UQRetrieval::mf_implWriteTo(const Request& _request, Run& _rRun, U
             _rRun.checkedFolders.insert(sKey);
         }
     }
-    const std::wstring sTemporary = UQSafeFile::mf_temporaryName(sTarget);
-    UQFileHandle target;
-    DWORD dwError = UQSafeFile::mf_createNew(sTemporary, target);
+    auto job = std::make_unique<NamingJob>();
+    job->sTarget = sTarget;
+    const DWORD dwError = job->file.mf_create(sTarget);
     if (dwError != 0)
         return UQFileOutcome::mf_of(sTarget, UQFileOutcome::RED,
                                     L"Not retrieved: cannot write: " + UQSafeFile::mf_systemText(dwError));
-    if (!UQServerDirectory::mf_copyContent(version.mf_get(), header, target.mf_get(), sReason)) {
-        target.mf_reset();
-        DeleteFileW(UQSafeFile::mf_long(sTemporary).c_str());
+    if (!UQServerDirectory::mf_copyContent(version.mf_get(), header, job->file.mf_get(), sReason))
         return UQFileOutcome::mf_of(sTarget, UQFileOutcome::RED, L"Not retrieved: " + sReason);
-    }
-    _rItem.file = std::move(target);
-    _rItem.sTemporary = sTemporary;
-    _rItem.sTarget = sTarget;
+    _rItem.job = std::move(job);
     UQFileOutcome result = UQFileOutcome::mf_of(sTarget, UQFileOutcome::GREEN, L"Retrieved");
     result.uVersion = header.m_uVersion;
     result.uSize = header.m_uSize;
@@ -148,19 +162,16 @@ UQFileOutcome UQRetrieval::mf_recall(const std::wstring& _sStub) {
         result.mf_log(_sFunction_);
         return result;
     }
-    const std::wstring sTemporary = UQSafeFile::mf_temporaryName(_sStub);
-    UQFileHandle target;
-    DWORD dwError = UQSafeFile::mf_createNew(sTemporary, target);
+    UQTemporaryFile target;
+    DWORD dwError = target.mf_create(_sStub);
     int bDone =
         dwError == 0 && UQServerDirectory::mf_copyContent(version.mf_get(), header, target.mf_get(), sReason);
-    SetLastError(0);
-    if (bDone && !FlushFileBuffers(target.mf_get())) {
-        dwError = GetLastError() != 0 ? GetLastError() : ERROR_WRITE_FAULT;
-        bDone = 0;
+    if (bDone) {
+        dwError = target.mf_flush();
+        bDone = dwError == 0;
     }
     if (dwError != 0)
         sReason = L"cannot write: " + UQSafeFile::mf_systemText(dwError);
-    target.mf_reset();
     // The stub must still be the one that was read: a file written there meanwhile is not overwritten.
     UQVersionRecord again;
     std::wstring sWhy;
@@ -169,14 +180,14 @@ UQFileOutcome UQRetrieval::mf_recall(const std::wstring& _sStub) {
         sReason = L"the stub changed while its data was read";
     }
     if (bDone) {
-        dwError = UQSafeFile::mf_commit(sTemporary, _sStub, 1);
+        dwError = target.mf_commit(1);
         if (dwError != 0) {
             bDone = 0;
             sReason = L"cannot replace the stub: " + UQSafeFile::mf_systemText(dwError);
         }
     }
     if (!bDone) {
-        DeleteFileW(UQSafeFile::mf_long(sTemporary).c_str());
+        target.mf_discard();
         result =
             UQFileOutcome::mf_of(_sStub, UQFileOutcome::RED, L"Not recalled, the stub is kept: " + sReason);
     } else {

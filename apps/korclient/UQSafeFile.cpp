@@ -1,6 +1,10 @@
 #include "UQSafeFile.h"
 
+#include "UQTemporaryFile.h"
+
 #include <atomic>
+#include <cstddef>
+#include <cstring>
 #include <cwctype>
 #include <vector>
 
@@ -171,14 +175,13 @@ DWORD UQSafeFile::mf_writeAll(HANDLE _hFile, const void* _pData, std::size_t _nB
     const char* p = static_cast<const char*>(_pData);
     while (_nBytes > 0) {
         DWORD dwChunk = static_cast<DWORD>(_nBytes < (1u << 20) ? _nBytes : (1u << 20));
-        const std::uint64_t uLeft = g_uInjectedBytesLeft.load();
-        if (uLeft > 0) {
-            if (uLeft <= dwChunk) {
-                g_uInjectedBytesLeft.store(0);
-                return g_dwInjectedError.load();
-            }
-            g_uInjectedBytesLeft.store(uLeft - dwChunk);
+        // One step, so that two threads writing at once count every byte and only one of them fails.
+        std::uint64_t uLeft = g_uInjectedBytesLeft.load();
+        while (uLeft > 0 &&
+               !g_uInjectedBytesLeft.compare_exchange_weak(uLeft, uLeft <= dwChunk ? 0 : uLeft - dwChunk)) {
         }
+        if (uLeft > 0 && uLeft <= dwChunk)
+            return g_dwInjectedError.load();
         DWORD dwWritten = 0;
         SetLastError(0);
         if (!WriteFile(_hFile, p, dwChunk, &dwWritten, nullptr))
@@ -193,7 +196,7 @@ DWORD UQSafeFile::mf_writeAll(HANDLE _hFile, const void* _pData, std::size_t _nB
 
 DWORD UQSafeFile::mf_createNew(const std::wstring& _sAbsolute, UQFileHandle& _rHandle) {
     SetLastError(0);
-    HANDLE hFile = CreateFileW(mf_long(_sAbsolute).c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
+    HANDLE hFile = CreateFileW(mf_long(_sAbsolute).c_str(), GENERIC_READ | GENERIC_WRITE | DELETE, 0, nullptr,
                                CREATE_NEW, FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
     if (hFile == INVALID_HANDLE_VALUE)
         return GetLastError();
@@ -210,31 +213,31 @@ std::wstring UQSafeFile::mf_temporaryName(const std::wstring& _sTarget) {
            std::to_wstring(g_uTemporaryCounter.fetch_add(1));
 }
 
-DWORD UQSafeFile::mf_commit(const std::wstring& _sTemporary, const std::wstring& _sTarget, int _bReplace) {
+DWORD UQSafeFile::mf_commit(HANDLE _hTemporary, const std::wstring& _sTarget, int _bReplace) {
+    const std::wstring sTarget = mf_long(_sTarget);
+    const std::size_t nNameBytes = sTarget.size() * sizeof(wchar_t);
+    std::vector<unsigned char> buffer(offsetof(FILE_RENAME_INFO, FileName) + nNameBytes + sizeof(wchar_t));
+    auto* pInfo = reinterpret_cast<FILE_RENAME_INFO*>(buffer.data());
+    pInfo->ReplaceIfExists = _bReplace ? TRUE : FALSE;
+    pInfo->RootDirectory = nullptr;
+    pInfo->FileNameLength = static_cast<DWORD>(nNameBytes);
+    std::memcpy(pInfo->FileName, sTarget.c_str(), nNameBytes + sizeof(wchar_t));
     SetLastError(0);
-    const DWORD dwFlags = MOVEFILE_WRITE_THROUGH | (_bReplace ? MOVEFILE_REPLACE_EXISTING : 0);
-    if (!MoveFileExW(mf_long(_sTemporary).c_str(), mf_long(_sTarget).c_str(), dwFlags))
-        return GetLastError();
+    if (!SetFileInformationByHandle(_hTemporary, FileRenameInfo, pInfo, static_cast<DWORD>(buffer.size())))
+        return GetLastError() != 0 ? GetLastError() : ERROR_WRITE_FAULT;
     return 0;
 }
 
 DWORD UQSafeFile::mf_writeFileAtomically(const std::wstring& _sTarget, const std::string& _sContent,
                                          int _bReplace) {
-    const std::wstring sTemporary = mf_temporaryName(_sTarget);
-    DWORD dwError = 0;
-    {
-        UQFileHandle file;
-        dwError = mf_createNew(sTemporary, file);
-        if (dwError != 0)
-            return dwError;
-        dwError = mf_writeAll(file.mf_get(), _sContent.data(), _sContent.size());
-        if (dwError == 0 && !FlushFileBuffers(file.mf_get()))
-            dwError = GetLastError();
-    }
+    UQTemporaryFile file;
+    DWORD dwError = file.mf_create(_sTarget);
     if (dwError == 0)
-        dwError = mf_commit(sTemporary, _sTarget, _bReplace);
-    if (dwError != 0)
-        DeleteFileW(mf_long(sTemporary).c_str());
+        dwError = mf_writeAll(file.mf_get(), _sContent.data(), _sContent.size());
+    if (dwError == 0)
+        dwError = file.mf_flush();
+    if (dwError == 0)
+        dwError = file.mf_commit(_bReplace);
     return dwError;
 }
 

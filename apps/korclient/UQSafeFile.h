@@ -44,14 +44,17 @@ public:
     // Reads up to _nMax bytes from the start of a file; the error, or 0.
     static DWORD mf_readStart(HANDLE _hFile, std::size_t _nMax, std::string& _rsText);
     static DWORD mf_writeAll(HANDLE _hFile, const void* _pData, std::size_t _nBytes);
-    // A new file that did not exist (never an existing one, never through a link).
+    // A new file that did not exist (never an existing one, never through a link), open for reading, writing
+    // and being renamed.
     static DWORD mf_createNew(const std::wstring& _sAbsolute, UQFileHandle& _rHandle);
     // Writes a whole small file durably under a temporary name beside _sTarget and moves it over _sTarget
     // in one step (_bReplace: an existing file is replaced). Nothing is left behind on failure.
     static DWORD mf_writeFileAtomically(const std::wstring& _sTarget, const std::string& _sContent,
                                         int _bReplace);
-    // Moves a complete temporary file into place in one step, through to the disk.
-    static DWORD mf_commit(const std::wstring& _sTemporary, const std::wstring& _sTarget, int _bReplace);
+    // Gives a complete temporary file, open by mf_createNew, its name in one step (_bReplace: an existing
+    // file of that name is replaced). Renamed through its handle: it is surely the file that was written, and
+    // no second open by name is paid.
+    static DWORD mf_commit(HANDLE _hTemporary, const std::wstring& _sTarget, int _bReplace);
     // A name beside _sTarget for its temporary file, unique in this process.
     static std::wstring mf_temporaryName(const std::wstring& _sTarget);
     // Creates the folders of _sRelative below _sRoot one by one. A part that exists must be a real folder

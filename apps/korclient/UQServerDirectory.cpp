@@ -4,9 +4,18 @@
 
 #include "compat/utf8.h"
 
+#include <algorithm>
+
 namespace {
 
 const std::size_t COPY_BUFFER_BYTES = 256 * 1024;
+
+// A buffer for copying _uSize bytes: one more than the content of a small file, so that its end is seen in
+// the second read. Most files are small, and a large buffer for each cost more than copying it.
+std::vector<char> copyBuffer(std::uint64_t _uSize) {
+    return std::vector<char>(
+        static_cast<std::size_t>(std::min<std::uint64_t>(COPY_BUFFER_BYTES, _uSize + 1)));
+}
 
 // The number a name of decimal digits (at most 19) and then _pszEnd stands for; false for any other name.
 bool numberOf(const std::wstring& _sName, const wchar_t* _pszEnd, std::uint64_t& _ruNumber) {
@@ -196,7 +205,7 @@ int UQServerDirectory::mf_storeVersion(HANDLE _hSource, UQVersionRecord& _rRecor
     const std::string sHeader = _rRecord.mf_formatHeader();
     dwError = UQSafeFile::mf_writeAll(file.mf_get(), sHeader.data(), sHeader.size());
     UQSha256 hash;
-    std::vector<char> buffer(COPY_BUFFER_BYTES);
+    std::vector<char> buffer = copyBuffer(_rRecord.m_uSize);
     std::uint64_t uCopied = 0;
     while (dwError == 0) {
         DWORD dwRead = 0;
@@ -246,7 +255,14 @@ int UQServerDirectory::mf_openHistory(HistoryAppender& _rAppender, std::wstring&
 
 int UQServerDirectory::mf_appendHistory(HistoryAppender& _rAppender, const UQQueryData& _record,
                                         std::wstring& _rsReason) const {
-    std::string sLine = UQHistoryStore::mf_formatRecord(_record) + "\n";
+    std::string sLine;
+    try {
+        sLine = UQHistoryStore::mf_formatRecord(_record) + "\n";
+    } catch (const UQErrno& e) {
+        // A path the store cannot hold (a control character, half of a surrogate pair).
+        _rsReason = e.mf_getDetail().GetString();
+        return 0;
+    }
     if (!_rAppender.bEndsWithLineEnd) {
         LARGE_INTEGER size{};
         if (GetFileSizeEx(_rAppender.file.mf_get(), &size) && size.QuadPart > 0) {
@@ -340,7 +356,7 @@ int UQServerDirectory::mf_openVersion(std::uint32_t _uVolume, std::uint64_t _uPo
 int UQServerDirectory::mf_copyContent(HANDLE _hVersion, const UQVersionRecord& _header, HANDLE _hTarget,
                                       std::wstring& _rsReason) {
     UQSha256 hash;
-    std::vector<char> buffer(COPY_BUFFER_BYTES);
+    std::vector<char> buffer = copyBuffer(_header.m_uSize);
     std::uint64_t uCopied = 0;
     while (true) {
         DWORD dwRead = 0;

@@ -61,7 +61,8 @@ public:
         bool bEndsWithLineEnd = false;
     };
     int mf_openHistory(HistoryAppender& _rAppender, std::wstring& _rsReason) const;
-    // Appends a record to the history store and flushes it to disk.
+    // Appends a record to the history store and flushes it to disk; 0 with the reason when it cannot be
+    // written or the store cannot hold its path.
     int mf_appendHistory(HistoryAppender& _rAppender, const UQQueryData& _record,
                          std::wstring& _rsReason) const;
 

@@ -17,7 +17,9 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cwchar>
 #include <map>
+#include <mutex>
 #include <string>
 
 namespace {
@@ -35,14 +37,30 @@ int usage() {
 }
 
 int migrateOnly(const std::wstring& _sFolder, const std::wstring& _sServer) {
-    // A crash at a chosen step of the migration, for the tests that prove nothing is lost by one.
+    // A crash right after the N-th step of kind K of the migration ("K:N"), for the tests that prove nothing
+    // is lost by one. The stubs put in place until then are counted into KOR_TEST_STEP_REPORT first: steps
+    // come from two threads, so the test cannot count them itself.
     const wchar_t* pszStep = _wgetenv(L"KOR_TEST_TERMINATE_AT_STEP");
     if (pszStep != nullptr && *pszStep != L'\0') {
-        static int s_nTarget = _wtoi(pszStep);
-        static int s_nSeen = 0;
-        UQMigration::mf_setStepHook([](int) {
-            if (++s_nSeen == s_nTarget)
-                TerminateProcess(GetCurrentProcess(), 9);
+        static const int s_nKind = _wtoi(pszStep);
+        static const int s_nTarget =
+            std::wcschr(pszStep, L':') != nullptr ? _wtoi(std::wcschr(pszStep, L':') + 1) : 0;
+        static const wchar_t* const s_pszReport = _wgetenv(L"KOR_TEST_STEP_REPORT");
+        static std::mutex s_mutex;
+        static int s_anSeen[5] = {};
+        UQMigration::mf_setStepHook([](int _nStep) {
+            const std::lock_guard<std::mutex> lock(s_mutex);
+            if (_nStep < 1 || _nStep > 4 || ++s_anSeen[_nStep] != s_nTarget || _nStep != s_nKind)
+                return;
+            if (s_pszReport != nullptr) {
+                const std::string sStubs = std::to_string(s_anSeen[4]);
+                const UQFileHandle report(CreateFileW(s_pszReport, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                                                      FILE_ATTRIBUTE_NORMAL, nullptr));
+                DWORD dwWritten = 0;
+                WriteFile(report.mf_get(), sStubs.data(), static_cast<DWORD>(sStubs.size()), &dwWritten,
+                          nullptr);
+            }
+            TerminateProcess(GetCurrentProcess(), 9);
         });
     }
     UQServerDirectory server(UQSafeFile::mf_absolute(_sServer));

@@ -121,8 +121,9 @@ TEST_F(MigrationTest, NonLatinNamesAreMigratedAndRecalled) {
 }
 
 TEST_F(MigrationTest, CancelMidwayLeavesEachFileMigratedWithItsStubOrUntouched) {
+    const int FILES = 20;
     std::map<std::wstring, std::string> files;
-    for (int i = 0; i < 10; ++i)
+    for (int i = 0; i < FILES; ++i)
         files[L"file" + std::to_wstring(i) + L".bin"] = contentOf(10 + i, 20000);
     makeFiles(files);
     UQCancelSwitch cancel;
@@ -134,7 +135,13 @@ TEST_F(MigrationTest, CancelMidwayLeavesEachFileMigratedWithItsStubOrUntouched) 
                       }),
               1)
         << utf8(reason);
-    EXPECT_EQ(outcomes.size(), 4u);
+    // The files already stored when Cancel came get their stubs too, at most the queue's depth of them
+    // beside the one at hand.
+    const std::size_t nStarted = outcomes.size();
+    ASSERT_GE(nStarted, 4u);
+    EXPECT_LE(nStarted, 4u + UQFinishQueue::DEPTH + 1);
+    for (const UQFileOutcome& outcome : outcomes)
+        EXPECT_EQ(utf8(outcome.sResult), "Migrated") << utf8(outcome.sPath);
     int nStubs = 0;
     int nUntouched = 0;
     for (const auto& file : originals) {
@@ -145,16 +152,17 @@ TEST_F(MigrationTest, CancelMidwayLeavesEachFileMigratedWithItsStubOrUntouched) 
         else
             ADD_FAILURE() << utf8(file.first) << " is neither a verified stub nor untouched";
     }
-    EXPECT_EQ(nStubs, 4);
-    EXPECT_EQ(nUntouched, 6);
-    EXPECT_EQ(historyRecords(), 4);
-    EXPECT_EQ(storedFiles().size(), 4u);
+    EXPECT_EQ(nStubs, static_cast<int>(nStarted));
+    EXPECT_EQ(nUntouched, FILES - static_cast<int>(nStarted));
+    EXPECT_EQ(historyRecords(), static_cast<int>(nStarted));
+    EXPECT_EQ(storedFiles().size(), nStarted);
     // No temporary file is left anywhere.
     for (const std::wstring& sFile : filesBelow(scratch.path()))
         EXPECT_EQ(sFile.find(L".kortmp-"), std::wstring::npos) << utf8(sFile);
     const std::vector<LogLine> lines = log.lines();
     EXPECT_NE(std::find(lines.begin(), lines.end(),
-                        LogLine{'W', "UQMigration::mf_run", "Migration canceled after 4 of 10 files"}),
+                        LogLine{'W', "UQMigration::mf_run",
+                                "Migration canceled after " + std::to_string(nStarted) + " of 20 files"}),
               lines.end());
 }
 
@@ -249,13 +257,14 @@ TEST_F(MigrationTest, ReadOnlyFileIsSkippedWithAResultAndKept) {
 
 TEST_F(MigrationTest, FileThatVanishesBeforeItsTurnIsReportedAndTheOthersGoOn) {
     makeFiles({{L"1.txt", "one"}, {L"2.txt", "two"}, {L"3.txt", "three"}});
-    ASSERT_EQ(migrate(nullptr,
-                      [&](int _nDone, int, const std::wstring&) {
-                          if (_nDone == 1)
-                              DeleteFileW(UQSafeFile::mf_long(sFiles + L"\\2.txt").c_str());
-                      }),
-              1)
-        << utf8(reason);
+    // The first file's version is stored before the next file is opened.
+    bool bDeleted = false;
+    UQMigration::mf_setStepHook([&](int _nStep) {
+        if (_nStep == 1 && !bDeleted)
+            bDeleted = DeleteFileW(UQSafeFile::mf_long(sFiles + L"\\2.txt").c_str()) != FALSE;
+    });
+    ASSERT_EQ(migrate(), 1) << utf8(reason);
+    ASSERT_TRUE(bDeleted);
     const UQFileOutcome vanished = outcomeOf(outcomes, sFiles + L"\\2.txt");
     EXPECT_EQ(vanished.eSeverity, UQFileOutcome::YELLOW);
     EXPECT_EQ(utf8(vanished.sResult), "Skipped: the file vanished before it was migrated");
@@ -338,11 +347,11 @@ TEST_F(MigrationTest, VersionsAreKeptInFoldersOfAHundredPositions) {
 
 TEST_F(MigrationTest, FileThatTakesAVersionsPlaceMeanwhileIsKeptAndItsFileIsNotMigrated) {
     makeFiles({{L"1.txt", "one"}, {L"2.txt", "two"}});
-    // Something else writes where the second version goes while the first file is migrated.
+    // Something else writes where the second version goes once the first is stored.
     const std::wstring sSecond = server.mf_getVersionFile(UQServerDirectory::VOLUME, 2);
     bool bPlanted = false;
     UQMigration::mf_setStepHook([&](int _nStep) {
-        if (_nStep == 4 && !bPlanted)
+        if (_nStep == 1 && !bPlanted)
             bPlanted = writeFile(sSecond, "not a version");
     });
     ASSERT_EQ(migrate(), 1) << utf8(reason);
@@ -357,6 +366,25 @@ TEST_F(MigrationTest, FileThatTakesAVersionsPlaceMeanwhileIsKeptAndItsFileIsNotM
     EXPECT_EQ(readFile(sKept), originals[sKept.substr(sFiles.size() + 1)]);
     EXPECT_EQ(readFile(sSecond), "not a version");
     EXPECT_EQ(historyRecords(), 1);
+}
+
+TEST_F(MigrationTest, RecordWhosePathTheStoreCannotHoldIsRefusedWithTheReasonAndNothingIsWritten) {
+    std::wstring sWhy;
+    ASSERT_EQ(server.mf_prepare(sWhy), 1) << utf8(sWhy);
+    const std::string sBefore = readFile(server.mf_getHistoryFile());
+    UQServerDirectory::HistoryAppender history;
+    ASSERT_EQ(server.mf_openHistory(history, sWhy), 1) << utf8(sWhy);
+    const UQQueryData record(CString(L"C:\\data\\bell\x0007.txt"), CString(), 1, UQFileTime(0), UQFileSize(5),
+                             0, UQExpiryTime{0}, UQQueryData::AccessKey{UQServerDirectory::VOLUME, 1});
+    LogCheck log;
+    EXPECT_EQ(server.mf_appendHistory(history, record, sWhy), 0);
+    EXPECT_EQ(
+        utf8(sWhy),
+        "The object path 'C:\\data\\bell\\u0007.txt' cannot be stored: control character U+0007 at unit 13");
+    // The store says why in its own log record; the caller decides what becomes of the file.
+    EXPECT_EQ(log.lines(), (std::vector<LogLine>{{'E', "UQHistoryStore::mf_formatRecord", utf8(sWhy)}}));
+    history = UQServerDirectory::HistoryAppender();
+    EXPECT_EQ(readFile(server.mf_getHistoryFile()), sBefore);
 }
 
 TEST_F(MigrationTest, RecordsAddedToAStoreWithoutAFinalLineEndEachGetALineOfTheirOwn) {
